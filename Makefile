@@ -1,0 +1,50 @@
+# Quick start: `make run` and `make test`. Both install what is missing first.
+JOBS    ?= $(shell nproc 2>/dev/null || echo 2)
+PRESET  ?= default
+BUILD   := build/$(PRESET)
+WERROR  := $(if $(filter true 1 yes,$(CI)),ON,OFF)
+FUZZ_SECONDS ?= 60
+MAKEFLAGS += --no-print-directory
+
+.PHONY: all deps configure build run test test-asan bench fuzz fuzz-run format format-check clean
+
+all: build
+
+deps:
+	@scripts/install-deps
+
+configure: deps
+	@cmake --preset $(PRESET) -DCUEBRIDGE_WERROR=$(WERROR) >/dev/null
+
+build: configure
+	@cmake --build --preset $(PRESET) -j $(JOBS)
+
+run: build
+	@$(BUILD)/src/cli/cuebridge-markers examples/review-notes.txt
+
+test: build
+	@cd $(BUILD) && ctest --output-on-failure -j $(JOBS)
+
+test-asan:
+	@$(MAKE) --no-print-directory test PRESET=asan
+
+bench: build
+	@$(BUILD)/bench/cuebridge-bench --benchmark_counters_tabular=true
+
+fuzz:
+	@scripts/install-deps --fuzz
+	@cmake --preset fuzz >/dev/null
+	@cmake --build --preset fuzz -j $(JOBS)
+	@echo "fuzz targets in build/fuzz/fuzz; run them with 'make fuzz-run FUZZ_SECONDS=N'"
+
+fuzz-run: fuzz
+	@scripts/run-fuzzers $(FUZZ_SECONDS)
+
+format:
+	@git ls-files '*.cpp' '*.h' | xargs clang-format -i
+
+format-check:
+	@git ls-files '*.cpp' '*.h' | xargs clang-format --dry-run --Werror
+
+clean:
+	@rm -rf build

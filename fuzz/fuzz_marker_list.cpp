@@ -1,0 +1,28 @@
+// Any bytes as a marker list: records always have seven or more trimmed fields.
+
+#include "FuzzInput.h"
+#include "import/MarkerListText.h"
+#include "import/QFFCP7MarkerListParser.h"
+
+namespace {
+
+void check(const QString &text)
+{
+    for (const QFMarkerRecord &record : QFFCP7MarkerListParser::parseMarkersFromText(text)) {
+        FUZZ_CHECK(record.size() >= 7);
+        for (const QString &field : record)
+            FUZZ_CHECK(field == field.trimmed());
+    }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
+{
+    const QByteArray bytes(reinterpret_cast<const char *>(data), qsizetype(size));
+    const auto encoding = MarkerListText::detectEncoding(bytes);
+    check(MarkerListText::decode(bytes, encoding.value_or(QStringConverter::Utf16LE)));
+    check(fuzzUtf8(data, size));
+    check(fuzzUtf16(data, size));
+    return 0;
+}

@@ -1,0 +1,185 @@
+#include "import/QFFCP7MarkerListParser.h"
+
+#include "QtPrinters.h"
+
+#include <gtest/gtest.h>
+
+#include <QRandomGenerator>
+
+namespace {
+
+using Records = QList<QFMarkerRecord>;
+
+QFMarkerRecord record(std::initializer_list<const char *> fields)
+{
+    QFMarkerRecord result;
+    for (const char *field : fields)
+        result << QString::fromUtf8(field);
+    return result;
+}
+
+const QString header = QStringLiteral("#\tTrack\tName\tComment\tStart\tDuration\tColor");
+const QFMarkerRecord headerRecord =
+    record({"#", "Track", "Name", "Comment", "Start", "Duration", "Color"});
+
+struct TextCase
+{
+    const char *name;
+    QString text;
+    Records expected;
+
+    friend void PrintTo(const TextCase &c, std::ostream *os) { *os << c.name; }
+};
+
+class ParseMarkersFromText : public testing::TestWithParam<TextCase>
+{};
+
+TEST_P(ParseMarkersFromText, Records)
+{
+    EXPECT_EQ(QFFCP7MarkerListParser::parseMarkersFromText(GetParam().text), GetParam().expected);
+}
+
+QString interleaveNuls(const QString &text)
+{
+    QString result;
+    for (const QChar c : text)
+        result += QString(c) + QChar(u'\0');
+    return result;
+}
+
+const QString line1 = QStringLiteral("1\tV1\tIntro\tFade up\t01:00:00:00\t00:00:02:00\tBlue");
+const QString line2 = QStringLiteral("2\tV1\tCut\tToo long\t01:00:05:00\t00:00:00:00\tRed");
+const QFMarkerRecord record1 =
+    record({"1", "V1", "Intro", "Fade up", "01:00:00:00", "00:00:02:00", "Blue"});
+const QFMarkerRecord record2 =
+    record({"2", "V1", "Cut", "Too long", "01:00:05:00", "00:00:00:00", "Red"});
+
+INSTANTIATE_TEST_SUITE_P(
+    Texts, ParseMarkersFromText,
+    testing::Values(
+        TextCase{"LineFeeds", header + "\n" + line1 + "\n" + line2 + "\n",
+                 {headerRecord, record1, record2}},
+        TextCase{"CarriageReturns", header + "\r" + line1 + "\r" + line2,
+                 {headerRecord, record1, record2}},
+        TextCase{"CrLf", header + "\r\n" + line1 + "\r\n" + line2 + "\r\n",
+                 {headerRecord, record1, record2}},
+        // One line feed already gives two pieces, so the carriage returns stay inside.
+        TextCase{"OneLineFeedManyCarriageReturns", header + "\r" + line1 + "\n" + line2,
+                 {record({"#", "Track", "Name", "Comment", "Start", "Duration", "Color\r1", "V1",
+                          "Intro", "Fade up", "01:00:00:00", "00:00:02:00", "Blue"}),
+                  record2}},
+        TextCase{"NulInterleaved", interleaveNuls(header + "\r\n" + line1 + "\r\n"),
+                 {headerRecord, record1}},
+        TextCase{"BlankLinesBetween", "\n\n" + header + "\n\n  \t \n" + line1 + "\n\n",
+                 {headerRecord, record1}},
+        TextCase{"CommentOverTwoLines",
+                 header + "\n3\tA1\tVO\tLine 14 re-recorded,\nuse take 3\t01:00:40:20\t00:00:04:00\tPurple\n",
+                 {headerRecord,
+                  record({"3", "A1", "VO", "Line 14 re-recorded,\nuse take 3", "01:00:40:20",
+                          "00:00:04:00", "Purple"})}},
+        // A blank line inside a held-back record stays as an empty line in the field.
+        TextCase{"BlankLineInsideRecord", header + "\n3\tA1\tVO\tfirst\n\nlast\t01:00:00:00\t0\tRed",
+                 {headerRecord,
+                  record({"3", "A1", "VO", "first\n\nlast", "01:00:00:00", "0", "Red"})}},
+        TextCase{"EightFields", header + "\n" + line1 + "\textra\n",
+                 {headerRecord, record({"1", "V1", "Intro", "Fade up", "01:00:00:00",
+                                        "00:00:02:00", "Blue", "extra"})}},
+        TextCase{"SixFieldLastLineDropped", header + "\n" + line1 + "\n1\t2\t3\t4\t5\t6\n",
+                 {headerRecord, record1}},
+        // Leading tabs vanish with the trim: the columns shift left when enough remain,
+        // and a line left short is joined with the next.
+        TextCase{"LeadingTabsShiftColumns", header + "\n\t\t" + line1 + "\tx\ty\n",
+                 {headerRecord, record({"1", "V1", "Intro", "Fade up", "01:00:00:00",
+                                        "00:00:02:00", "Blue", "x", "y"})}},
+        TextCase{"LeadingTabsMakeLineShort", header + "\n\t\ta\tb\tc\td\te\tf\n" + line2,
+                 {headerRecord, record({"a", "b", "c", "d", "e", "f\n2", "V1", "Cut", "Too long",
+                                        "01:00:05:00", "00:00:00:00", "Red"})}},
+        TextCase{"EmptyColourColumnJoinsNextLine",
+                 header + "\n1\t2\t3\t4\t5\t6\t\n7\t8\t9\t10\t11\t12\t13",
+                 {headerRecord, record({"1", "2", "3", "4", "5", "6", "7", "8", "9", "10", "11",
+                                        "12", "13"})}},
+        TextCase{"FieldsTrimmed", header + "\n 1 \t V1\t Intro \tA\t01:00:00:00 \t0\t Red \r\n",
+                 {headerRecord, record({"1", "V1", "Intro", "A", "01:00:00:00", "0", "Red"})}},
+        TextCase{"Empty", QString(), {}}, TextCase{"OnlyBlanks", "\n \n\t\r\n", {}},
+        TextCase{"NoTabs", "hello\nworld\n", {}}),
+    [](const testing::TestParamInfo<TextCase> &param) { return param.param.name; });
+
+TEST(ParseLine, ReportsTheReason)
+{
+    QFError error;
+    EXPECT_FALSE(QFFCP7MarkerListParser::parseLine(" \t\r\n", &error));
+    EXPECT_EQ(error.domain, "com.quillfen");
+    EXPECT_EQ(error.code, 1);
+    EXPECT_EQ(error.userInfo.value("error").toString(), "QFEmptyLine");
+
+    error = QFError();
+    EXPECT_FALSE(QFFCP7MarkerListParser::parseLine("a\tb\tc\td\te\tf", &error));
+    EXPECT_EQ(error.userInfo.value("error").toString(), "QFIncompleteLine");
+    EXPECT_EQ(error.domain, "com.quillfen");
+
+    EXPECT_FALSE(QFFCP7MarkerListParser::parseLine(QString()));
+    EXPECT_EQ(QFFCP7MarkerListParser::parseLine("\ta\tb\t\t\te\tf\tg\t"),
+              record({"a", "b", "", "", "e", "f", "g"}));
+}
+
+// The parser joins held-back lines without rebuilding them; this reference follows
+// the joining rule literally, and both must agree on any text.
+Records literalParse(QString text)
+{
+    text.remove(QChar(u'\0'));
+    QStringList pieces = text.split(u'\n');
+    if (pieces.size() < 2)
+        pieces = text.split(u'\r');
+    QStringList held;
+    Records records;
+    for (QString piece : pieces) {
+        while (piece.startsWith(u'\r') || piece.startsWith(u'\n'))
+            piece.remove(0, 1);
+        while (piece.endsWith(u'\r') || piece.endsWith(u'\n'))
+            piece.chop(1);
+        QString candidate = held.join(u'\n');
+        if (!candidate.isEmpty())
+            candidate += u'\n';
+        candidate += piece;
+        QFError error;
+        if (auto parsed = QFFCP7MarkerListParser::parseLine(candidate, &error)) {
+            held.clear();
+            records.append(*parsed);
+        } else if (error.userInfo.value("error") == "QFIncompleteLine") {
+            held.append(piece);
+        }
+    }
+    return records;
+}
+
+TEST(ParseMarkersFromText, AgreesWithLiteralJoiningOnRandomTexts)
+{
+    const char16_t alphabet[] = {u'a', u'b', u' ', u'\t', u'\t', u'\t', u'\n', u'\r', u'\0',
+                                 u'\u00e9', u'\u00a0', u'\u2028'};
+    QRandomGenerator random(20261121);
+    for (int round = 0; round < 20000; ++round) {
+        QString text;
+        const int length = random.bounded(80);
+        for (int i = 0; i < length; ++i)
+            text += QChar(alphabet[random.bounded(int(std::size(alphabet)))]);
+        ASSERT_EQ(QFFCP7MarkerListParser::parseMarkersFromText(text), literalParse(text))
+            << "text: " << QString(text).replace(QChar(0), u'0').toStdString();
+    }
+}
+
+TEST(ParseMarkersFromText, ManyIncompleteLinesStayLinear)
+{
+    // 200,000 short lines that never complete a record, then one that does: joined
+    // literally this would copy gigabytes.
+    QString text = header + u'\n';
+    for (int i = 0; i < 200000; ++i)
+        text += QStringLiteral("word\n");
+    text += QStringLiteral("a\tb\tc\td\te\tf\tg\n");
+    const Records records = QFFCP7MarkerListParser::parseMarkersFromText(text);
+    ASSERT_EQ(records.size(), 2);
+    EXPECT_EQ(records[1].size(), 7);
+    EXPECT_TRUE(records[1][0].startsWith(QStringLiteral("word\nword\n")));
+    EXPECT_EQ(records[1][6], "g");
+}
+
+} // namespace

@@ -1,0 +1,72 @@
+#include "time/QFNumberReader.h"
+
+#include <gtest/gtest.h>
+
+#include <QString>
+
+#include <cmath>
+#include <limits>
+
+namespace {
+
+using namespace QFNumberReader;
+
+struct DoubleCase
+{
+    const char16_t *text;
+    double value;
+
+    friend void PrintTo(const DoubleCase &c, std::ostream *os) { *os << QStringView(c.text).toString().toStdString(); }
+};
+
+class LeadingDouble : public testing::TestWithParam<DoubleCase>
+{};
+
+TEST_P(LeadingDouble, ReadsLikeStrtodInTheCLocale)
+{
+    const DoubleCase &c = GetParam();
+    EXPECT_DOUBLE_EQ(leadingDouble(QStringView(c.text)), c.value);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, LeadingDouble,
+    testing::Values(DoubleCase{u"42", 42.0}, DoubleCase{u"  \t-1.5xyz", -1.5},
+                    DoubleCase{u"+.25", 0.25}, DoubleCase{u"7.", 7.0}, DoubleCase{u".", 0.0},
+                    DoubleCase{u"-", 0.0}, DoubleCase{u"", 0.0}, DoubleCase{u"1e3", 1000.0},
+                    DoubleCase{u"1E-2s", 0.01}, DoubleCase{u"2e", 2.0}, DoubleCase{u"2e+", 2.0},
+                    DoubleCase{u"3,5", 3.0}, DoubleCase{u"inf", 0.0}, DoubleCase{u"nan", 0.0},
+                    DoubleCase{u"0x10", 0.0}, DoubleCase{u"１２", 0.0}, // full-width digits
+                    DoubleCase{u"1e-400", 0.0}, DoubleCase{u"0.000e999", 0.0}));
+
+TEST(LeadingDouble, OverflowIsInfinite)
+{
+    EXPECT_TRUE(std::isinf(leadingDouble(u"1e400")));
+    EXPECT_LT(leadingDouble(u"-1e400"), 0.0);
+    const QString manyDigits = QString(400, u'9');
+    EXPECT_TRUE(std::isinf(leadingDouble(manyDigits)));
+}
+
+TEST(LeadingInteger, SignsSpacesAndSaturation)
+{
+    EXPECT_EQ(leadingInteger(u" -12ab"), -12);
+    EXPECT_EQ(leadingInteger(u"+7"), 7);
+    EXPECT_EQ(leadingInteger(u"x7"), 0);
+    EXPECT_EQ(leadingInteger(u"9223372036854775807"), std::numeric_limits<qint64>::max());
+    EXPECT_EQ(leadingInteger(u"9223372036854775808"), std::numeric_limits<qint64>::max());
+    EXPECT_EQ(leadingInteger(u"-9223372036854775808"), std::numeric_limits<qint64>::min());
+    EXPECT_EQ(leadingInteger(u"-99999999999999999999"), std::numeric_limits<qint64>::min());
+}
+
+TEST(Conversions, WrapSaturateAndNotANumber)
+{
+    EXPECT_EQ(toUInt64(-1.0), std::numeric_limits<quint64>::max());
+    EXPECT_EQ(toUInt64(2.9), 2u);
+    EXPECT_EQ(toUInt64(1e30), std::numeric_limits<quint64>::max());
+    EXPECT_EQ(toUInt64(std::nan("")), 0u);
+    EXPECT_EQ(toUInt64(1.8e19), quint64(1.8e19));
+    EXPECT_EQ(toInt32(-2.7), -2);
+    EXPECT_EQ(toInt32(3e9), std::numeric_limits<qint32>::min());
+    EXPECT_EQ(toInt64(std::numeric_limits<double>::infinity()), std::numeric_limits<qint64>::min());
+}
+
+} // namespace
