@@ -1,5 +1,6 @@
 #include "QFNumberReader.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cmath>
 #include <limits>
@@ -89,9 +90,15 @@ double leadingDouble(QStringView text)
             for (; j < text.size() && isDigit(text[j]); ++j)
                 exponent += char(text[j].unicode());
             ascii += exponent;
+            // Only the sign of the magnitude matters once out of range: keep the sum
+            // far from overflow whatever the exponent's length.
+            constexpr long long limit = 1'000'000'000'000'000LL;
             long long e = 0;
-            std::from_chars(exponent.data() + 1, exponent.data() + exponent.size(), e);
-            magnitude += e;
+            const char *digitsStart = exponent.data() + 1;
+            const auto parsed = std::from_chars(digitsStart, exponent.data() + exponent.size(), e);
+            if (parsed.ec == std::errc::result_out_of_range)
+                e = *digitsStart == '-' ? -limit : limit;
+            magnitude += std::clamp(e, -limit, limit);
         }
     }
     if (!seenNonZero)

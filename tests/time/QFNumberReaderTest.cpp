@@ -44,6 +44,12 @@ TEST(LeadingDouble, OverflowIsInfinite)
     EXPECT_LT(leadingDouble(u"-1e400"), 0.0);
     const QString manyDigits = QString(400, u'9');
     EXPECT_TRUE(std::isinf(leadingDouble(manyDigits)));
+    // Found by fuzzing: exponents past every range.
+    EXPECT_TRUE(std::isinf(leadingDouble(u"11e00331e")));
+    EXPECT_TRUE(std::isinf(leadingDouble(u"3E9223372036854775807")));
+    EXPECT_TRUE(std::isinf(leadingDouble(u"3E99999999999999999999999")));
+    EXPECT_EQ(leadingDouble(u"3E-9223372036854775808"), 0.0);
+    EXPECT_EQ(leadingDouble(u"3E-99999999999999999999999"), 0.0);
 }
 
 TEST(LeadingInteger, SignsSpacesAndSaturation)
