@@ -12,8 +12,8 @@ void FrameCountFromTimecode(benchmark::State &state)
     const QStringList inputs = {"01:00:10:00", "00:59:59;29", "10:23:45;12", "23:59:59:24"};
     qsizetype i = 0;
     for (auto _ : state) {
-        benchmark::DoNotOptimize(QFTimecode::frameCountFromTimecode(
-            inputs[i++ & 3], 30, dropFrame, dropFrame, 90000));
+        benchmark::DoNotOptimize(
+            QFTimecode::frameCountFromTimecode(inputs[i++ & 3], 30, dropFrame, dropFrame, 90000));
     }
 }
 BENCHMARK(FrameCountFromTimecode)->Arg(0)->Arg(1)->ArgName("dropFrame");

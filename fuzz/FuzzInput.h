@@ -23,7 +23,7 @@ inline QString fuzzUtf16(const uint8_t *data, size_t size)
 #define FUZZ_CHECK(condition)                                                                      \
     do {                                                                                           \
         if (!(condition)) {                                                                        \
-            std::fprintf(stderr, "check failed: %s\n", #condition);                               \
+            std::fprintf(stderr, "check failed: %s\n", #condition);                                \
             std::abort();                                                                          \
         }                                                                                          \
     } while (0)

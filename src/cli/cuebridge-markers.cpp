@@ -27,7 +27,10 @@ QString framesAt(const Rate &rate, const QFMarkerRecord &record)
         QFTimecode::frameCountFromTimecode(record[4], rate.timebase, rate.ntsc, rate.dropFrame, 0);
     const quint64 duration =
         QFTimecode::frameCountFromTimecode(record[5], rate.timebase, rate.ntsc, rate.dropFrame, 0);
-    return QStringLiteral("%1 %2-%3").arg(QLatin1StringView(rate.label)).arg(start).arg(start + duration);
+    return QStringLiteral("%1 %2-%3")
+        .arg(QLatin1StringView(rate.label))
+        .arg(start)
+        .arg(start + duration);
 }
 
 } // namespace
@@ -56,7 +59,8 @@ int main(int argc, char *argv[])
             << " is neither UTF-8 nor marked with a byte order mark; reading it as UTF-16 "
                "little-endian\n";
     }
-    const QString text = MarkerListText::decode(bytes, encoding.value_or(QStringConverter::Utf16LE));
+    const QString text =
+        MarkerListText::decode(bytes, encoding.value_or(QStringConverter::Utf16LE));
 
     const QList<QFMarkerRecord> records = QFFCP7MarkerListParser::parseMarkersFromText(text);
     if (records.size() < 2) {
@@ -69,8 +73,8 @@ int main(int argc, char *argv[])
         const QFMarkerRecord &record = records[i];
         QString comment = record[3];
         comment.replace(u'\n', QStringLiteral(" / "));
-        out << qSetFieldWidth(3) << i << qSetFieldWidth(0) << "  " << record[2] << " ["
-            << record[6] << "]  " << record[4] << " +" << record[5];
+        out << qSetFieldWidth(3) << i << qSetFieldWidth(0) << "  " << record[2] << " [" << record[6]
+            << "]  " << record[4] << " +" << record[5];
         for (const Rate &rate : rates)
             out << "  | " << framesAt(rate, record);
         out << "\n     " << comment << '\n';

@@ -70,8 +70,7 @@ QFError lineError(const QString &reason)
 
 } // namespace
 
-std::optional<QFMarkerRecord> QFFCP7MarkerListParser::parseLine(const QString &line,
-                                                                QFError *error)
+std::optional<QFMarkerRecord> QFFCP7MarkerListParser::parseLine(const QString &line, QFError *error)
 {
     const QStringView trimmed = QStringView(line).trimmed();
     if (trimmed.isEmpty()) {

@@ -288,8 +288,7 @@ QString QFTimecode::subtractTimecode(const QString &timecode, const QString &fro
     return timecodeFromFrameCount(b - a, timebase, ntsc, dropFrame, 0);
 }
 
-bool QFTimecode::timecodeInRange(const QString &timecode, const QString &start,
-                                 const QString &end)
+bool QFTimecode::timecodeInRange(const QString &timecode, const QString &start, const QString &end)
 {
     if (timecode == start || timecode == end)
         return true;

@@ -60,8 +60,7 @@ public:
                                     int timebase, bool ntsc, bool dropFrame);
 
     /// True when the text equals start or end, or lies between them read at 24 fps.
-    static bool timecodeInRange(const QString &timecode, const QString &start,
-                                const QString &end);
+    static bool timecodeInRange(const QString &timecode, const QString &start, const QString &end);
 
     /// Real frame count to drop-frame display number.
     static quint64 addDroppedFrames(quint64 count, double fps);

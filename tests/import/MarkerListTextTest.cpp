@@ -27,9 +27,14 @@ QList<QFMarkerRecord> parseBytes(const QByteArray &bytes)
 
 TEST(DetectEncoding, CertainOnlyWithByteOrderMarkOrValidUtf8)
 {
-    EXPECT_EQ(detectEncoding(QByteArray("\xff\xfe" "a\0", 4)), QStringConverter::Utf16LE);
+    EXPECT_EQ(detectEncoding(QByteArray("\xff\xfe"
+                                        "a\0",
+                                        4)),
+              QStringConverter::Utf16LE);
     EXPECT_EQ(detectEncoding(QByteArray("\xfe\xff\0a", 4)), QStringConverter::Utf16BE);
-    EXPECT_EQ(detectEncoding("\xef\xbb\xbf" "caf\xc3\xa9"), QStringConverter::Utf8);
+    EXPECT_EQ(detectEncoding("\xef\xbb\xbf"
+                             "caf\xc3\xa9"),
+              QStringConverter::Utf8);
     EXPECT_EQ(detectEncoding("caf\xc3\xa9"), QStringConverter::Utf8);
     EXPECT_EQ(detectEncoding(QByteArray()), QStringConverter::Utf8);
     EXPECT_EQ(detectEncoding("caf\xe9"), std::nullopt); // Latin-1
@@ -38,8 +43,15 @@ TEST(DetectEncoding, CertainOnlyWithByteOrderMarkOrValidUtf8)
 
 TEST(Decode, DropsByteOrderMark)
 {
-    EXPECT_EQ(decode(QByteArray("\xff\xfe" "a\0", 4), QStringConverter::Utf16LE), "a");
-    EXPECT_EQ(decode("\xef\xbb\xbf" "caf\xc3\xa9", QStringConverter::Utf8), QString::fromUtf8("café"));
+    EXPECT_EQ(decode(QByteArray("\xff\xfe"
+                                "a\0",
+                                4),
+                     QStringConverter::Utf16LE),
+              "a");
+    EXPECT_EQ(decode("\xef\xbb\xbf"
+                     "caf\xc3\xa9",
+                     QStringConverter::Utf8),
+              QString::fromUtf8("café"));
 }
 
 TEST(Examples, Utf8AndUtf16ListsGiveTheSameMarkers)

@@ -32,7 +32,8 @@ struct TextCase
 };
 
 class ParseMarkersFromText : public testing::TestWithParam<TextCase>
-{};
+{
+};
 
 TEST_P(ParseMarkersFromText, Records)
 {
@@ -57,48 +58,61 @@ const QFMarkerRecord record2 =
 INSTANTIATE_TEST_SUITE_P(
     Texts, ParseMarkersFromText,
     testing::Values(
-        TextCase{"LineFeeds", header + "\n" + line1 + "\n" + line2 + "\n",
+        TextCase{"LineFeeds",
+                 header + "\n" + line1 + "\n" + line2 + "\n",
                  {headerRecord, record1, record2}},
-        TextCase{"CarriageReturns", header + "\r" + line1 + "\r" + line2,
+        TextCase{"CarriageReturns",
+                 header + "\r" + line1 + "\r" + line2,
                  {headerRecord, record1, record2}},
-        TextCase{"CrLf", header + "\r\n" + line1 + "\r\n" + line2 + "\r\n",
+        TextCase{"CrLf",
+                 header + "\r\n" + line1 + "\r\n" + line2 + "\r\n",
                  {headerRecord, record1, record2}},
         // One line feed already gives two pieces, so the carriage returns stay inside.
-        TextCase{"OneLineFeedManyCarriageReturns", header + "\r" + line1 + "\n" + line2,
+        TextCase{"OneLineFeedManyCarriageReturns",
+                 header + "\r" + line1 + "\n" + line2,
                  {record({"#", "Track", "Name", "Comment", "Start", "Duration", "Color\r1", "V1",
                           "Intro", "Fade up", "01:00:00:00", "00:00:02:00", "Blue"}),
                   record2}},
-        TextCase{"NulInterleaved", interleaveNuls(header + "\r\n" + line1 + "\r\n"),
+        TextCase{"NulInterleaved",
+                 interleaveNuls(header + "\r\n" + line1 + "\r\n"),
                  {headerRecord, record1}},
-        TextCase{"BlankLinesBetween", "\n\n" + header + "\n\n  \t \n" + line1 + "\n\n",
+        TextCase{"BlankLinesBetween",
+                 "\n\n" + header + "\n\n  \t \n" + line1 + "\n\n",
                  {headerRecord, record1}},
-        TextCase{"CommentOverTwoLines",
-                 header + "\n3\tA1\tVO\tLine 14 re-recorded,\nuse take 3\t01:00:40:20\t00:00:04:00\tPurple\n",
-                 {headerRecord,
-                  record({"3", "A1", "VO", "Line 14 re-recorded,\nuse take 3", "01:00:40:20",
-                          "00:00:04:00", "Purple"})}},
+        TextCase{
+            "CommentOverTwoLines",
+            header +
+                "\n3\tA1\tVO\tLine 14 re-recorded,\nuse take 3\t01:00:40:20\t00:00:04:00\tPurple\n",
+            {headerRecord, record({"3", "A1", "VO", "Line 14 re-recorded,\nuse take 3",
+                                   "01:00:40:20", "00:00:04:00", "Purple"})}},
         // A blank line inside a held-back record stays as an empty line in the field.
-        TextCase{"BlankLineInsideRecord", header + "\n3\tA1\tVO\tfirst\n\nlast\t01:00:00:00\t0\tRed",
-                 {headerRecord,
-                  record({"3", "A1", "VO", "first\n\nlast", "01:00:00:00", "0", "Red"})}},
-        TextCase{"EightFields", header + "\n" + line1 + "\textra\n",
-                 {headerRecord, record({"1", "V1", "Intro", "Fade up", "01:00:00:00",
-                                        "00:00:02:00", "Blue", "extra"})}},
-        TextCase{"SixFieldLastLineDropped", header + "\n" + line1 + "\n1\t2\t3\t4\t5\t6\n",
+        TextCase{
+            "BlankLineInsideRecord",
+            header + "\n3\tA1\tVO\tfirst\n\nlast\t01:00:00:00\t0\tRed",
+            {headerRecord, record({"3", "A1", "VO", "first\n\nlast", "01:00:00:00", "0", "Red"})}},
+        TextCase{"EightFields",
+                 header + "\n" + line1 + "\textra\n",
+                 {headerRecord, record({"1", "V1", "Intro", "Fade up", "01:00:00:00", "00:00:02:00",
+                                        "Blue", "extra"})}},
+        TextCase{"SixFieldLastLineDropped",
+                 header + "\n" + line1 + "\n1\t2\t3\t4\t5\t6\n",
                  {headerRecord, record1}},
         // Leading tabs vanish with the trim: the columns shift left when enough remain,
         // and a line left short is joined with the next.
-        TextCase{"LeadingTabsShiftColumns", header + "\n\t\t" + line1 + "\tx\ty\n",
-                 {headerRecord, record({"1", "V1", "Intro", "Fade up", "01:00:00:00",
-                                        "00:00:02:00", "Blue", "x", "y"})}},
-        TextCase{"LeadingTabsMakeLineShort", header + "\n\t\ta\tb\tc\td\te\tf\n" + line2,
+        TextCase{"LeadingTabsShiftColumns",
+                 header + "\n\t\t" + line1 + "\tx\ty\n",
+                 {headerRecord, record({"1", "V1", "Intro", "Fade up", "01:00:00:00", "00:00:02:00",
+                                        "Blue", "x", "y"})}},
+        TextCase{"LeadingTabsMakeLineShort",
+                 header + "\n\t\ta\tb\tc\td\te\tf\n" + line2,
                  {headerRecord, record({"a", "b", "c", "d", "e", "f\n2", "V1", "Cut", "Too long",
                                         "01:00:05:00", "00:00:00:00", "Red"})}},
         TextCase{"EmptyColourColumnJoinsNextLine",
                  header + "\n1\t2\t3\t4\t5\t6\t\n7\t8\t9\t10\t11\t12\t13",
-                 {headerRecord, record({"1", "2", "3", "4", "5", "6", "7", "8", "9", "10", "11",
-                                        "12", "13"})}},
-        TextCase{"FieldsTrimmed", header + "\n 1 \t V1\t Intro \tA\t01:00:00:00 \t0\t Red \r\n",
+                 {headerRecord,
+                  record({"1", "2", "3", "4", "5", "6", "7", "8", "9", "10", "11", "12", "13"})}},
+        TextCase{"FieldsTrimmed",
+                 header + "\n 1 \t V1\t Intro \tA\t01:00:00:00 \t0\t Red \r\n",
                  {headerRecord, record({"1", "V1", "Intro", "A", "01:00:00:00", "0", "Red"})}},
         TextCase{"Empty", QString(), {}}, TextCase{"OnlyBlanks", "\n \n\t\r\n", {}},
         TextCase{"NoTabs", "hello\nworld\n", {}}),
@@ -154,8 +168,8 @@ Records literalParse(QString text)
 
 TEST(ParseMarkersFromText, AgreesWithLiteralJoiningOnRandomTexts)
 {
-    const char16_t alphabet[] = {u'a', u'b', u' ', u'\t', u'\t', u'\t', u'\n', u'\r', u'\0',
-                                 u'\u00e9', u'\u00a0', u'\u2028'};
+    const char16_t alphabet[] = {u'a',  u'b',  u' ',  u'\t',     u'\t',     u'\t',
+                                 u'\n', u'\r', u'\0', u'\u00e9', u'\u00a0', u'\u2028'};
     QRandomGenerator random(20261121);
     for (int round = 0; round < 20000; ++round) {
         QString text;

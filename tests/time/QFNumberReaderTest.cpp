@@ -16,11 +16,15 @@ struct DoubleCase
     const char16_t *text;
     double value;
 
-    friend void PrintTo(const DoubleCase &c, std::ostream *os) { *os << QStringView(c.text).toString().toStdString(); }
+    friend void PrintTo(const DoubleCase &c, std::ostream *os)
+    {
+        *os << QStringView(c.text).toString().toStdString();
+    }
 };
 
 class LeadingDouble : public testing::TestWithParam<DoubleCase>
-{};
+{
+};
 
 TEST_P(LeadingDouble, ReadsLikeStrtodInTheCLocale)
 {

@@ -11,7 +11,8 @@
 namespace {
 
 class NonDropRoundTrip : public testing::TestWithParam<int>
-{};
+{
+};
 
 // Every frame of 48 hours prints and reads back; hours wrap at 24, so the second
 // day reads back as the first.
@@ -24,8 +25,7 @@ TEST_P(NonDropRoundTrip, EveryFrameOfTwoDays)
         const QString text = QFTimecode::timecodeFromFrameCount(n, timebase, false, false, 0);
         const quint64 back = QFTimecode::frameCountFromTimecode(text, timebase, false, false, 0);
         if (back != n % day) {
-            ADD_FAILURE() << "frame " << n << " printed " << text.toStdString() << " read "
-                          << back;
+            ADD_FAILURE() << "frame " << n << " printed " << text.toStdString() << " read " << back;
             ++failures;
         }
     }
@@ -63,7 +63,8 @@ struct DropRule
 };
 
 class DropFrameMinuteBoundaries : public testing::TestWithParam<int>
-{};
+{
+};
 
 TEST_P(DropFrameMinuteBoundaries, FirstTwoHoursFollowTheRule)
 {
@@ -105,8 +106,7 @@ TEST(DropFrameFirstBlock, MatchesBroadcastCounting)
             const quint64 s = display / timebase;
             const QString expected = QString::asprintf("%02llu:%02llu:%02llu;%02llu", s / 3600,
                                                        (s / 60) % 60, s % 60, display % timebase);
-            ASSERT_EQ(QFTimecode::timecodeFromFrameCount(n, int(timebase), true, true, 0),
-                      expected)
+            ASSERT_EQ(QFTimecode::timecodeFromFrameCount(n, int(timebase), true, true, 0), expected)
                 << "frame " << n << " at " << timebase;
         }
     }

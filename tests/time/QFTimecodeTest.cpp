@@ -20,11 +20,15 @@ struct ReadCase
     quint64 startFrame;
     quint64 expected;
 
-    friend void PrintTo(const ReadCase &c, std::ostream *os) { *os << c.timecode << " @" << c.timebase << (c.dropFrame ? " DF" : ""); }
+    friend void PrintTo(const ReadCase &c, std::ostream *os)
+    {
+        *os << c.timecode << " @" << c.timebase << (c.dropFrame ? " DF" : "");
+    }
 };
 
 class FrameCountFromTimecode : public testing::TestWithParam<ReadCase>
-{};
+{
+};
 
 TEST_P(FrameCountFromTimecode, Reads)
 {
@@ -69,11 +73,15 @@ struct PrintCase
     quint64 startFrame;
     const char *expected;
 
-    friend void PrintTo(const PrintCase &c, std::ostream *os) { *os << c.count << " @" << c.timebase << (c.dropFrame ? " DF" : ""); }
+    friend void PrintTo(const PrintCase &c, std::ostream *os)
+    {
+        *os << c.count << " @" << c.timebase << (c.dropFrame ? " DF" : "");
+    }
 };
 
 class TimecodeFromFrameCount : public testing::TestWithParam<PrintCase>
-{};
+{
+};
 
 TEST_P(TimecodeFromFrameCount, Prints)
 {
@@ -88,23 +96,17 @@ TEST_P(TimecodeFromFrameCount, Prints)
 
 INSTANTIATE_TEST_SUITE_P(
     Cases, TimecodeFromFrameCount,
-    testing::Values(PrintCase{108000, 30, false, 0, "01:00:00:00"},
-                    PrintCase{0, 25, false, 0, "00:00:00:00"},
-                    PrintCase{30 * 3600 * 25, 30, false, 0, "01:00:00:00"}, // hours wrap at 24
-                    PrintCase{5, 30, false, 10, "00:00:00:15"},
-                    PrintCase{31, 0, false, 0, "00:00:01:01"},
-                    PrintCase{31, -1, false, 0, "00:00:01:01"},
-                    PrintCase{1799, 30, true, 0, "00:00:59;29"},
-                    PrintCase{1800, 30, true, 0, "00:01:00;02"},
-                    PrintCase{3598, 30, true, 0, "00:02:00;02"},
-                    PrintCase{3600, 30, true, 0, "00:02:00;04"},
-                    // Ten-minute blocks of 18000 frames: the display steps back once.
-                    PrintCase{17982, 30, true, 0, "00:10:00;02"},
-                    PrintCase{17999, 30, true, 0, "00:10:00;19"},
-                    PrintCase{18000, 30, true, 0, "00:10:00;18"},
-                    PrintCase{107892, 30, true, 0, "01:00:00;00"},
-                    PrintCase{3596, 60, true, 0, "00:00:59;56"},
-                    PrintCase{3600, 60, true, 0, "00:01:00;04"}));
+    testing::Values(
+        PrintCase{108000, 30, false, 0, "01:00:00:00"}, PrintCase{0, 25, false, 0, "00:00:00:00"},
+        PrintCase{30 * 3600 * 25, 30, false, 0, "01:00:00:00"}, // hours wrap at 24
+        PrintCase{5, 30, false, 10, "00:00:00:15"}, PrintCase{31, 0, false, 0, "00:00:01:01"},
+        PrintCase{31, -1, false, 0, "00:00:01:01"}, PrintCase{1799, 30, true, 0, "00:00:59;29"},
+        PrintCase{1800, 30, true, 0, "00:01:00;02"}, PrintCase{3598, 30, true, 0, "00:02:00;02"},
+        PrintCase{3600, 30, true, 0, "00:02:00;04"},
+        // Ten-minute blocks of 18000 frames: the display steps back once.
+        PrintCase{17982, 30, true, 0, "00:10:00;02"}, PrintCase{17999, 30, true, 0, "00:10:00;19"},
+        PrintCase{18000, 30, true, 0, "00:10:00;18"}, PrintCase{107892, 30, true, 0, "01:00:00;00"},
+        PrintCase{3596, 60, true, 0, "00:00:59;56"}, PrintCase{3600, 60, true, 0, "00:01:00;04"}));
 
 TEST(TimecodeFromFrameCount, HugeCountsPrintWithoutFailing)
 {
@@ -123,11 +125,15 @@ struct UserCase
     const char *start;
     const char *expected;
 
-    friend void PrintTo(const UserCase &c, std::ostream *os) { *os << '"' << c.typed << '"' << (c.dropFrame ? " DF" : ""); }
+    friend void PrintTo(const UserCase &c, std::ostream *os)
+    {
+        *os << '"' << c.typed << '"' << (c.dropFrame ? " DF" : "");
+    }
 };
 
 class TimecodeFromUserString : public testing::TestWithParam<UserCase>
-{};
+{
+};
 
 TEST_P(TimecodeFromUserString, Expands)
 {
@@ -137,27 +143,26 @@ TEST_P(TimecodeFromUserString, Expands)
               QString::fromUtf8(c.expected));
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Cases, TimecodeFromUserString,
-    testing::Values(UserCase{"1...", false, nullptr, "01:00:00:00"},
-                    UserCase{"1....", false, nullptr, "00:00:00:00"},
-                    UserCase{"5", false, nullptr, "00:00:00:05"},
-                    UserCase{"1.5", false, nullptr, "00:00:01:05"},
-                    UserCase{"1,2,3,4", false, nullptr, "01:02:03:04"},
-                    UserCase{"1:00:00:00", false, nullptr, "01:00:00:00"},
-                    UserCase{"123456789", false, nullptr, "23:45:67:89"},
-                    UserCase{"", false, nullptr, "00:00:00:00"},
-                    UserCase{"", true, "", "00:00:00;00"},
-                    UserCase{"1..", true, nullptr, "00:01:00;00"},
-                    UserCase{"12345", true, nullptr, "00:01:23;45"},
-                    UserCase{"12345", false, nullptr, "00:01:23:45"},
-                    UserCase{"5", false, "01:00:00:00", "01:00:00:05"},
-                    UserCase{"2,,", false, nullptr, "00:02:00:00"},
-                    UserCase{"10.", false, nullptr, "00:00:10:00"},
-                    UserCase{"1:2", false, nullptr, "00:00:00:12"},
-                    UserCase{"abcdefghijk", false, nullptr, "abcdefghijk"},
-                    UserCase{"99:99:99;99", true, nullptr, "99:99:99;99"},
-                    UserCase{"7", false, "12:34", "12:07"}));
+INSTANTIATE_TEST_SUITE_P(Cases, TimecodeFromUserString,
+                         testing::Values(UserCase{"1...", false, nullptr, "01:00:00:00"},
+                                         UserCase{"1....", false, nullptr, "00:00:00:00"},
+                                         UserCase{"5", false, nullptr, "00:00:00:05"},
+                                         UserCase{"1.5", false, nullptr, "00:00:01:05"},
+                                         UserCase{"1,2,3,4", false, nullptr, "01:02:03:04"},
+                                         UserCase{"1:00:00:00", false, nullptr, "01:00:00:00"},
+                                         UserCase{"123456789", false, nullptr, "23:45:67:89"},
+                                         UserCase{"", false, nullptr, "00:00:00:00"},
+                                         UserCase{"", true, "", "00:00:00;00"},
+                                         UserCase{"1..", true, nullptr, "00:01:00;00"},
+                                         UserCase{"12345", true, nullptr, "00:01:23;45"},
+                                         UserCase{"12345", false, nullptr, "00:01:23:45"},
+                                         UserCase{"5", false, "01:00:00:00", "01:00:00:05"},
+                                         UserCase{"2,,", false, nullptr, "00:02:00:00"},
+                                         UserCase{"10.", false, nullptr, "00:00:10:00"},
+                                         UserCase{"1:2", false, nullptr, "00:00:00:12"},
+                                         UserCase{"abcdefghijk", false, nullptr, "abcdefghijk"},
+                                         UserCase{"99:99:99;99", true, nullptr, "99:99:99;99"},
+                                         UserCase{"7", false, "12:34", "12:07"}));
 
 TEST(FrameRateFromTimebase, NtscOnlyForTheThreeStandardRates)
 {
@@ -174,12 +179,11 @@ TEST(Arithmetic, AddSubtractAndIncrement)
 {
     EXPECT_EQ(QFTimecode::addTimecode("00:00:10:00", "01:00:00:20", 25, false, false),
               "01:00:10:20");
-    EXPECT_EQ(QFTimecode::addTimecode("00:00:59;29", "00:00:00;01", 30, true, true),
-              "00:01:00;02");
+    EXPECT_EQ(QFTimecode::addTimecode("00:00:59;29", "00:00:00;01", 30, true, true), "00:01:00;02");
     EXPECT_EQ(QFTimecode::subtractTimecode("00:00:00:10", "00:00:01:00", 30, false, false),
               "00:00:00:20");
-    EXPECT_TRUE(QFTimecode::subtractTimecode("00:00:01:00", "00:00:00:10", 30, false, false)
-                    .isNull());
+    EXPECT_TRUE(
+        QFTimecode::subtractTimecode("00:00:01:00", "00:00:00:10", 30, false, false).isNull());
     EXPECT_EQ(QFTimecode::subtractTimecode("00:00:01:00", "00:00:01:00", 30, false, false),
               "00:00:00:00");
     // The input is always read non-drop; only the output honours the flag.
@@ -231,14 +235,16 @@ TEST(Formatting, FieldsSeparatorsAndFilenames)
 
 TEST(TimeOfDay, HasTimecodeShapeAndFramesBelowRate)
 {
-    static const QRegularExpression shape(QStringLiteral("^(\\d\\d):(\\d\\d):(\\d\\d)([:;])(\\d\\d)$"));
+    static const QRegularExpression shape(
+        QStringLiteral("^(\\d\\d):(\\d\\d):(\\d\\d)([:;])(\\d\\d)$"));
     const QRegularExpressionMatch drop = shape.match(QFTimecode::timeOfDayTimecode(30, true, true));
     ASSERT_TRUE(drop.hasMatch());
     EXPECT_EQ(drop.captured(4), ";");
     EXPECT_LT(drop.captured(1).toInt(), 24);
     EXPECT_LT(drop.captured(5).toInt(), 30);
 
-    const QRegularExpressionMatch plain = shape.match(QFTimecode::timeOfDayTimecode(25, false, false));
+    const QRegularExpressionMatch plain =
+        shape.match(QFTimecode::timeOfDayTimecode(25, false, false));
     ASSERT_TRUE(plain.hasMatch());
     EXPECT_EQ(plain.captured(4), ":");
     EXPECT_LT(plain.captured(5).toInt(), 25);

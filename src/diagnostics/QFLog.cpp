@@ -1,0 +1,572 @@
+#include "QFLog.h"
+
+#include "support/QFLocalPaths.h"
+#include "support/QFPropertyList.h"
+
+#include <QCoreApplication>
+#include <QDateTime>
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QSaveFile>
+#include <QSysInfo>
+#include <QThread>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+#include <cxxabi.h>
+#include <exception>
+#include <typeinfo>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+
+// Static initialisation runs on the main thread, before any QCoreApplication exists.
+const std::thread::id mainThreadId = std::this_thread::get_id();
+
+bool isMainThread()
+{
+    if (const QCoreApplication *app = QCoreApplication::instance())
+        return QThread::currentThread() == app->thread();
+    return std::this_thread::get_id() == mainThreadId;
+}
+
+/// The date as each line and "Log started" show it: UTC, sortable, with its offset.
+/// Rendered once a second at most: the writer formats a date for every line.
+QString dateDescription()
+{
+    thread_local qint64 cachedSecond = -1;
+    thread_local QString cached;
+    const QDateTime now = QDateTime::currentDateTimeUtc();
+    const qint64 second = now.toSecsSinceEpoch();
+    if (second != cachedSecond) {
+        cachedSecond = second;
+        cached = now.toString(QStringLiteral("yyyy-MM-dd HH:mm:ss")) + QStringLiteral(" +0000");
+    }
+    return cached;
+}
+
+QString executablePath()
+{
+    if (QCoreApplication::instance())
+        return QCoreApplication::applicationFilePath();
+#ifdef Q_OS_LINUX
+    return QFileInfo(QStringLiteral("/proc/self/exe")).canonicalFilePath();
+#else
+    return QString();
+#endif
+}
+
+bool switchDisablesLogging(const QVariant &value)
+{
+    switch (value.typeId()) {
+    case QMetaType::QString:
+        return value.toString() == QLatin1StringView("1");
+    case QMetaType::Bool:
+        return value.toBool();
+    case QMetaType::Int:
+    case QMetaType::LongLong:
+    case QMetaType::UInt:
+    case QMetaType::ULongLong:
+    case QMetaType::Double:
+        return value.toDouble() == 1.0;
+    default:
+        return false;
+    }
+}
+
+std::mutex finishMutex; // serialises flushes, as a lock on the class would
+
+} // namespace
+
+QFLog &QFLog::sharedController()
+{
+    static QFLog instance;
+    return instance;
+}
+
+QFLog::QFLog()
+{
+    m_writer = std::thread([this] { writerLoop(); });
+    m_writerId = m_writer.get_id();
+    installTerminateHandler();
+    if (QCoreApplication *app = QCoreApplication::instance())
+        QObject::connect(app, &QCoreApplication::aboutToQuit, app, [] { QFLog::willTerminate(); });
+}
+
+QFLog::~QFLog()
+{
+    shutdown();
+    {
+        std::lock_guard lock(m_queueMutex);
+        m_stop = true;
+    }
+    m_queueChanged.notify_all();
+    if (m_writer.joinable())
+        m_writer.join();
+}
+
+// ---- names and paths ---------------------------------------------------------------
+
+QString QFLog::appName() const
+{
+    std::lock_guard lock(m_nameMutex);
+    if (!m_appName.isNull())
+        return m_appName;
+    return QFileInfo(executablePath()).completeBaseName();
+}
+
+void QFLog::setAppName(const QString &name)
+{
+    std::lock_guard lock(m_nameMutex);
+    m_appName = name;
+}
+
+QString QFLog::logFolder() const
+{
+    return QFLocalPaths::logDirectory(true) + QStringLiteral("/Quillfen");
+}
+
+QString QFLog::currentLogPath() const
+{
+    // The superuser writes into the computer-wide folder, while the folder that is
+    // created and rotated stays the user's; other applications of the maker do the same.
+    if (QFLocalPaths::isSuperuser())
+        return QFLocalPaths::logDirectory(false) +
+               QFFormat::format(u"/Quillfen/%@.1.log", appName());
+    return logFolder() + QFFormat::format(u"/%@.1.log", appName());
+}
+
+QString QFLog::generationPath(int generation) const
+{
+    return logFolder() + QFFormat::format(u"/%@.%li.log", appName(), generation);
+}
+
+QStringList QFLog::availableLogs()
+{
+    const QFLog &log = sharedController();
+    QStringList paths;
+    for (int i = 1; i <= 5; ++i) {
+        const QString path = QFFormat::format(u"%@/%@.%li.log", log.logFolder(), log.appName(), i);
+        if (QFile::exists(path))
+            paths << path;
+    }
+    return paths;
+}
+
+// ---- creating a log ----------------------------------------------------------------
+
+void QFLog::createNewLog(const QString &name, bool noPrinting)
+{
+    sharedController().createNewLogImpl(name, noPrinting);
+}
+
+void QFLog::print(const QString &text) const
+{
+    if (m_noPrinting.load())
+        return;
+    std::fputs(text.toUtf8().constData(), stdout);
+    std::fflush(stdout);
+}
+
+void QFLog::createNewLogImpl(const QString &name, bool noPrinting)
+{
+    m_noPrinting = noPrinting;
+    if (m_loggingDisabled.load())
+        return;
+    closeFile();
+
+    const QVariantMap shared = QFPropertyList::readDictionary(
+        QFLocalPaths::prefsDirectory(true) + QStringLiteral("/com.quillfen.global.plist"));
+    if (switchDisablesLogging(shared.value(QStringLiteral("disable-logging")))) {
+        print(QStringLiteral("Logging is disabled\n"));
+        m_loggingDisabled = true;
+        return;
+    }
+
+    if (!name.isEmpty() && appName().isEmpty())
+        setAppName(name);
+    m_bytesWritten = 0;
+    if (appName().isEmpty())
+        setAppName(QStringLiteral("Unknown"));
+
+    const QString folder = logFolder();
+    const QString path = currentLogPath();
+    if (!QDir().mkpath(folder)) {
+        print(QFFormat::format(u"Unable to create folder %s.\n", folder));
+        return;
+    }
+    if (QFile::exists(path) && !rotate(folder))
+        return;
+
+    QSaveFile empty(path);
+    if (!empty.open(QIODevice::WriteOnly) || !empty.commit()) {
+        print(QFFormat::format(u"Unable to create log file %s - %s\n", path, empty.errorString()));
+        return;
+    }
+    if (ensureOpen())
+        queueHeader();
+}
+
+bool QFLog::rotate(const QString &folder)
+{
+    Q_UNUSED(folder);
+    if (QFile::exists(generationPath(5)))
+        QFile::remove(generationPath(5));
+    for (int i = 4; i >= 1; --i) {
+        const QString from = generationPath(i);
+        if (!QFile::exists(from))
+            continue;
+        const QString to = generationPath(i + 1);
+        if (!QFile::rename(from, to)) {
+            print(QFFormat::format(u"Unable to move file %s to %s.\n", from, to));
+            return false;
+        }
+    }
+    return true;
+}
+
+void QFLog::queueHeader()
+{
+    fastAppendLog(u"Log started: %@\n", dateDescription());
+    if (QCoreApplication::instance() && !QCoreApplication::applicationVersion().isEmpty())
+        fastAppendLog(u"Version: %@\n", QCoreApplication::applicationVersion());
+    if (const QString path = executablePath(); !path.isEmpty())
+        fastAppendLog(u"Path: %@\n", path);
+    const double gigabytes =
+        double(::sysconf(_SC_PHYS_PAGES)) * double(::sysconf(_SC_PAGESIZE)) / 1024 / 1024 / 1024;
+    const qint64 cpus = ::sysconf(_SC_NPROCESSORS_ONLN);
+#ifdef Q_OS_MACOS
+    appendLog(u"System: macOS %@, %li CPU(s), %0.2f GB RAM\n", QSysInfo::productVersion(), cpus,
+              gigabytes);
+#else
+    appendLog(u"System: Linux %@, %li CPU(s), %0.2f GB RAM\n",
+              QSysInfo::prettyProductName() + QStringLiteral(" (kernel ") +
+                  QSysInfo::kernelVersion() + u')',
+              cpus, gigabytes);
+#endif
+    fastAppendLog(u"Running in 64-bit mode\n");
+}
+
+// ---- the file --------------------------------------------------------------------
+
+bool QFLog::ensureOpen()
+{
+    std::lock_guard lock(m_fileMutex);
+    if (m_fd >= 0)
+        return true;
+    const QByteArray path = QFile::encodeName(currentLogPath());
+    m_fd = ::open(path.constData(), O_WRONLY | O_APPEND | O_CLOEXEC);
+    return m_fd >= 0;
+}
+
+void QFLog::closeFile()
+{
+    std::lock_guard lock(m_fileMutex);
+    if (m_fd >= 0)
+        ::close(m_fd);
+    m_fd = -1;
+}
+
+// ---- queuing -----------------------------------------------------------------------
+
+QString QFLog::escapeTextForLogging(const QString &text)
+{
+    if (!text.contains(u'%'))
+        return text;
+    QString result = text;
+    for (const char *directive : {"% ", "%.", "%!", "%,", "%-", "%;", "%:", "%+"}) {
+        const QString from = QLatin1StringView(directive);
+        result.replace(from, u'%' + from);
+    }
+    result.replace(QStringLiteral("%%%"), QStringLiteral("%%"));
+    return result;
+}
+
+QString QFLog::formatEntry(QStringView format, std::initializer_list<QFFormat::Arg> args)
+{
+    return QFFormat::formatList(escapeTextForLogging(format.toString()), args);
+}
+
+void QFLog::appendTextToLog(const QString &text)
+{
+    const QString trimmed = text.trimmed();
+    if (trimmed.isEmpty())
+        return;
+    {
+        std::lock_guard lock(m_queueMutex);
+        if (!m_queueOpen)
+            return;
+        m_bytesInQueue += quint64(trimmed.size());
+        m_queue.push_back(trimmed);
+        ++m_queued;
+    }
+    m_queueChanged.notify_one();
+}
+
+void QFLog::appendLogList(QStringView format, std::initializer_list<QFFormat::Arg> args)
+{
+    QFLog &log = sharedController();
+    if (format.isNull() || log.m_loggingDisabled.load())
+        return;
+    const QString text = formatEntry(format, args);
+    log.appendTextToLog(text);
+    // A short entry from a worker waits until it is on disk, so the last lines before
+    // a crash survive; long entries and a busy queue never hold the caller up.
+    if (!isMainThread() && text.size() >= 1 && text.size() <= 99 && log.m_bytesInQueue.load() <= 99)
+        finishWriting();
+}
+
+void QFLog::fastAppendLogList(QStringView format, std::initializer_list<QFFormat::Arg> args)
+{
+    QFLog &log = sharedController();
+    if (format.isNull() || log.m_loggingDisabled.load())
+        return;
+    log.appendTextToLog(formatEntry(format, args));
+}
+
+void QFLog::appendLogAndPrintList(QStringView format, std::initializer_list<QFFormat::Arg> args)
+{
+    QFLog &log = sharedController();
+    if (format.isNull() || log.m_loggingDisabled.load())
+        return;
+    const QString text = formatEntry(format, args).trimmed();
+    // The formatted text is itself the format of the logged entry (escaped and
+    // formatted once more); the printed copy shows its percent signs doubled.
+    appendLogList(text, {});
+    QString printed = text;
+    printed.remove(QStringLiteral("%@"));
+    printed.replace(u'%', QStringLiteral("%%"));
+    printed.remove(QChar(u'\0'));
+    log.print(printed + u'\n');
+}
+
+void QFLog::appendLogAndDebugPrintList(QStringView format,
+                                       std::initializer_list<QFFormat::Arg> args)
+{
+    if (format.isNull())
+        return;
+    appendLogList(formatEntry(format, args).trimmed(), {});
+}
+
+void QFLog::finishWriting()
+{
+    QFLog &log = sharedController();
+    if (std::this_thread::get_id() == log.m_writerId)
+        return;
+    std::lock_guard serial(finishMutex);
+    const std::uint64_t target = log.m_queued.load();
+    // Most waits are a few microseconds: spin briefly before sleeping on the condition.
+    for (int i = 0; i < 2000 && log.m_written.load() < target; ++i)
+        std::this_thread::yield();
+    if (log.m_written.load() >= target)
+        return;
+    std::unique_lock lock(log.m_queueMutex);
+    log.m_queueDrained.wait(lock, [&] { return log.m_written.load() >= target; });
+}
+
+// ---- the writer thread -------------------------------------------------------------
+
+void QFLog::writerLoop()
+{
+    for (;;) {
+        std::deque<QString> batch;
+        {
+            std::unique_lock lock(m_queueMutex);
+            if (m_queue.empty() || m_hold) {
+                lock.unlock();
+                // New work usually follows at once: look again briefly before sleeping.
+                for (int i = 0; i < 2000; ++i) {
+                    if (m_queued.load() != m_written.load() && !m_hold)
+                        break;
+                    std::this_thread::yield();
+                }
+                lock.lock();
+            }
+            m_queueChanged.wait(lock, [this] { return m_stop || (!m_hold && !m_queue.empty()); });
+            if (m_queue.empty() && m_stop)
+                return;
+            batch.swap(m_queue);
+        }
+        const std::uint64_t count = batch.size();
+        writeEntries(batch);
+        {
+            std::lock_guard lock(m_queueMutex);
+            m_written += count;
+        }
+        m_queueDrained.notify_all();
+    }
+}
+
+void QFLog::writeEntries(std::deque<QString> &entries)
+{
+    QByteArray pending;
+    auto flush = [this, &pending] {
+        if (pending.isEmpty())
+            return;
+        std::lock_guard lock(m_fileMutex);
+        const char *data = pending.constData();
+        qsizetype left = pending.size();
+        while (left > 0 && m_fd >= 0) {
+            const ssize_t n = ::write(m_fd, data, size_t(left));
+            if (n < 0 && errno == EINTR)
+                continue;
+            if (n <= 0) {
+                if (!m_loggingDisabled.load())
+                    print(QFFormat::format(u"Exception writing to log: %s\n",
+                                           QString::fromLocal8Bit(std::strerror(errno))));
+                break;
+            }
+            data += n;
+            left -= n;
+        }
+        pending.clear();
+    };
+
+    for (const QString &text : entries) {
+        if (!m_loggingDisabled.load()) {
+            if (!ensureOpen()) {
+                flush();
+                print(QFFormat::format(u"Unable to log the following information: %s\n", text));
+                print(QStringLiteral("Unable to open log for output\n"));
+            } else {
+                const QByteArray line =
+                    (dateDescription() + QStringLiteral(" - ") + text + u'\n').toUtf8();
+                pending += line;
+                m_bytesWritten += quint64(line.size());
+                if (m_bytesWritten.load() >= m_rolloverLimit.load()) {
+                    flush();
+                    // Runs on this thread; entries queued behind go to the new file.
+                    createNewLogImpl(appName(), m_noPrinting.load());
+                    appendLog(u"Log truncated at 500KB");
+                }
+            }
+        }
+        m_bytesInQueue -= quint64(text.size());
+    }
+    flush();
+}
+
+// ---- shutdown ----------------------------------------------------------------------
+
+void QFLog::willTerminate()
+{
+    sharedController().shutdown();
+}
+
+void QFLog::shutdown()
+{
+    bool flush = false;
+    {
+        std::lock_guard lock(m_queueMutex);
+        if (!m_queueOpen)
+            return;
+        if (m_queue.size() < 11) {
+            flush = true;
+        } else {
+            // Quitting is not held up by a backlog: those entries are lost.
+            for (const QString &text : m_queue)
+                m_bytesInQueue -= quint64(text.size());
+            m_written += m_queue.size();
+            m_queue.clear();
+        }
+        m_hold = false;
+    }
+    m_queueChanged.notify_all();
+    m_queueDrained.notify_all();
+    if (flush)
+        finishWriting();
+    {
+        std::lock_guard lock(m_queueMutex);
+        m_queueOpen = false;
+    }
+    setAppName(QString());
+    closeFile();
+}
+
+void QFLog::installTerminateHandler()
+{
+    static std::once_flag once;
+    std::call_once(once, [] {
+        std::set_terminate([] {
+            QString reason = QStringLiteral("terminate called without an active exception");
+            if (const std::exception_ptr current = std::current_exception()) {
+                try {
+                    std::rethrow_exception(current);
+                } catch (const std::exception &e) {
+                    reason = QString::fromUtf8(e.what());
+                } catch (...) {
+                    reason = QStringLiteral("unknown exception");
+                }
+            }
+            QFLog::appendLogAndPrint(u"%@", reason);
+            QFLog::finishWriting();
+            std::abort();
+        });
+    });
+}
+
+// ---- test seams --------------------------------------------------------------------
+
+void QFLog::setRolloverLimitForTesting(quint64 bytes)
+{
+    sharedController().m_rolloverLimit = bytes;
+}
+
+void QFLog::holdWriterForTesting(bool hold)
+{
+    QFLog &log = sharedController();
+    {
+        std::lock_guard lock(log.m_queueMutex);
+        log.m_hold = hold;
+    }
+    log.m_queueChanged.notify_all();
+}
+
+qsizetype QFLog::waitingEntryCountForTesting()
+{
+    QFLog &log = sharedController();
+    std::lock_guard lock(log.m_queueMutex);
+    return qsizetype(log.m_queue.size());
+}
+
+void QFLog::resetForTesting()
+{
+    QFLog &log = sharedController();
+    log.shutdown();
+    std::lock_guard lock(log.m_queueMutex);
+    log.m_queueOpen = true;
+    log.m_hold = false;
+    log.m_loggingDisabled = false;
+    log.m_noPrinting = false;
+    log.m_bytesWritten = 0;
+    log.m_rolloverLimit = 5000000;
+    log.setAppName(QString());
+}
+
+// ---- QFException -------------------------------------------------------------------
+
+QString QFException::logException(const QString &name, const QString &reason, const char *method)
+{
+    const QString text = QFFormat::format(u"Exception in %s. %@ - %@.", method, name, reason);
+    QFLog::appendLogAndPrint(u"%@", text);
+    return text;
+}
+
+QString QFException::logException(const std::exception &exception, const char *method)
+{
+    int status = 0;
+    char *demangled = abi::__cxa_demangle(typeid(exception).name(), nullptr, nullptr, &status);
+    const QString name =
+        QString::fromUtf8(status == 0 && demangled ? demangled : typeid(exception).name());
+    std::free(demangled);
+    return logException(name, QString::fromUtf8(exception.what()), method);
+}
+
+bool QFException::didTimeout(const QString &exceptionName)
+{
+    return exceptionName == QLatin1StringView("NSPortTimeoutException");
+}

@@ -1,0 +1,160 @@
+#pragma once
+
+#include "support/QFFormat.h"
+
+#include <QString>
+#include <QStringList>
+
+#include <atomic>
+#include <condition_variable>
+#include <cstdint>
+#include <deque>
+#include <mutex>
+#include <thread>
+
+/// The application's rotating log file: <log folder>/Quillfen/<appName>.1.log, with
+/// four older generations. Any thread may log; one writer thread does every write,
+/// in order, so callers never touch the disk, except that a short entry from a
+/// background thread waits until it is written (so that it survives a crash).
+///
+/// Formats are printf-style in the system's own forms ("%@", "%li", "%0.2f"); a
+/// stray percent sign in a format is escaped first (escapeTextForLogging).
+class QFLog
+{
+public:
+    /// The single instance, created on first use and never freed before exit.
+    static QFLog &sharedController();
+
+    QFLog(const QFLog &) = delete;
+    QFLog &operator=(const QFLog &) = delete;
+
+    /// Rotates the generations and starts a new current file with its header.
+    /// name is used only when no executable name is available.
+    static void createNewLog(const QString &name = QString(), bool noPrinting = false);
+
+    /// Formats and queues one entry; a short entry from a background thread waits
+    /// until it is on disk.
+    template<typename... Args> static void appendLog(QStringView format, const Args &...args)
+    {
+        appendLogList(format, {QFFormat::Arg(args)...});
+    }
+    /// Formats and queues one entry; never waits.
+    template<typename... Args> static void fastAppendLog(QStringView format, const Args &...args)
+    {
+        fastAppendLogList(format, {QFFormat::Arg(args)...});
+    }
+    /// As appendLog, and prints the text to standard output (with "%" doubled).
+    template<typename... Args>
+    static void appendLogAndPrint(QStringView format, const Args &...args)
+    {
+        appendLogAndPrintList(format, {QFFormat::Arg(args)...});
+    }
+    /// As appendLog; prints nothing.
+    template<typename... Args>
+    static void appendLogAndDebugPrint(QStringView format, const Args &...args)
+    {
+        appendLogAndDebugPrintList(format, {QFFormat::Arg(args)...});
+    }
+    static void debugPrint(const QString &) {}
+
+    /// Blocks until every queued entry is written. Returns at once on the writer
+    /// thread itself (a roll-over logs from there and must not wait for itself).
+    static void finishWriting();
+
+    /// The existing generations, 1 to 5 in that order, as full paths.
+    static QStringList availableLogs();
+
+    /// Doubles percent signs that would otherwise start a directive by accident.
+    static QString escapeTextForLogging(const QString &text);
+
+    /// Shutdown: flushes a backlog of up to 10 entries, drops a larger one so that
+    /// quitting is not held up, then closes the file.
+    static void willTerminate();
+
+    /// Logs an uncaught exception or std::terminate and flushes before the process ends.
+    static void installTerminateHandler();
+
+    /// Queues one finished text (trimmed; dropped when empty).
+    void appendTextToLog(const QString &text);
+
+    QString appName() const;
+    void setAppName(const QString &name);
+    bool loggingDisabled() const { return m_loggingDisabled.load(); }
+    bool noPrinting() const { return m_noPrinting.load(); }
+    quint64 bytesWritten() const { return m_bytesWritten.load(); }
+    quint64 bytesInQueue() const { return m_bytesInQueue.load(); }
+
+    /// The folder of the generations and the path of the current file.
+    QString logFolder() const;
+    QString currentLogPath() const;
+
+    // Seams for tests: the roll-over size, a writer that holds its queue, the
+    // number of entries waiting, and a fresh start after willTerminate.
+    static void setRolloverLimitForTesting(quint64 bytes);
+    static void holdWriterForTesting(bool hold);
+    static qsizetype waitingEntryCountForTesting();
+    static void resetForTesting();
+
+private:
+    QFLog();
+    ~QFLog();
+
+    static void appendLogList(QStringView format, std::initializer_list<QFFormat::Arg> args);
+    static void fastAppendLogList(QStringView format, std::initializer_list<QFFormat::Arg> args);
+    static void appendLogAndPrintList(QStringView format,
+                                      std::initializer_list<QFFormat::Arg> args);
+    static void appendLogAndDebugPrintList(QStringView format,
+                                           std::initializer_list<QFFormat::Arg> args);
+    static QString formatEntry(QStringView format, std::initializer_list<QFFormat::Arg> args);
+
+    void createNewLogImpl(const QString &name, bool noPrinting);
+    void queueHeader();
+    bool rotate(const QString &folder);
+    void print(const QString &text) const;
+    void writerLoop();
+    void writeEntries(std::deque<QString> &entries);
+    bool ensureOpen();
+    void closeFile();
+    void shutdown();
+    QString generationPath(int generation) const;
+
+    mutable std::mutex m_nameMutex;
+    QString m_appName;
+
+    std::mutex m_fileMutex; // guards m_fd between the writer and createNewLog
+    int m_fd = -1;
+
+    std::atomic<quint64> m_bytesWritten{0};
+    std::atomic<quint64> m_bytesInQueue{0};
+    std::atomic<bool> m_loggingDisabled{false};
+    std::atomic<bool> m_noPrinting{false};
+    std::atomic<quint64> m_rolloverLimit{5000000};
+
+    // The write queue: entries in order, served by one thread.
+    std::mutex m_queueMutex;
+    std::condition_variable m_queueChanged;
+    std::condition_variable m_queueDrained;
+    std::deque<QString> m_queue;
+    bool m_queueOpen = true;
+    bool m_hold = false;
+    bool m_stop = false;
+    std::atomic<std::uint64_t> m_queued{0};  // entries ever queued
+    std::atomic<std::uint64_t> m_written{0}; // entries ever finished (written or dropped)
+    std::thread m_writer;
+    std::thread::id m_writerId;
+};
+
+/// Turns a caught exception into one log line.
+class QFException
+{
+public:
+    QFException() = delete;
+
+    /// Logs "Exception in <method>. <name> - <reason>." and returns that text.
+    static QString logException(const QString &name, const QString &reason, const char *method);
+    /// The same for a C++ exception; its name is its type's.
+    static QString logException(const std::exception &exception, const char *method);
+
+    /// Whether the exception's name is the one an Apple Event time-out carries.
+    static bool didTimeout(const QString &exceptionName);
+};

@@ -1,0 +1,188 @@
+#include "QFFormat.h"
+
+namespace QFFormat {
+
+qint64 Arg::asSigned() const
+{
+    switch (m_kind) {
+    case Kind::Signed:
+        return m_signed;
+    case Kind::Unsigned:
+        return qint64(m_unsigned);
+    case Kind::Double:
+        return qint64(m_double);
+    case Kind::Pointer:
+        return qint64(reinterpret_cast<quintptr>(m_pointer));
+    case Kind::String:
+        break;
+    }
+    return m_string.toLongLong();
+}
+
+quint64 Arg::asUnsigned() const
+{
+    return m_kind == Kind::Unsigned ? m_unsigned : quint64(asSigned());
+}
+
+double Arg::asDouble() const
+{
+    switch (m_kind) {
+    case Kind::Double:
+        return m_double;
+    case Kind::Signed:
+        return double(m_signed);
+    case Kind::Unsigned:
+        return double(m_unsigned);
+    case Kind::String:
+        return m_string.toDouble();
+    case Kind::Pointer:
+        break;
+    }
+    return 0.0;
+}
+
+QString Arg::asString() const
+{
+    switch (m_kind) {
+    case Kind::String:
+        return m_string.isNull() ? QStringLiteral("(null)") : m_string;
+    case Kind::Signed:
+        return QString::number(m_signed);
+    case Kind::Unsigned:
+        return QString::number(m_unsigned);
+    case Kind::Double:
+        return QString::number(m_double);
+    case Kind::Pointer:
+        return QString::asprintf("%p", m_pointer);
+    }
+    return QString();
+}
+
+namespace {
+
+bool isFlag(QChar c)
+{
+    return c == u'-' || c == u'+' || c == u' ' || c == u'#' || c == u'0';
+}
+
+bool isDigit(QChar c)
+{
+    return c >= u'0' && c <= u'9';
+}
+
+bool isLengthModifier(QChar c)
+{
+    return c == u'h' || c == u'l' || c == u'q' || c == u'L' || c == u'z' || c == u't' || c == u'j';
+}
+
+// The directive is rebuilt from checked flags, width and precision and a conversion
+// chosen here to match the argument's type, so a non-literal format is safe.
+#pragma GCC diagnostic push
+#pragma GCC diagnostic ignored "-Wformat-nonliteral"
+template<typename T> QString printOne(const QByteArray &directive, T value)
+{
+    return QString::asprintf(directive.constData(), value);
+}
+#pragma GCC diagnostic pop
+
+/// Pads a text to a width like printf's %s does (right-aligned unless "-").
+QString pad(const QString &text, const QString &flags, int width)
+{
+    if (text.size() >= width)
+        return text;
+    const QString fill(width - text.size(), u' ');
+    return flags.contains(u'-') ? text + fill : fill + text;
+}
+
+} // namespace
+
+QString formatList(QStringView format, std::initializer_list<Arg> args)
+{
+    QString out;
+    out.reserve(format.size() + 16 * qsizetype(args.size()));
+    auto next = args.begin();
+    const qsizetype n = format.size();
+    qsizetype i = 0;
+    while (i < n) {
+        const qsizetype percent = format.indexOf(u'%', i);
+        if (percent < 0) {
+            out += format.sliced(i);
+            break;
+        }
+        out += format.sliced(i, percent - i);
+        qsizetype j = percent + 1;
+        if (j < n && format[j] == u'%') {
+            out += u'%';
+            i = j + 1;
+            continue;
+        }
+        const qsizetype flagsStart = j;
+        while (j < n && isFlag(format[j]))
+            ++j;
+        const QString flags = format.sliced(flagsStart, j - flagsStart).toString();
+        int width = 0;
+        while (j < n && isDigit(format[j]))
+            width = qMin(width * 10 + (format[j++].unicode() - u'0'), 100000);
+        int precision = -1;
+        if (j < n && format[j] == u'.') {
+            precision = 0;
+            for (++j; j < n && isDigit(format[j]); ++j)
+                precision = qMin(precision * 10 + (format[j].unicode() - u'0'), 100000);
+        }
+        while (j < n && isLengthModifier(format[j]))
+            ++j;
+        if (j >= n || next == args.end()) {
+            // Unfinished directive or no argument left: keep the text as written.
+            out += format.sliced(percent, qMin(j + 1, n) - percent);
+            i = j + 1;
+            continue;
+        }
+        const char16_t conversion = format[j].unicode();
+        const QString spec = QStringLiteral("%") + flags +
+                             (width ? QString::number(width) : QString()) +
+                             (precision >= 0 ? u'.' + QString::number(precision) : QString());
+        const QByteArray cspec = spec.toLatin1();
+        switch (conversion) {
+        case u'@':
+        case u's': {
+            QString text = (next++)->asString();
+            if (conversion == u's' && precision >= 0)
+                text.truncate(precision);
+            out += pad(text, flags, width);
+            break;
+        }
+        case u'C':
+        case u'c':
+            out += pad(QString(QChar(char16_t((next++)->asUnsigned()))), flags, width);
+            break;
+        case u'd':
+        case u'i':
+            out += printOne(cspec + "lld", qlonglong((next++)->asSigned()));
+            break;
+        case u'u':
+        case u'x':
+        case u'X':
+        case u'o':
+            out += printOne(cspec + "ll" + char(conversion), qulonglong((next++)->asUnsigned()));
+            break;
+        case u'f':
+        case u'F':
+        case u'e':
+        case u'E':
+        case u'g':
+        case u'G':
+            out += printOne(cspec + char(conversion), (next++)->asDouble());
+            break;
+        case u'p':
+            out += QString::asprintf("%p", (next++)->asPointer());
+            break;
+        default:
+            out += format.sliced(percent, j + 1 - percent);
+            break;
+        }
+        i = j + 1;
+    }
+    return out;
+}
+
+} // namespace QFFormat

@@ -1,0 +1,55 @@
+#pragma once
+
+// A private home for one test, as an ordinary user: HOME and the XDG folders point
+// into a temporary folder, so that paths, preferences and logs never touch the real
+// ones, and the superuser rules stay off even when the tests run as root (as CI may).
+
+#include "support/QFLocalPaths.h"
+
+#include <QDir>
+#include <QFile>
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+class TempHome
+{
+public:
+    TempHome()
+    {
+        EXPECT_TRUE(m_dir.isValid());
+        for (const char *variable :
+             {"HOME", "XDG_CONFIG_HOME", "XDG_STATE_HOME", "XDG_CACHE_HOME", "XDG_DATA_HOME"})
+            m_saved.append({variable, qgetenv(variable)});
+        qputenv("HOME", m_dir.path().toUtf8());
+        qputenv("XDG_CONFIG_HOME", (m_dir.path() + "/.config").toUtf8());
+        qputenv("XDG_STATE_HOME", (m_dir.path() + "/.local/state").toUtf8());
+        qputenv("XDG_CACHE_HOME", (m_dir.path() + "/.cache").toUtf8());
+        qputenv("XDG_DATA_HOME", (m_dir.path() + "/.local/share").toUtf8());
+        QFLocalPaths::setRealUserIdForTesting(1000);
+    }
+    ~TempHome()
+    {
+        QFLocalPaths::setRealUserIdForTesting(std::nullopt);
+        for (const auto &[name, value] : m_saved)
+            qputenv(name, value);
+    }
+    QString path() const { return m_dir.path(); }
+
+    static QByteArray read(const QString &path)
+    {
+        QFile file(path);
+        return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
+    }
+    static void write(const QString &path, const QByteArray &bytes)
+    {
+        QDir().mkpath(QFileInfo(path).path());
+        QFile file(path);
+        ASSERT_TRUE(file.open(QIODevice::WriteOnly)) << path.toStdString();
+        file.write(bytes);
+    }
+
+private:
+    QTemporaryDir m_dir;
+    QList<std::pair<const char *, QByteArray>> m_saved;
+};

@@ -1,0 +1,297 @@
+#include "diagnostics/QFLog.h"
+#include "support/QFPropertyList.h"
+
+#include "QtPrinters.h"
+#include "TempHome.h"
+
+#include <gtest/gtest.h>
+
+#include <QFileInfo>
+#include <QRegularExpression>
+
+#include <atomic>
+#include <chrono>
+#include <thread>
+
+namespace {
+
+using namespace std::chrono_literals;
+
+class LogTest : public testing::Test
+{
+protected:
+    void SetUp() override { QFLog::resetForTesting(); }
+    void TearDown() override { QFLog::resetForTesting(); }
+
+    QString folder() const { return home.path() + "/.local/state/Quillfen"; }
+    QString generation(int n) const
+    {
+        return folder() + QStringLiteral("/%1.%2.log").arg(QFLog::sharedController().appName()).arg(n);
+    }
+    QString current() const
+    {
+        QFLog::finishWriting();
+        return QString::fromUtf8(TempHome::read(generation(1)));
+    }
+    void setSwitch(const QVariant &value)
+    {
+        QDir().mkpath(home.path() + "/.config");
+        ASSERT_TRUE(QFPropertyList::writeDictionary({{"disable-logging", value}},
+                                                    home.path() + "/.config/com.quillfen.global.plist"));
+    }
+
+    TempHome home;
+};
+
+TEST_F(LogTest, NewLogStartsWithTheHeader)
+{
+    QFLog::createNewLog(QString(), true);
+    QFLog::appendLog(u"Marker start pos: %li", qint64(250));
+    const QString text = current();
+    const QStringList lines = text.split(u'\n', Qt::SkipEmptyParts);
+    ASSERT_GE(lines.size(), 5);
+    static const QRegularExpression prefix(
+        QStringLiteral("^\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d \\+0000 - "));
+    for (const QString &line : lines)
+        EXPECT_TRUE(prefix.match(line).hasMatch()) << line.toStdString();
+    EXPECT_TRUE(lines[0].contains(" - Log started: "));
+    EXPECT_TRUE(text.contains(" - Path: "));
+    EXPECT_TRUE(text.contains(" - System: Linux "));
+    EXPECT_TRUE(text.contains(" CPU(s), "));
+    EXPECT_TRUE(text.contains(" - Running in 64-bit mode\n"));
+    EXPECT_TRUE(lines.last().endsWith(" - Marker start pos: 250"));
+    EXPECT_EQ(QFLog::sharedController().bytesWritten(), quint64(text.toUtf8().size()));
+}
+
+TEST_F(LogTest, RotationShiftsEveryGenerationAndDropsTheOldest)
+{
+    QFLog::createNewLog(QString(), true);
+    QFLog::finishWriting();
+    for (int i = 2; i <= 5; ++i)
+        TempHome::write(generation(i), QByteArray::number(i));
+    TempHome::write(generation(1), "1");
+    QFLog::createNewLog(QString(), true);
+    for (int i = 2; i <= 5; ++i)
+        EXPECT_EQ(TempHome::read(generation(i)), QByteArray::number(i - 1)) << i;
+    EXPECT_TRUE(current().contains("Log started"));
+}
+
+TEST_F(LogTest, RotationSkipsGapsWithoutFillingThem)
+{
+    QDir().mkpath(folder());
+    QFLog::sharedController().setAppName("Gaps");
+    TempHome::write(generation(1), "one");
+    TempHome::write(generation(3), "three");
+    QFLog::createNewLog(QString(), true);
+    EXPECT_EQ(TempHome::read(generation(2)), "one");
+    EXPECT_FALSE(QFile::exists(generation(3)));
+    EXPECT_EQ(TempHome::read(generation(4)), "three");
+    EXPECT_FALSE(QFile::exists(generation(5)));
+    EXPECT_EQ(QFLog::availableLogs(), QStringList({generation(1), generation(2), generation(4)}));
+}
+
+TEST_F(LogTest, AvailableLogsListsExistingGenerationsInOrder)
+{
+    QFLog::sharedController().setAppName("Avail");
+    TempHome::write(generation(4), "4");
+    TempHome::write(generation(1), "1");
+    EXPECT_EQ(QFLog::availableLogs(), QStringList({generation(1), generation(4)}));
+}
+
+struct SwitchCase
+{
+    QVariant value;
+    bool disables;
+};
+
+TEST_F(LogTest, SharedSwitchDisablesOnlyForStringOneOrTrue)
+{
+    const SwitchCase cases[] = {{QStringLiteral("1"), true}, {true, true}, {qlonglong(1), true},
+                                {QStringLiteral("YES"), false}, {qlonglong(2), false},
+                                {QStringLiteral("0"), false}, {false, false}};
+    for (const SwitchCase &c : cases) {
+        QFLog::resetForTesting();
+        QDir(folder()).removeRecursively();
+        setSwitch(c.value);
+        testing::internal::CaptureStdout();
+        QFLog::createNewLog();
+        QFLog::appendLog(u"after the switch");
+        const std::string printed = testing::internal::GetCapturedStdout();
+        EXPECT_EQ(QFLog::sharedController().loggingDisabled(), c.disables) << c.value.toString().toStdString();
+        EXPECT_EQ(printed == "Logging is disabled\n", c.disables) << printed;
+        EXPECT_EQ(current().contains("after the switch"), !c.disables);
+    }
+}
+
+TEST_F(LogTest, EscapingOfStrayPercentSigns)
+{
+    EXPECT_EQ(QFLog::escapeTextForLogging("no percent"), "no percent");
+    EXPECT_EQ(QFLog::escapeTextForLogging("100% done"), "100%% done");
+    EXPECT_EQ(QFLog::escapeTextForLogging("%.2f %0.2f"), "%%.2f %0.2f");
+    EXPECT_EQ(QFLog::escapeTextForLogging("50%% off"), "50%% off");
+    EXPECT_EQ(QFLog::escapeTextForLogging("%-5d %+d %: %; %, %!"), "%%-5d %%+d %%: %%; %%, %%!");
+
+    QFLog::createNewLog(QString(), true);
+    QFLog::appendLog(u"100% done");
+    QFLog::appendLog(u"literal %.2f", 1.5);
+    QFLog::appendLog(u"formatted %0.2f", 1.5);
+    QFLog::appendLog(u"kept %% pair");
+    const QString text = current();
+    EXPECT_TRUE(text.contains(" - 100% done\n"));
+    EXPECT_TRUE(text.contains(" - literal %.2f\n"));
+    EXPECT_TRUE(text.contains(" - formatted 1.50\n"));
+    EXPECT_TRUE(text.contains(" - kept % pair\n"));
+}
+
+TEST_F(LogTest, BlankEntriesAreDroppedAndNotCounted)
+{
+    QFLog::createNewLog(QString(), true);
+    QFLog::finishWriting();
+    const QString before = current();
+    QFLog::holdWriterForTesting(true);
+    QFLog::fastAppendLog(u"  \n\t ");
+    QFLog::fastAppendLog(u"%@", QStringLiteral("\n"));
+    EXPECT_EQ(QFLog::sharedController().bytesInQueue(), 0u);
+    QFLog::fastAppendLog(u"  padded  \n");
+    EXPECT_EQ(QFLog::sharedController().bytesInQueue(), 6u);
+    QFLog::holdWriterForTesting(false);
+    EXPECT_EQ(current().mid(before.size()).count(u'\n'), 1);
+    EXPECT_TRUE(current().endsWith(" - padded\n"));
+}
+
+TEST_F(LogTest, ShortEntriesFromWorkersWaitLongOnesDoNot)
+{
+    QFLog::createNewLog(QString(), true);
+    QFLog::finishWriting();
+    QFLog::holdWriterForTesting(true);
+
+    std::atomic<bool> longReturned = false;
+    std::thread longWriter([&] {
+        QFLog::appendLog(u"%@", QString(100, u'L'));
+        longReturned = true;
+    });
+    longWriter.join(); // returns although the writer holds everything
+    EXPECT_TRUE(longReturned);
+    QFLog::holdWriterForTesting(false);
+    EXPECT_TRUE(current().contains(QString(100, u'L')));
+}
+
+TEST_F(LogTest, ShortEntryFromAWorkerReturnsOnlyOnceWritten)
+{
+    QFLog::createNewLog(QString(), true);
+    QFLog::finishWriting();
+    QFLog::holdWriterForTesting(true);
+    std::atomic<bool> returned = false;
+    std::thread shortWriter([&] {
+        QFLog::appendLog(u"%@", QString(50, u'S'));
+        returned = true;
+    });
+    std::this_thread::sleep_for(200ms);
+    EXPECT_FALSE(returned) << "a 50-character entry from a worker must wait for the disk";
+    QFLog::holdWriterForTesting(false);
+    shortWriter.join();
+    EXPECT_TRUE(QString::fromUtf8(TempHome::read(generation(1))).contains(QString(50, u'S')));
+}
+
+TEST_F(LogTest, MainThreadNeverWaits)
+{
+    QFLog::createNewLog(QString(), true);
+    QFLog::finishWriting();
+    QFLog::holdWriterForTesting(true);
+    QFLog::appendLog(u"short from main"); // must not block
+    EXPECT_EQ(QFLog::waitingEntryCountForTesting(), 1);
+    QFLog::holdWriterForTesting(false);
+    EXPECT_TRUE(current().contains("short from main"));
+}
+
+class Shutdown : public LogTest, public testing::WithParamInterface<int>
+{};
+
+TEST_P(Shutdown, FlushesUpToTenQueuedEntriesAndDropsMore)
+{
+    const int queued = GetParam();
+    QFLog::createNewLog(QString(), true);
+    QFLog::finishWriting();
+    const QString path = generation(1);
+    QFLog::holdWriterForTesting(true);
+    for (int i = 0; i < queued; ++i)
+        QFLog::fastAppendLog(u"queued entry %li", i);
+    ASSERT_EQ(QFLog::waitingEntryCountForTesting(), queued);
+    QFLog::willTerminate();
+    const QString text = QString::fromUtf8(TempHome::read(path));
+    EXPECT_EQ(text.count("queued entry"), queued <= 10 ? queued : 0);
+    QFLog::fastAppendLog(u"after shutdown");
+    EXPECT_EQ(QFLog::waitingEntryCountForTesting(), 0);
+}
+
+INSTANTIATE_TEST_SUITE_P(Backlogs, Shutdown, testing::Values(10, 11));
+
+TEST_F(LogTest, RollsOverAtTheLimitOnTheWriterThread)
+{
+    QFLog::setRolloverLimitForTesting(2000);
+    QFLog::createNewLog(QString(), true);
+    int i = 0;
+    while (!QFile::exists(generation(2)) && i < 100) {
+        QFLog::fastAppendLog(u"entry %li %@", i++, QString(60, u'x'));
+        QFLog::finishWriting();
+    }
+    const QString older = QString::fromUtf8(TempHome::read(generation(2)));
+    const QStringList newer = current().split(u'\n', Qt::SkipEmptyParts);
+    EXPECT_GE(older.toUtf8().size(), 2000);
+    EXPECT_LT(older.toUtf8().size(), 2200);
+    EXPECT_TRUE(older.contains(QStringLiteral("entry %1 ").arg(i - 1)));
+    ASSERT_GE(newer.size(), 5);
+    EXPECT_TRUE(newer.first().contains(" - Log started: "));
+    EXPECT_TRUE(newer.last().endsWith(" - Log truncated at 500KB"));
+}
+
+TEST_F(LogTest, EntriesQueuedBehindARollOverGoToTheNewFile)
+{
+    QFLog::setRolloverLimitForTesting(2000);
+    QFLog::createNewLog(QString(), true);
+    for (int i = 0; i < 40; ++i)
+        QFLog::fastAppendLog(u"entry %li %@", i, QString(60, u'x'));
+    QFLog::finishWriting();
+    QString all;
+    for (int g = 5; g >= 1; --g)
+        all += QString::fromUtf8(TempHome::read(generation(g)));
+    EXPECT_EQ(all.count(" - Log truncated at 500KB"), 2); // 40 entries of 90 bytes
+    for (int i = 0; i < 40; ++i)
+        EXPECT_EQ(all.count(QStringLiteral(" - entry %1 ").arg(i)), 1) << i;
+}
+
+TEST_F(LogTest, PrintedCopyDoublesPercentSigns)
+{
+    QFLog::createNewLog(QString(), false);
+    testing::internal::CaptureStdout();
+    QFLog::appendLogAndPrint(u"%@ done", "100%");
+    const std::string printed = testing::internal::GetCapturedStdout();
+    EXPECT_EQ(printed, "100%% done\n");
+    EXPECT_TRUE(current().contains(" - 100% done\n"));
+}
+
+TEST_F(LogTest, ExceptionsBecomeOneLine)
+{
+    QFLog::createNewLog(QString(), true);
+    const QString line =
+        QFException::logException("NSPortTimeoutException", "timed out", "+[QFAppleEvents saveProject:]");
+    EXPECT_EQ(line, "Exception in +[QFAppleEvents saveProject:]. NSPortTimeoutException - timed out.");
+    EXPECT_TRUE(current().contains(line));
+    EXPECT_TRUE(QFException::didTimeout("NSPortTimeoutException"));
+    EXPECT_FALSE(QFException::didTimeout("NSRangeException"));
+    const QString cpp = QFException::logException(std::runtime_error("boom"), "-[MyDocument x]");
+    EXPECT_EQ(cpp, "Exception in -[MyDocument x]. std::runtime_error - boom.");
+}
+
+TEST_F(LogTest, UnwritableFolderIsReportedNotFatal)
+{
+    TempHome::write(home.path() + "/.local/state", "a file where the folder should be");
+    testing::internal::CaptureStdout();
+    QFLog::createNewLog();
+    QFLog::appendLog(u"lost");
+    QFLog::finishWriting();
+    const std::string printed = testing::internal::GetCapturedStdout();
+    EXPECT_NE(printed.find("Unable to create folder "), std::string::npos) << printed;
+}
+
+} // namespace

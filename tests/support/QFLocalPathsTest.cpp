@@ -1,0 +1,149 @@
+#include "support/QFLocalPaths.h"
+#include "support/QFOSDetect.h"
+
+#include "QtPrinters.h"
+#include "TempHome.h"
+
+#include <gtest/gtest.h>
+
+#include <QRegularExpression>
+
+namespace {
+
+class Superuser
+{
+public:
+    Superuser() { QFLocalPaths::setRealUserIdForTesting(0); }
+    ~Superuser() { QFLocalPaths::setRealUserIdForTesting(1000); }
+};
+
+TEST(QFLocalPaths, UserFoldersFollowTheHomeAndXdgFolders)
+{
+    TempHome home;
+    EXPECT_EQ(QFLocalPaths::userDirectory(), home.path());
+    EXPECT_EQ(QFLocalPaths::prefsDirectory(true), home.path() + "/.config");
+    EXPECT_EQ(QFLocalPaths::cacheDirectory(true), home.path() + "/.cache");
+    EXPECT_EQ(QFLocalPaths::logDirectory(true), home.path() + "/.local/state");
+    EXPECT_EQ(QFLocalPaths::libraryDirectory(true), home.path() + "/.local/share");
+    EXPECT_EQ(QFLocalPaths::trashDirectory(), home.path() + "/.local/share/Trash");
+    EXPECT_EQ(QFLocalPaths::logDirectory(false), "/var/log");
+    EXPECT_EQ(QFLocalPaths::prefsDirectory(false), "/etc/xdg");
+    EXPECT_TRUE(QFLocalPaths::darwinCacheDirectory().isNull());
+}
+
+TEST(QFLocalPaths, SuperuserGetsTheFoldersUnderTheUserDirectory)
+{
+    TempHome home;
+    qputenv("XDG_CONFIG_HOME", "/root/.config");
+    EXPECT_EQ(QFLocalPaths::prefsDirectory(true), "/root/.config");
+    {
+        Superuser root;
+        // The root's home is replaced by the user directory; the local domain is not touched.
+        EXPECT_EQ(QFLocalPaths::prefsDirectory(true), home.path() + "/.config");
+        EXPECT_EQ(QFLocalPaths::prefsDirectory(false), "/etc/xdg");
+        EXPECT_TRUE(QFLocalPaths::isSuperuser());
+    }
+    EXPECT_EQ(QFLocalPaths::prefsDirectory(true), "/root/.config");
+}
+
+TEST(QFLocalPaths, Slashes)
+{
+    EXPECT_EQ(QFLocalPaths::stripTrailingSlash("/"), "/");
+    EXPECT_EQ(QFLocalPaths::stripTrailingSlash("a/"), "a");
+    EXPECT_EQ(QFLocalPaths::stripTrailingSlash("/usr/"), "/usr");
+    EXPECT_EQ(QFLocalPaths::stripTrailingSlash("/usr"), "/usr");
+    EXPECT_TRUE(QFLocalPaths::stripTrailingSlash(QString()).isNull());
+    EXPECT_EQ(QFLocalPaths::ensureTrailingSlash("/usr"), "/usr/");
+    EXPECT_EQ(QFLocalPaths::ensureTrailingSlash("/usr/"), "/usr/");
+    EXPECT_EQ(QFLocalPaths::ensureTrailingSlash(""), "");
+    EXPECT_TRUE(QFLocalPaths::ensureTrailingSlash(QString()).isNull());
+}
+
+struct SystemCase
+{
+    const char *path;
+    bool exact;
+    bool expected;
+    friend void PrintTo(const SystemCase &c, std::ostream *os)
+    {
+        *os << c.path << (c.exact ? " exact" : "");
+    }
+};
+
+class IsPathSystemDirectory : public testing::TestWithParam<SystemCase>
+{};
+
+TEST_P(IsPathSystemDirectory, Decides)
+{
+    TempHome home;
+    EXPECT_EQ(QFLocalPaths::isPathSystemDirectory(QString::fromUtf8(GetParam().path), GetParam().exact),
+              GetParam().expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Cases, IsPathSystemDirectory,
+    testing::Values(SystemCase{"/", false, true}, SystemCase{"/a", false, false},
+                    SystemCase{"/usr/local/bin", false, false}, SystemCase{"/usr/lib", false, true},
+                    SystemCase{"/usr/bin", true, false}, SystemCase{"/private/var/tmp", false, true},
+                    SystemCase{"/usr", true, true}, SystemCase{"/System/Library", false, true},
+                    // The trailing-slash cut removes two characters: "/usr/" is read as "/us".
+                    SystemCase{"/usr/", true, false}, SystemCase{"/usrx/", true, true},
+                    SystemCase{"/var/log/", false, true}, SystemCase{"/tmp/project", false, false},
+                    SystemCase{"/etc/xdg", true, true}, SystemCase{"/var/cache", true, true}));
+
+TEST(QFLocalPaths, HomeIsASystemFolderButNotWithATrailingSlash)
+{
+    TempHome home;
+    EXPECT_TRUE(QFLocalPaths::isPathSystemDirectory(home.path()));
+    EXPECT_FALSE(QFLocalPaths::isPathSystemDirectory(home.path() + "/", true));
+    EXPECT_TRUE(QFLocalPaths::isPathSystemDirectory(home.path() + "/.config"));
+    EXPECT_FALSE(QFLocalPaths::isPathSystemDirectory(home.path() + "/Movies/cut", true));
+}
+
+TEST(QFLocalPaths, TimeMachineVolumes)
+{
+    EXPECT_TRUE(QFLocalPaths::isPathOnTimeMachineVolume("/Volumes/TM/Backups.backupdb/mac/x"));
+    EXPECT_FALSE(QFLocalPaths::isPathOnTimeMachineVolume("/Volumes/TM/Backups.backupdbx/x"));
+    EXPECT_FALSE(QFLocalPaths::isPathOnTimeMachineVolume("/Users/x/Backups.backupdb/x"));
+    EXPECT_FALSE(QFLocalPaths::isPathOnTimeMachineVolume(QString()));
+}
+
+TEST(QFLocalPaths, TemporaryNames)
+{
+    static const QRegularExpression random(QStringLiteral("^[a-z0-9]{12}$"));
+    EXPECT_TRUE(random.match(QFLocalPaths::randomString(12)).hasMatch());
+    EXPECT_EQ(QFLocalPaths::randomString(0), "");
+    const QString a = QFLocalPaths::tempFile(), b = QFLocalPaths::tempFile();
+    EXPECT_NE(a, b);
+    EXPECT_TRUE(a.startsWith(QFLocalPaths::tempDirectory()));
+    EXPECT_FALSE(QFile::exists(a));
+}
+
+struct VersionCase
+{
+    QFOSDetect::Version running;
+    bool expected;
+};
+
+TEST(QFOSDetect, ThresholdsAndText)
+{
+    const VersionCase cases[] = {{{10, 9, 4}, false}, {{10, 9, 5}, true}, {{10, 10, 0}, true},
+                                 {{11, 0, 0}, true},  {{10, 8, 9}, false}, {{9, 99, 99}, false}};
+    for (const VersionCase &c : cases) {
+        QFOSDetect::setVersionForTesting(c.running);
+        EXPECT_EQ(QFOSDetect::isOSVersionAtLeast(10, 9, 5), c.expected) << QFOSDetect::osVersionString().toStdString();
+    }
+    QFOSDetect::setVersionForTesting(QFOSDetect::Version{10, 15, 7});
+    EXPECT_EQ(QFOSDetect::osVersionString(), "10.15.7");
+    EXPECT_EQ(QFOSDetect::osxVersion(), "10.15.7");
+    EXPECT_TRUE(QFOSDetect::isSierraOrHigher());
+    QFOSDetect::setVersionForTesting(QFOSDetect::Version{10, 6, 8});
+    EXPECT_TRUE(QFOSDetect::isSnowLeopardOrHigher());
+    EXPECT_FALSE(QFOSDetect::isLionOrHigher());
+    QFOSDetect::setVersionForTesting(QFOSDetect::Version{});
+    EXPECT_EQ(QFOSDetect::osVersionString(), "0.0.0");
+    QFOSDetect::setVersionForTesting(std::nullopt);
+    EXPECT_GT(QFOSDetect::version().major, 0); // the running kernel
+}
+
+} // namespace

@@ -1,0 +1,94 @@
+#include "support/QFPropertyList.h"
+#include "support/QFUserDefaults.h"
+
+#include "QtPrinters.h"
+#include "TempHome.h"
+
+#include <gtest/gtest.h>
+
+#include <QDateTime>
+
+namespace {
+
+QVariantMap sample()
+{
+    return {{"string", QStringLiteral("Zoë & co")},
+            {"true", true},
+            {"integer", qlonglong(-42)},
+            {"real", 2.5},
+            {"data", QByteArray("\x00\x01\xff", 3)},
+            {"date", QDateTime(QDate(2014, 5, 1), QTime(14, 3, 22), Qt::UTC)},
+            {"list", QVariantList{1, QStringLiteral("two")}},
+            {"dict", QVariantMap{{"nested", QStringLiteral("yes")}}}};
+}
+
+class PropertyListRoundTrip : public testing::TestWithParam<QFPropertyList::Format>
+{};
+
+TEST_P(PropertyListRoundTrip, EveryTypeSurvives)
+{
+    TempHome home;
+    const QString path = home.path() + "/prefs.plist";
+    ASSERT_TRUE(QFPropertyList::writeDictionary(sample(), path, GetParam()));
+    const QVariantMap back = QFPropertyList::readDictionary(path);
+    ASSERT_EQ(back.size(), sample().size());
+    EXPECT_EQ(back["string"].toString(), QString::fromUtf8("Zoë & co"));
+    EXPECT_EQ(back["true"].typeId(), QMetaType::Bool);
+    EXPECT_TRUE(back["true"].toBool());
+    EXPECT_EQ(back["integer"].toLongLong(), -42);
+    EXPECT_EQ(back["real"].toDouble(), 2.5);
+    EXPECT_EQ(back["data"].toByteArray(), QByteArray("\x00\x01\xff", 3));
+    EXPECT_EQ(back["date"].toDateTime(), sample()["date"].toDateTime());
+    EXPECT_EQ(back["list"].toList().size(), 2);
+    EXPECT_EQ(back["dict"].toMap()["nested"].toString(), "yes");
+}
+
+INSTANTIATE_TEST_SUITE_P(Formats, PropertyListRoundTrip,
+                         testing::Values(QFPropertyList::Format::Xml, QFPropertyList::Format::Binary));
+
+TEST(PropertyList, MissingBrokenOrNonDictionaryFilesReadEmpty)
+{
+    TempHome home;
+    EXPECT_TRUE(QFPropertyList::readDictionary(home.path() + "/missing.plist").isEmpty());
+    EXPECT_TRUE(QFPropertyList::readDictionary(QString()).isEmpty());
+    EXPECT_TRUE(QFPropertyList::readDictionary(home.path()).isEmpty()); // a folder
+    TempHome::write(home.path() + "/broken.plist", "<plist><dict><key>a</key>");
+    EXPECT_TRUE(QFPropertyList::readDictionary(home.path() + "/broken.plist").isEmpty());
+    TempHome::write(home.path() + "/binary.plist", QByteArray(1000, '\xff'));
+    EXPECT_TRUE(QFPropertyList::readDictionary(home.path() + "/binary.plist").isEmpty());
+    TempHome::write(home.path() + "/array.plist",
+                    QFPropertyList::toBytes(QVariantList{1, 2}, QFPropertyList::Format::Xml));
+    EXPECT_TRUE(QFPropertyList::readDictionary(home.path() + "/array.plist").isEmpty());
+}
+
+TEST(PropertyList, WriteIntoMissingFolderFailsWithReason)
+{
+    TempHome home;
+    QString error;
+    EXPECT_FALSE(QFPropertyList::writeDictionary(sample(), home.path() + "/no/such/x.plist",
+                                                 QFPropertyList::Format::Xml, &error));
+    EXPECT_FALSE(error.isEmpty());
+}
+
+TEST(UserDefaults, StoredValuesOverRegisteredDefaults)
+{
+    TempHome home;
+    const QString ini = home.path() + "/defaults.ini";
+    {
+        QFUserDefaults defaults(ini);
+        defaults.registerDefaults({{"stripWhitespace", 1}, {"offsetValue", 0}});
+        EXPECT_TRUE(defaults.boolForKey("stripWhitespace"));
+        EXPECT_FALSE(defaults.objectForKey("lastProject").isValid());
+        defaults.setObject(QStringLiteral("/tmp/a.xml"), "lastProject");
+        defaults.setObject(false, "stripWhitespace");
+        defaults.synchronize();
+    }
+    QFUserDefaults reopened(ini);
+    reopened.registerDefaults({{"stripWhitespace", 1}});
+    EXPECT_FALSE(reopened.boolForKey("stripWhitespace"));
+    EXPECT_EQ(reopened.stringForKey("lastProject"), "/tmp/a.xml");
+    reopened.removeObjectForKey("stripWhitespace");
+    EXPECT_TRUE(reopened.boolForKey("stripWhitespace"));
+}
+
+} // namespace
