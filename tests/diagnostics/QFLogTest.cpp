@@ -26,7 +26,8 @@ protected:
     QString folder() const { return home.path() + "/.local/state/Quillfen"; }
     QString generation(int n) const
     {
-        return folder() + QStringLiteral("/%1.%2.log").arg(QFLog::sharedController().appName()).arg(n);
+        return folder() +
+               QStringLiteral("/%1.%2.log").arg(QFLog::sharedController().appName()).arg(n);
     }
     QString current() const
     {
@@ -36,8 +37,8 @@ protected:
     void setSwitch(const QVariant &value)
     {
         QDir().mkpath(home.path() + "/.config");
-        ASSERT_TRUE(QFPropertyList::writeDictionary({{"disable-logging", value}},
-                                                    home.path() + "/.config/com.quillfen.global.plist"));
+        ASSERT_TRUE(QFPropertyList::writeDictionary(
+            {{"disable-logging", value}}, home.path() + "/.config/com.quillfen.global.plist"));
     }
 
     TempHome home;
@@ -106,9 +107,13 @@ struct SwitchCase
 
 TEST_F(LogTest, SharedSwitchDisablesOnlyForStringOneOrTrue)
 {
-    const SwitchCase cases[] = {{QStringLiteral("1"), true}, {true, true}, {qlonglong(1), true},
-                                {QStringLiteral("YES"), false}, {qlonglong(2), false},
-                                {QStringLiteral("0"), false}, {false, false}};
+    const SwitchCase cases[] = {{QStringLiteral("1"), true},
+                                {true, true},
+                                {qlonglong(1), true},
+                                {QStringLiteral("YES"), false},
+                                {qlonglong(2), false},
+                                {QStringLiteral("0"), false},
+                                {false, false}};
     for (const SwitchCase &c : cases) {
         QFLog::resetForTesting();
         QDir(folder()).removeRecursively();
@@ -117,7 +122,8 @@ TEST_F(LogTest, SharedSwitchDisablesOnlyForStringOneOrTrue)
         QFLog::createNewLog();
         QFLog::appendLog(u"after the switch");
         const std::string printed = testing::internal::GetCapturedStdout();
-        EXPECT_EQ(QFLog::sharedController().loggingDisabled(), c.disables) << c.value.toString().toStdString();
+        EXPECT_EQ(QFLog::sharedController().loggingDisabled(), c.disables)
+            << c.value.toString().toStdString();
         EXPECT_EQ(printed == "Logging is disabled\n", c.disables) << printed;
         EXPECT_EQ(current().contains("after the switch"), !c.disables);
     }
@@ -205,7 +211,8 @@ TEST_F(LogTest, MainThreadNeverWaits)
 }
 
 class Shutdown : public LogTest, public testing::WithParamInterface<int>
-{};
+{
+};
 
 TEST_P(Shutdown, FlushesUpToTenQueuedEntriesAndDropsMore)
 {
@@ -273,9 +280,10 @@ TEST_F(LogTest, PrintedCopyDoublesPercentSigns)
 TEST_F(LogTest, ExceptionsBecomeOneLine)
 {
     QFLog::createNewLog(QString(), true);
-    const QString line =
-        QFException::logException("NSPortTimeoutException", "timed out", "+[QFAppleEvents saveProject:]");
-    EXPECT_EQ(line, "Exception in +[QFAppleEvents saveProject:]. NSPortTimeoutException - timed out.");
+    const QString line = QFException::logException("NSPortTimeoutException", "timed out",
+                                                   "+[QFAppleEvents saveProject:]");
+    EXPECT_EQ(line,
+              "Exception in +[QFAppleEvents saveProject:]. NSPortTimeoutException - timed out.");
     EXPECT_TRUE(current().contains(line));
     EXPECT_TRUE(QFException::didTimeout("NSPortTimeoutException"));
     EXPECT_FALSE(QFException::didTimeout("NSRangeException"));

@@ -22,8 +22,10 @@ TEST(QFFormat, SystemDirectives)
     EXPECT_EQ(format(u"%lu", qint64(-1)), "18446744073709551615");
     EXPECT_EQ(format(u"%0.2f GB", 23.4567), "23.46 GB");
     EXPECT_EQ(format(u"%0.0f/%0.0fs", 300300.0, 30000.0), "300300/30000s");
-    EXPECT_EQ(format(u"Stripped character %C", QChar(u'\u00e9')), QString::fromUtf8("Stripped character é"));
-    EXPECT_EQ(format(u"Unable to create folder %s.\n", QStringLiteral("/x y")), "Unable to create folder /x y.\n");
+    EXPECT_EQ(format(u"Stripped character %C", QChar(u'\u00e9')),
+              QString::fromUtf8("Stripped character é"));
+    EXPECT_EQ(format(u"Unable to create folder %s.\n", QStringLiteral("/x y")),
+              "Unable to create folder /x y.\n");
     EXPECT_EQ(format(u"100%% done"), "100% done");
     EXPECT_EQ(format(u"%5s|%-5s|", "ab", "cd"), "   ab|cd   |");
     EXPECT_EQ(format(u"%x %X %o", 255, 255, 8), "ff FF 10");

@@ -71,21 +71,24 @@ struct SystemCase
 };
 
 class IsPathSystemDirectory : public testing::TestWithParam<SystemCase>
-{};
+{
+};
 
 TEST_P(IsPathSystemDirectory, Decides)
 {
     TempHome home;
-    EXPECT_EQ(QFLocalPaths::isPathSystemDirectory(QString::fromUtf8(GetParam().path), GetParam().exact),
-              GetParam().expected);
+    EXPECT_EQ(
+        QFLocalPaths::isPathSystemDirectory(QString::fromUtf8(GetParam().path), GetParam().exact),
+        GetParam().expected);
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Cases, IsPathSystemDirectory,
     testing::Values(SystemCase{"/", false, true}, SystemCase{"/a", false, false},
                     SystemCase{"/usr/local/bin", false, false}, SystemCase{"/usr/lib", false, true},
-                    SystemCase{"/usr/bin", true, false}, SystemCase{"/private/var/tmp", false, true},
-                    SystemCase{"/usr", true, true}, SystemCase{"/System/Library", false, true},
+                    SystemCase{"/usr/bin", true, false},
+                    SystemCase{"/private/var/tmp", false, true}, SystemCase{"/usr", true, true},
+                    SystemCase{"/System/Library", false, true},
                     // The trailing-slash cut removes two characters: "/usr/" is read as "/us".
                     SystemCase{"/usr/", true, false}, SystemCase{"/usrx/", true, true},
                     SystemCase{"/var/log/", false, true}, SystemCase{"/tmp/project", false, false},
@@ -127,11 +130,12 @@ struct VersionCase
 
 TEST(QFOSDetect, ThresholdsAndText)
 {
-    const VersionCase cases[] = {{{10, 9, 4}, false}, {{10, 9, 5}, true}, {{10, 10, 0}, true},
+    const VersionCase cases[] = {{{10, 9, 4}, false}, {{10, 9, 5}, true},  {{10, 10, 0}, true},
                                  {{11, 0, 0}, true},  {{10, 8, 9}, false}, {{9, 99, 99}, false}};
     for (const VersionCase &c : cases) {
         QFOSDetect::setVersionForTesting(c.running);
-        EXPECT_EQ(QFOSDetect::isOSVersionAtLeast(10, 9, 5), c.expected) << QFOSDetect::osVersionString().toStdString();
+        EXPECT_EQ(QFOSDetect::isOSVersionAtLeast(10, 9, 5), c.expected)
+            << QFOSDetect::osVersionString().toStdString();
     }
     QFOSDetect::setVersionForTesting(QFOSDetect::Version{10, 15, 7});
     EXPECT_EQ(QFOSDetect::osVersionString(), "10.15.7");

@@ -23,7 +23,8 @@ QVariantMap sample()
 }
 
 class PropertyListRoundTrip : public testing::TestWithParam<QFPropertyList::Format>
-{};
+{
+};
 
 TEST_P(PropertyListRoundTrip, EveryTypeSurvives)
 {
@@ -44,7 +45,8 @@ TEST_P(PropertyListRoundTrip, EveryTypeSurvives)
 }
 
 INSTANTIATE_TEST_SUITE_P(Formats, PropertyListRoundTrip,
-                         testing::Values(QFPropertyList::Format::Xml, QFPropertyList::Format::Binary));
+                         testing::Values(QFPropertyList::Format::Xml,
+                                         QFPropertyList::Format::Binary));
 
 TEST(PropertyList, MissingBrokenOrNonDictionaryFilesReadEmpty)
 {

@@ -1,0 +1,166 @@
+#include "support/QFAuthorization.h"
+#include "support/QFFileManager.h"
+#include "support/QFTaskEx.h"
+#include "diagnostics/QFLog.h"
+
+#include "QtPrinters.h"
+#include "TempHome.h"
+
+#include <gtest/gtest.h>
+
+#include <QDir>
+
+#include <thread>
+
+namespace {
+
+class FileTest : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        QFLog::resetForTesting();
+        QFLog::createNewLog(QString(), true);
+        // Nobody can type a password in a test: the privileged runner is a plain
+        // exec of its arguments, and it leaves a trace of every call.
+        runner = home.path() + "/privileged";
+        TempHome::write(runner, QStringLiteral("#!/bin/sh\necho \"$@\" >> '%1/privileged.calls'\nexec \"$@\"\n")
+                                    .arg(home.path())
+                                    .toUtf8());
+        QFile::setPermissions(runner, QFile::permissions(runner) | QFile::ExeOwner);
+        QFAuthorization::setPrivilegedRunnerForTesting(runner);
+    }
+    void TearDown() override
+    {
+        QFAuthorization::setPrivilegedRunnerForTesting("/usr/bin/pkexec");
+        QFLog::resetForTesting();
+    }
+    QString log() const
+    {
+        QFLog::finishWriting();
+        return QString::fromUtf8(TempHome::read(QFLog::sharedController().currentLogPath()));
+    }
+    QString calls() const { return QString::fromUtf8(TempHome::read(home.path() + "/privileged.calls")); }
+
+    TempHome home;
+    QString runner;
+};
+
+TEST_F(FileTest, PackagesAndMountedDrives)
+{
+    QDir().mkpath(home.path() + "/Show.fcpxmld");
+    QDir().mkpath(home.path() + "/Plain");
+    TempHome::write(home.path() + "/file.app", "not a folder");
+    EXPECT_TRUE(QFFileManager::isPackageAtPath(home.path() + "/Show.fcpxmld"));
+    EXPECT_TRUE(QFFileManager::isPackageAtPath(home.path() + "/Show.fcpxmld/"));
+    EXPECT_FALSE(QFFileManager::isPackageAtPath(home.path() + "/Plain"));
+    EXPECT_FALSE(QFFileManager::isPackageAtPath(home.path() + "/file.app"));
+    EXPECT_FALSE(QFFileManager::isPackageAtPath(QString()));
+
+    EXPECT_TRUE(QFFileManager::isDriveMountedForPath("/tmp/x"));
+    EXPECT_TRUE(QFFileManager::isDriveMountedForPath("/Volumes/"));
+    EXPECT_FALSE(QFFileManager::isDriveMountedForPath("/Volumes/Missing/x"));
+    EXPECT_FALSE(QFFileManager::isDriveMountedForPath("/Volumes/Missing"));
+}
+
+TEST_F(FileTest, CreateDirectory)
+{
+    EXPECT_TRUE(QFFileManager::createDirectory(home.path() + "/a/b/c"));
+    EXPECT_TRUE(QFFileManager::isDirectoryAtPath(home.path() + "/a/b/c"));
+    EXPECT_TRUE(QFFileManager::createDirectory(home.path() + "/a/b/c")); // already there
+
+    testing::internal::CaptureStderr();
+    EXPECT_FALSE(QFFileManager::createDirectory(QStringLiteral("/Volumes/Missing/x")));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(),
+              "Unable to create directory. Drive is not mounted.\n");
+    EXPECT_TRUE(calls().isEmpty()) << "no password asked for a missing volume";
+
+    TempHome::write(home.path() + "/file", "x");
+    EXPECT_FALSE(QFFileManager::createDirectory(home.path() + "/file/sub", false));
+    EXPECT_TRUE(log().contains(" - Error creating folder: "));
+    EXPECT_TRUE(log().contains(". Authorizing..."));
+    EXPECT_FALSE(QFFileManager::createDirectory(QString(), false));
+}
+
+TEST_F(FileTest, CreateDirectoryFallsBackToMkdirWithRights)
+{
+    // The ordinary way fails (a file in the way); mkdir with rights is started, not
+    // awaited, so the answer is yes while the tool itself may still fail.
+    TempHome::write(home.path() + "/file", "x");
+    EXPECT_TRUE(QFFileManager::createDirectory(home.path() + "/file/sub"));
+    for (int i = 0; i < 100 && calls().isEmpty(); ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_TRUE(calls().contains("/bin/mkdir -p " + home.path() + "/file/sub"));
+    std::this_thread::sleep_for(std::chrono::milliseconds(200)); // let the tool finish
+}
+
+TEST_F(FileTest, CopyOntoAnExistingFileGoesThroughThePrivilegedCopy)
+{
+    TempHome::write(home.path() + "/new.txt", "new");
+    TempHome::write(home.path() + "/old.txt", "old");
+    EXPECT_TRUE(QFFileManager::copyFile(home.path() + "/new.txt", home.path() + "/old.txt", 5));
+    EXPECT_TRUE(log().contains(" - Error copying file: File exists. Authorizing..."));
+    EXPECT_TRUE(calls().contains("/bin/cp -f -p -R " + home.path() + "/new.txt " + home.path() + "/old.txt"));
+    for (int i = 0; i < 100 && TempHome::read(home.path() + "/old.txt") != "new"; ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_EQ(TempHome::read(home.path() + "/old.txt"), "new");
+}
+
+TEST_F(FileTest, CopyOrdinaryAndFailures)
+{
+    QDir().mkpath(home.path() + "/folder/inner");
+    TempHome::write(home.path() + "/folder/inner/a.txt", "a");
+    EXPECT_TRUE(QFFileManager::copyFile(home.path() + "/folder", home.path() + "/copy"));
+    EXPECT_EQ(TempHome::read(home.path() + "/copy/inner/a.txt"), "a");
+    EXPECT_TRUE(calls().isEmpty());
+
+    EXPECT_FALSE(QFFileManager::copyFile(QString(), home.path() + "/x"));
+    EXPECT_TRUE(log().contains(" - Error copying file: source path is nil"));
+    EXPECT_FALSE(QFFileManager::copyFile(home.path() + "/folder", QString()));
+    EXPECT_TRUE(log().contains(" - Error copying file " + home.path() + "/folder: destination path is nil"));
+    // A missing source fails the ordinary way, and the privileged copy refuses it too.
+    EXPECT_FALSE(QFFileManager::copyFile(home.path() + "/missing", home.path() + "/x"));
+    EXPECT_TRUE(calls().isEmpty());
+}
+
+TEST_F(FileTest, TrashFile)
+{
+    TempHome::write(home.path() + "/draft.txt", "x");
+    EXPECT_TRUE(QFFileManager::trashFile(home.path() + "/draft.txt"));
+    EXPECT_FALSE(QFile::exists(home.path() + "/draft.txt"));
+    EXPECT_TRUE(QFile::exists(home.path() + "/.local/share/Trash/files/draft.txt"));
+    EXPECT_TRUE(QFFileManager::trashFile(home.path() + "/never-there.txt"));
+    EXPECT_FALSE(QFAuthorization::sharedController().authTrashFile("/usr"));
+    EXPECT_TRUE(log().contains(" - Unable to trash path /usr because it is a system directory."));
+}
+
+TEST_F(FileTest, CompressMakesARealZip)
+{
+    QDir().mkpath(home.path() + "/Logs/sub");
+    TempHome::write(home.path() + "/Logs/Cuebridge.1.log", "log one");
+    TempHome::write(home.path() + "/Logs/sub/crash.crash", "crash");
+    const QString zip = home.path() + "/Desktop/Cuebridge Logs.zip";
+    QDir().mkpath(home.path() + "/Desktop");
+    TempHome::write(zip, "an old archive in the way");
+
+    ASSERT_TRUE(QFFileManager::compressFile(home.path() + "/Logs", zip));
+    const QString listing = QFTaskEx::stringFromTask("/usr/bin/unzip", {"-l", zip});
+    EXPECT_TRUE(listing.contains("Logs/Cuebridge.1.log")) << listing.toStdString();
+    EXPECT_TRUE(listing.contains("Logs/sub/crash.crash"));
+
+    const QString flat = home.path() + "/flat.zip";
+    ASSERT_TRUE(QFFileManager::compressFile(home.path() + "/Logs", flat, false));
+    const QString flatListing = QFTaskEx::stringFromTask("/usr/bin/unzip", {"-l", flat});
+    EXPECT_TRUE(flatListing.contains(" Cuebridge.1.log")) << flatListing.toStdString();
+    EXPECT_FALSE(flatListing.contains("Logs/"));
+
+    EXPECT_FALSE(QFFileManager::compressFile(home.path() + "/missing", home.path() + "/m.zip"));
+}
+
+TEST_F(FileTest, UnlockingAMissingFileIsLogged)
+{
+    QFFileManager::unlockFile(home.path() + "/missing");
+    EXPECT_TRUE(log().contains(" - Unable to unlock file " + home.path() + "/missing: "));
+}
+
+} // namespace

@@ -1,0 +1,170 @@
+#include "support/QFTaskEx.h"
+#include "diagnostics/QFLog.h"
+
+#include "QtPrinters.h"
+#include "TempHome.h"
+
+#include <gtest/gtest.h>
+
+#include <QElapsedTimer>
+
+#include <condition_variable>
+#include <mutex>
+
+namespace {
+
+class TaskTest : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        QFLog::resetForTesting();
+        QFLog::createNewLog(QString(), true);
+    }
+    void TearDown() override { QFLog::resetForTesting(); }
+    QString log() const
+    {
+        QFLog::finishWriting();
+        return QString::fromUtf8(TempHome::read(QFLog::sharedController().currentLogPath()));
+    }
+    TempHome home;
+};
+
+TEST_F(TaskTest, RunAndWait)
+{
+    EXPECT_TRUE(QFTaskEx::runTask("/bin/echo", {"hi"}));
+    QFProcessPtr process;
+    EXPECT_TRUE(QFTaskEx::runTask("/bin/sh", {"-c", "exit 4"}, &process));
+    ASSERT_TRUE(process);
+    EXPECT_FALSE(process->isRunning());
+    EXPECT_EQ(process->terminationStatus(), 4); // not examined by runTask, but kept
+    // A bare name is not checked and fails at launch, logged as an exception.
+    EXPECT_FALSE(QFTaskEx::runTask("ls", {}));
+    EXPECT_TRUE(log().contains(" - Exception running task ls: "));
+    EXPECT_FALSE(QFTaskEx::runTask("/no/such/program", {}));
+    EXPECT_TRUE(log().contains(" - Error: /no/such/program is not executable"));
+    EXPECT_FALSE(QFTaskEx::runTask(home.path(), {}));
+    EXPECT_FALSE(QFTaskEx::runTaskAndReturn(QString(), {}));
+    QFProcessPtr running = QFTaskEx::runTaskAndReturn("/bin/sleep", {"5"});
+    ASSERT_TRUE(running);
+    EXPECT_TRUE(running->isRunning());
+    running->terminate();
+    EXPECT_EQ(running->waitUntilExit(), 15); // SIGTERM
+}
+
+TEST_F(TaskTest, ExitStatus)
+{
+    EXPECT_EQ(QFTaskEx::terminationCodeFromTask("/bin/sh", {"-c", "exit 3"}), 3);
+    EXPECT_EQ(QFTaskEx::terminationCodeFromTask("/bin/true", {}), 0);
+    EXPECT_EQ(QFTaskEx::terminationCodeFromTask(home.path(), {}), -1); // a folder
+    EXPECT_EQ(QFTaskEx::terminationCodeFromTask(QString(), {}), -1);
+    EXPECT_EQ(QFTaskEx::terminationCodeFromTask("/no/such/program", {}), -1);
+}
+
+TEST_F(TaskTest, CaptureOutputElseErrors)
+{
+    EXPECT_EQ(QFTaskEx::stringFromTask("/bin/echo", {"hello", "world"}), "hello world\n");
+    EXPECT_EQ(QFTaskEx::dataFromTask("/bin/sh", {"-c", "echo oops >&2"}), QByteArray("oops\n"));
+    EXPECT_EQ(QFTaskEx::dataFromTask("/bin/sh", {"-c", "echo out; echo err >&2"}), QByteArray("out\n"));
+    const std::optional<QByteArray> nothing = QFTaskEx::dataFromTask("/bin/true", {});
+    ASSERT_TRUE(nothing.has_value()); // empty, not none
+    EXPECT_TRUE(nothing->isEmpty());
+    EXPECT_TRUE(QFTaskEx::stringFromTask("/bin/true", {}).isEmpty());
+    EXPECT_FALSE(QFTaskEx::dataFromTask("/no/such/program", {}).has_value());
+    EXPECT_EQ(QFTaskEx::stringFromTask("/no/such/program", {}), "");
+    EXPECT_EQ(QFTaskEx::dataFromTask("/usr/bin/env", {}, nullptr, QStringList{"ONLY=this"}),
+              QByteArray("ONLY=this\n"));
+    // Standard input is an empty pipe: a program reading it ends at once.
+    EXPECT_EQ(QFTaskEx::dataFromTask("/bin/cat", {}), QByteArray());
+    // Without error capture, errors go nowhere.
+    EXPECT_EQ(QFTaskEx::dataFromTask("/bin/sh", {"-c", "echo err >&2"}, nullptr, std::nullopt,
+                                     true, false),
+              QByteArray());
+}
+
+TEST_F(TaskTest, StringsDefaultToSevenBitAscii)
+{
+    const QString text = QFTaskEx::stringFromTask("/bin/printf", {"caf\\303\\251"});
+    EXPECT_EQ(text, QStringLiteral("caf\uFFFD\uFFFD"));
+    EXPECT_EQ(QFTaskEx::stringFromTask("/bin/printf", {"caf\\303\\251"}, QFTaskEx::Encoding::UTF8),
+              QString::fromUtf8("café"));
+}
+
+TEST_F(TaskTest, MegabytesOfOutput)
+{
+    const std::optional<QByteArray> data =
+        QFTaskEx::dataFromTask("/bin/sh", {"-c", "head -c 6000000 /dev/zero | tr '\\000' x"});
+    ASSERT_TRUE(data);
+    EXPECT_EQ(data->size(), 6000000);
+}
+
+TEST_F(TaskTest, TimeoutTruncatesToWholeSecondsAndTerminates)
+{
+    QElapsedTimer timer;
+    timer.start();
+    const std::optional<QByteArray> data =
+        QFTaskEx::dataFromTask("/bin/sh", {"-c", "echo started; exec sleep 10"}, 2.9);
+    const qint64 ms = timer.elapsed();
+    EXPECT_GE(ms, 1900);
+    EXPECT_LT(ms, 2800);
+    EXPECT_EQ(data, QByteArray("started\n")); // what it printed before the end
+    EXPECT_TRUE(log().contains(" - Task /bin/sh timed out. Terminating..."));
+
+    timer.restart();
+    EXPECT_EQ(QFTaskEx::terminationCodeFromTask("/bin/sleep", {"10"}, 1.0), 15);
+    EXPECT_LT(timer.elapsed(), 1900);
+}
+
+TEST_F(TaskTest, RunTaskTimeoutNeverFindsItsProcess)
+{
+    QElapsedTimer timer;
+    timer.start();
+    EXPECT_TRUE(QFTaskEx::runTask("/bin/sleep", {"2"}, 1.0));
+    EXPECT_GE(timer.elapsed(), 1900);
+    EXPECT_FALSE(log().contains("timed out"));
+}
+
+TEST_F(TaskTest, StreamingDeliversChunksThenAnEmptyOne)
+{
+    std::mutex mutex;
+    std::condition_variable done;
+    QList<QByteArray> chunks;
+    QVariant seenObject;
+    bool finished = false;
+    std::shared_ptr<QFTaskEx> runner = QFTaskEx::create();
+    runner->asyncDataFromTask(
+        "/bin/sh", {"-c", "printf one; sleep 0.3; printf two; sleep 0.3; printf three"},
+        [&](const QByteArray &chunk, QFTaskEx *from, const QVariant &object) {
+            std::lock_guard lock(mutex);
+            EXPECT_EQ(from, runner.get());
+            chunks << chunk;
+            seenObject = object;
+            if (chunk.isEmpty()) {
+                finished = true;
+                done.notify_all();
+            }
+        },
+        QVariant(7));
+    std::unique_lock lock(mutex);
+    ASSERT_TRUE(done.wait_for(lock, std::chrono::seconds(10), [&] { return finished; }));
+    EXPECT_EQ(chunks, QList<QByteArray>({"one", "two", "three", ""}));
+    EXPECT_EQ(seenObject, QVariant(7));
+    lock.unlock();
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    EXPECT_FALSE(runner->theTask());
+}
+
+TEST_F(TaskTest, StreamingAMissingProgramLogsAndDeliversNothing)
+{
+    std::atomic<int> calls = 0;
+    std::shared_ptr<QFTaskEx> runner = QFTaskEx::create();
+    runner->asyncDataFromTask("/no/such/program", {},
+                              [&](const QByteArray &, QFTaskEx *, const QVariant &) { ++calls; });
+    for (int i = 0; i < 100 && !log().contains("Unable to launch async task"); ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(20));
+    EXPECT_TRUE(log().contains(
+        " - Unable to launch async task - task does not exist or is not executable"));
+    EXPECT_EQ(calls, 0);
+}
+
+} // namespace
