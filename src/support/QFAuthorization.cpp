@@ -1,5 +1,6 @@
 #include "QFAuthorization.h"
 
+#include "QFAuthorizationPlatform.h"
 #include "QFFileManager.h"
 #include "QFLocalPaths.h"
 #include "QFTaskEx.h"
@@ -14,15 +15,6 @@
 #include <thread>
 
 namespace {
-
-std::mutex runnerMutex;
-QString privilegedRunner = QStringLiteral("/usr/bin/pkexec");
-
-QString runner()
-{
-    std::lock_guard lock(runnerMutex);
-    return privilegedRunner;
-}
 
 void console(const QString &text)
 {
@@ -45,8 +37,7 @@ QFAuthorization::QFAuthorization(bool withGUI) : m_hasGUI(withGUI)
 
 void QFAuthorization::setPrivilegedRunnerForTesting(const QString &path)
 {
-    std::lock_guard lock(runnerMutex);
-    privilegedRunner = path;
+    QFAuthorizationPlatform::setRunner(path);
 }
 
 bool QFAuthorization::isAuthorized() const
@@ -67,18 +58,18 @@ bool QFAuthorization::authStart()
         console(QStringLiteral("Unable to authorize"));
         return false;
     }
-    // polkit asks for the password at each privileged run; what can be checked here
-    // is that the runner exists.
-    if (!QFTaskEx::isExecutable(runner())) {
-        console(QStringLiteral("Unable to authorize: %1 is missing").arg(runner()));
+    void *handle = nullptr;
+    if (!QFAuthorizationPlatform::obtainRights(&handle))
         return false;
-    }
+    m_authRef = handle;
     m_authorized = true;
     return true;
 }
 
 void QFAuthorization::authEnd()
 {
+    if (!QFLocalPaths::isSuperuser())
+        QFAuthorizationPlatform::releaseRights(m_authRef.exchange(nullptr));
     m_authorized = false;
 }
 
@@ -97,11 +88,7 @@ int QFAuthorization::authExecTask(const QString &toolPath, const QStringList &ar
     }
     if (!isAuthorized() && !authStart())
         return -1;
-    const QStringList runnerArguments = QStringList{toolPath} + arguments;
-    if (async)
-        return QFTaskEx::runTaskAndReturn(runner(), runnerArguments) ? 0 : -1;
-    // Waiting: the run ends when the tool has finished; its status is the answer.
-    return QFTaskEx::terminationCodeFromTask(runner(), runnerArguments);
+    return QFAuthorizationPlatform::runWithRights(m_authRef.load(), toolPath, arguments, !async);
 }
 
 bool QFAuthorization::authCopyFile(const QString &source, const QString &destination)
@@ -153,7 +140,8 @@ bool QFAuthorization::authTrashFile(const QString &path)
     QDir().mkpath(trash);
     QString target = trash + u'/' + info.fileName();
     if (QFileInfo::exists(target)) {
-        const QString stamp = QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMddHHmmss"));
+        const QString stamp =
+            QDateTime::currentDateTime().toString(QStringLiteral("yyyyMMddHHmmss"));
         target = trash + u'/' + info.completeBaseName() +
                  QFFormat::format(u"_%@.%@", stamp, info.suffix());
     }

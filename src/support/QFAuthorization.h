@@ -4,7 +4,6 @@
 #include <QStringList>
 
 #include <atomic>
-#include <mutex>
 
 /// Runs the system's copy and make-folder tools with administrator rights, asking
 /// the user once (on Linux polkit's agent asks, through pkexec; on macOS the
@@ -37,5 +36,6 @@ private:
 
     bool m_hasGUI;
     std::atomic<bool> m_authorized{false};
+    std::atomic<void *> m_authRef{nullptr};
     QString m_userDirectory;
 };

@@ -49,7 +49,8 @@ bool QFProcess::launch(QString *error)
                 ::close(fd);
     };
     if ((m_stdout == Stream::Pipe && ::pipe(outPipe) != 0) ||
-        (m_stderr == Stream::Pipe && ::pipe(errPipe) != 0) || (m_stdinPipe && ::pipe(inPipe) != 0)) {
+        (m_stderr == Stream::Pipe && ::pipe(errPipe) != 0) ||
+        (m_stdinPipe && ::pipe(inPipe) != 0)) {
         if (error)
             *error = QString::fromLocal8Bit(std::strerror(errno));
         closeAll();
@@ -130,7 +131,9 @@ bool QFProcess::reap(bool block)
     } while (done < 0 && errno == EINTR);
     if (done == m_pid) {
         m_reaped = true;
-        m_status = WIFEXITED(status) ? WEXITSTATUS(status) : WIFSIGNALED(status) ? WTERMSIG(status) : 0;
+        m_status = WIFEXITED(status)     ? WEXITSTATUS(status)
+                   : WIFSIGNALED(status) ? WTERMSIG(status)
+                                         : 0;
     }
     return m_reaped;
 }

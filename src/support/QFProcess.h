@@ -16,9 +16,18 @@ class QFProcess
 {
 public:
     /// Where a standard stream of the child goes.
-    enum class Stream { Null, Pipe, Inherit };
+    enum class Stream
+    {
+        Null,
+        Pipe,
+        Inherit
+    };
     /// The piped outputs of the child.
-    enum class Channel { Output, Error };
+    enum class Channel
+    {
+        Output,
+        Error
+    };
 
     QFProcess(const QString &launchPath, const QStringList &arguments);
     ~QFProcess();

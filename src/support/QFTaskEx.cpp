@@ -54,7 +54,8 @@ bool QFTaskEx::isExecutable(const QString &path)
     if (path.isEmpty())
         return false;
     const QFileInfo info(path);
-    return info.exists() && info.isFile() && ::access(QFile::encodeName(path).constData(), X_OK) == 0 &&
+    return info.exists() && info.isFile() &&
+           ::access(QFile::encodeName(path).constData(), X_OK) == 0 &&
            !QFFileManager::isPackageAtPath(path);
 }
 
@@ -135,8 +136,7 @@ bool QFTaskEx::runTask(const QString &path, const QStringList &arguments, double
     return create()->runTaskWithTimeout(path, arguments, timeout);
 }
 
-bool QFTaskEx::runTaskWithTimeout(const QString &path, const QStringList &arguments,
-                                  double seconds)
+bool QFTaskEx::runTaskWithTimeout(const QString &path, const QStringList &arguments, double seconds)
 {
     setupTimeout(seconds);
     QFProcessPtr local; // not theTask: the time-out never sees this process
@@ -209,8 +209,8 @@ QFProcessPtr makeCaptureProcess(const QString &path, const QStringList &argument
 }
 
 /// Launches and reads what the program prints: its output, or else its errors.
-std::optional<QByteArray> capture(const QFProcessPtr &process, const QString &path,
-                                  bool logOutput, bool logError)
+std::optional<QByteArray> capture(const QFProcessPtr &process, const QString &path, bool logOutput,
+                                  bool logError)
 {
     if (!start(process, path, true))
         return std::nullopt;
@@ -229,10 +229,10 @@ std::optional<QByteArray> capture(const QFProcessPtr &process, const QString &pa
 
 } // namespace
 
-std::optional<QByteArray> QFTaskEx::captureData(const QString &path, const QStringList &arguments,
-                                                const std::optional<QStringList> &environment,
-                                                bool logOutput, bool logError,
-                                                const std::function<void(const QFProcessPtr &)> &handOver)
+std::optional<QByteArray>
+QFTaskEx::captureData(const QString &path, const QStringList &arguments,
+                      const std::optional<QStringList> &environment, bool logOutput, bool logError,
+                      const std::function<void(const QFProcessPtr &)> &handOver)
 {
     if (!isExecutable(path)) {
         QFLog::appendLogAndPrint(u"Error: %@ is not executable", path);
@@ -244,8 +244,7 @@ std::optional<QByteArray> QFTaskEx::captureData(const QString &path, const QStri
     return capture(process, path, logOutput, logError);
 }
 
-std::optional<QByteArray> QFTaskEx::dataFromTask(const QString &path,
-                                                 const QStringList &arguments,
+std::optional<QByteArray> QFTaskEx::dataFromTask(const QString &path, const QStringList &arguments,
                                                  QFProcessPtr *task,
                                                  const std::optional<QStringList> &environment,
                                                  bool logOutput, bool logError)
@@ -257,17 +256,15 @@ std::optional<QByteArray> QFTaskEx::dataFromTask(const QString &path,
                        });
 }
 
-std::optional<QByteArray> QFTaskEx::dataFromTask(const QString &path,
-                                                 const QStringList &arguments, double timeout,
-                                                 bool logOutput, bool logError)
+std::optional<QByteArray> QFTaskEx::dataFromTask(const QString &path, const QStringList &arguments,
+                                                 double timeout, bool logOutput, bool logError)
 {
     return create()->dataWithTimeout(path, arguments, timeout, logOutput, logError);
 }
 
 std::optional<QByteArray> QFTaskEx::dataWithTimeout(const QString &path,
-                                                    const QStringList &arguments,
-                                                    double seconds, bool logOutput,
-                                                    bool logError)
+                                                    const QStringList &arguments, double seconds,
+                                                    bool logOutput, bool logError)
 {
     setupTimeout(seconds);
     setTheTask(nullptr);
@@ -285,9 +282,8 @@ QString QFTaskEx::stringFromTask(const QString &path, const QStringList &argumen
     return data ? decode(*data, encoding) : QStringLiteral("");
 }
 
-QString QFTaskEx::stringFromTask(const QString &path, const QStringList &arguments,
-                                 double timeout, Encoding encoding, bool logOutput,
-                                 bool logError)
+QString QFTaskEx::stringFromTask(const QString &path, const QStringList &arguments, double timeout,
+                                 Encoding encoding, bool logOutput, bool logError)
 {
     const std::optional<QByteArray> data =
         dataFromTask(path, arguments, timeout, logOutput, logError);
@@ -307,8 +303,8 @@ void QFTaskEx::setupTimeout(double seconds)
             return;
         QCoreApplication *app = QCoreApplication::instance();
         if (app && QThread::currentThread() != app->thread())
-            QMetaObject::invokeMethod(app, [runner] { runner->timeout(); },
-                                      Qt::BlockingQueuedConnection);
+            QMetaObject::invokeMethod(
+                app, [runner] { runner->timeout(); }, Qt::BlockingQueuedConnection);
         else
             runner->timeout();
     }).detach();
@@ -352,7 +348,8 @@ void QFTaskEx::launchAsyncTask()
             return;
         }
         if (!isExecutable(task->launchPath()) || !task->launch()) {
-            QFLog::appendLog(u"Unable to launch async task - task does not exist or is not executable");
+            QFLog::appendLog(
+                u"Unable to launch async task - task does not exist or is not executable");
             return;
         }
         for (QByteArray chunk = task->readChunk(QFProcess::Channel::Output); !chunk.isEmpty();

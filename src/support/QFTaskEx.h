@@ -25,7 +25,12 @@ public:
     /// empty chunk marks the end.
     using Delegate =
         std::function<void(const QByteArray &chunk, QFTaskEx *runner, const QVariant &object)>;
-    enum class Encoding { ASCII, UTF8, Latin1 };
+    enum class Encoding
+    {
+        ASCII,
+        UTF8,
+        Latin1
+    };
 
     static std::shared_ptr<QFTaskEx> create();
     ~QFTaskEx();
@@ -56,9 +61,9 @@ public:
     dataFromTask(const QString &path, const QStringList &arguments, QFProcessPtr *task = nullptr,
                  const std::optional<QStringList> &environment = std::nullopt,
                  bool logOutput = true, bool logError = true);
-    static std::optional<QByteArray> dataFromTask(const QString &path,
-                                                  const QStringList &arguments, double timeout,
-                                                  bool logOutput = true, bool logError = true);
+    static std::optional<QByteArray> dataFromTask(const QString &path, const QStringList &arguments,
+                                                  double timeout, bool logOutput = true,
+                                                  bool logError = true);
     std::optional<QByteArray> dataWithTimeout(const QString &path, const QStringList &arguments,
                                               double timeout, bool logOutput = true,
                                               bool logError = true);
@@ -68,9 +73,9 @@ public:
     static QString stringFromTask(const QString &path, const QStringList &arguments,
                                   Encoding encoding = Encoding::ASCII,
                                   QFProcessPtr *task = nullptr);
-    static QString stringFromTask(const QString &path, const QStringList &arguments,
-                                  double timeout, Encoding encoding = Encoding::ASCII,
-                                  bool logOutput = true, bool logError = true);
+    static QString stringFromTask(const QString &path, const QStringList &arguments, double timeout,
+                                  Encoding encoding = Encoding::ASCII, bool logOutput = true,
+                                  bool logError = true);
 
     // ---- streaming ----
     /// Starts the program and returns at once; its standard output reaches the

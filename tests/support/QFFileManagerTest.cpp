@@ -1,7 +1,7 @@
-#include "support/QFAuthorization.h"
 #include "support/QFFileManager.h"
-#include "support/QFTaskEx.h"
 #include "diagnostics/QFLog.h"
+#include "support/QFAuthorization.h"
+#include "support/QFTaskEx.h"
 
 #include "QtPrinters.h"
 #include "TempHome.h"
@@ -24,9 +24,10 @@ protected:
         // Nobody can type a password in a test: the privileged runner is a plain
         // exec of its arguments, and it leaves a trace of every call.
         runner = home.path() + "/privileged";
-        TempHome::write(runner, QStringLiteral("#!/bin/sh\necho \"$@\" >> '%1/privileged.calls'\nexec \"$@\"\n")
-                                    .arg(home.path())
-                                    .toUtf8());
+        TempHome::write(
+            runner, QStringLiteral("#!/bin/sh\necho \"$@\" >> '%1/privileged.calls'\nexec \"$@\"\n")
+                        .arg(home.path())
+                        .toUtf8());
         QFile::setPermissions(runner, QFile::permissions(runner) | QFile::ExeOwner);
         QFAuthorization::setPrivilegedRunnerForTesting(runner);
     }
@@ -40,7 +41,10 @@ protected:
         QFLog::finishWriting();
         return QString::fromUtf8(TempHome::read(QFLog::sharedController().currentLogPath()));
     }
-    QString calls() const { return QString::fromUtf8(TempHome::read(home.path() + "/privileged.calls")); }
+    QString calls() const
+    {
+        return QString::fromUtf8(TempHome::read(home.path() + "/privileged.calls"));
+    }
 
     TempHome home;
     QString runner;
@@ -100,7 +104,8 @@ TEST_F(FileTest, CopyOntoAnExistingFileGoesThroughThePrivilegedCopy)
     TempHome::write(home.path() + "/old.txt", "old");
     EXPECT_TRUE(QFFileManager::copyFile(home.path() + "/new.txt", home.path() + "/old.txt", 5));
     EXPECT_TRUE(log().contains(" - Error copying file: File exists. Authorizing..."));
-    EXPECT_TRUE(calls().contains("/bin/cp -f -p -R " + home.path() + "/new.txt " + home.path() + "/old.txt"));
+    EXPECT_TRUE(calls().contains("/bin/cp -f -p -R " + home.path() + "/new.txt " + home.path() +
+                                 "/old.txt"));
     for (int i = 0; i < 100 && TempHome::read(home.path() + "/old.txt") != "new"; ++i)
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     EXPECT_EQ(TempHome::read(home.path() + "/old.txt"), "new");
@@ -117,7 +122,8 @@ TEST_F(FileTest, CopyOrdinaryAndFailures)
     EXPECT_FALSE(QFFileManager::copyFile(QString(), home.path() + "/x"));
     EXPECT_TRUE(log().contains(" - Error copying file: source path is nil"));
     EXPECT_FALSE(QFFileManager::copyFile(home.path() + "/folder", QString()));
-    EXPECT_TRUE(log().contains(" - Error copying file " + home.path() + "/folder: destination path is nil"));
+    EXPECT_TRUE(log().contains(" - Error copying file " + home.path() +
+                               "/folder: destination path is nil"));
     // A missing source fails the ordinary way, and the privileged copy refuses it too.
     EXPECT_FALSE(QFFileManager::copyFile(home.path() + "/missing", home.path() + "/x"));
     EXPECT_TRUE(calls().isEmpty());

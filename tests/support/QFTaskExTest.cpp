@@ -65,7 +65,8 @@ TEST_F(TaskTest, CaptureOutputElseErrors)
 {
     EXPECT_EQ(QFTaskEx::stringFromTask("/bin/echo", {"hello", "world"}), "hello world\n");
     EXPECT_EQ(QFTaskEx::dataFromTask("/bin/sh", {"-c", "echo oops >&2"}), QByteArray("oops\n"));
-    EXPECT_EQ(QFTaskEx::dataFromTask("/bin/sh", {"-c", "echo out; echo err >&2"}), QByteArray("out\n"));
+    EXPECT_EQ(QFTaskEx::dataFromTask("/bin/sh", {"-c", "echo out; echo err >&2"}),
+              QByteArray("out\n"));
     const std::optional<QByteArray> nothing = QFTaskEx::dataFromTask("/bin/true", {});
     ASSERT_TRUE(nothing.has_value()); // empty, not none
     EXPECT_TRUE(nothing->isEmpty());
@@ -77,8 +78,8 @@ TEST_F(TaskTest, CaptureOutputElseErrors)
     // Standard input is an empty pipe: a program reading it ends at once.
     EXPECT_EQ(QFTaskEx::dataFromTask("/bin/cat", {}), QByteArray());
     // Without error capture, errors go nowhere.
-    EXPECT_EQ(QFTaskEx::dataFromTask("/bin/sh", {"-c", "echo err >&2"}, nullptr, std::nullopt,
-                                     true, false),
+    EXPECT_EQ(QFTaskEx::dataFromTask("/bin/sh", {"-c", "echo err >&2"}, nullptr, std::nullopt, true,
+                                     false),
               QByteArray());
 }
 
