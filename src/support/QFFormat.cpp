@@ -138,10 +138,10 @@ QString formatList(QStringView format, std::initializer_list<Arg> args)
             continue;
         }
         const char16_t conversion = format[j].unicode();
-        const QString spec = QStringLiteral("%") + flags +
-                             (width ? QString::number(width) : QString()) +
-                             (precision >= 0 ? u'.' + QString::number(precision) : QString());
-        const QByteArray cspec = spec.toLatin1();
+        const QString directive = QStringLiteral("%") + flags +
+                                  (width ? QString::number(width) : QString()) +
+                                  (precision >= 0 ? u'.' + QString::number(precision) : QString());
+        const QByteArray prefix = directive.toLatin1();
         switch (conversion) {
         case u'@':
         case u's': {
@@ -157,13 +157,13 @@ QString formatList(QStringView format, std::initializer_list<Arg> args)
             break;
         case u'd':
         case u'i':
-            out += printOne(cspec + "lld", qlonglong((next++)->asSigned()));
+            out += printOne(prefix + "lld", qlonglong((next++)->asSigned()));
             break;
         case u'u':
         case u'x':
         case u'X':
         case u'o':
-            out += printOne(cspec + "ll" + char(conversion), qulonglong((next++)->asUnsigned()));
+            out += printOne(prefix + "ll" + char(conversion), qulonglong((next++)->asUnsigned()));
             break;
         case u'f':
         case u'F':
@@ -171,7 +171,7 @@ QString formatList(QStringView format, std::initializer_list<Arg> args)
         case u'E':
         case u'g':
         case u'G':
-            out += printOne(cspec + char(conversion), (next++)->asDouble());
+            out += printOne(prefix + char(conversion), (next++)->asDouble());
             break;
         case u'p':
             out += QString::asprintf("%p", (next++)->asPointer());

@@ -3,8 +3,8 @@
 #include "support/QFAuthorization.h"
 #include "support/QFTaskEx.h"
 
+#include "LoggedTest.h"
 #include "QtPrinters.h"
-#include "TempHome.h"
 
 #include <gtest/gtest.h>
 
@@ -14,13 +14,12 @@
 
 namespace {
 
-class FileTest : public testing::Test
+class FileTest : public LoggedTest
 {
 protected:
     void SetUp() override
     {
-        QFLog::resetForTesting();
-        QFLog::createNewLog(QString(), true);
+        LoggedTest::SetUp();
         // Nobody can type a password in a test: the privileged runner is a plain
         // exec of its arguments, and it leaves a trace of every call.
         runner = home.path() + "/privileged";
@@ -34,19 +33,13 @@ protected:
     void TearDown() override
     {
         QFAuthorization::setPrivilegedRunnerForTesting("/usr/bin/pkexec");
-        QFLog::resetForTesting();
-    }
-    QString log() const
-    {
-        QFLog::finishWriting();
-        return QString::fromUtf8(TempHome::read(QFLog::sharedController().currentLogPath()));
+        LoggedTest::TearDown();
     }
     QString calls() const
     {
         return QString::fromUtf8(TempHome::read(home.path() + "/privileged.calls"));
     }
 
-    TempHome home;
     QString runner;
 };
 

@@ -1,8 +1,8 @@
 #include "support/QFTaskEx.h"
 #include "diagnostics/QFLog.h"
 
+#include "LoggedTest.h"
 #include "QtPrinters.h"
-#include "TempHome.h"
 
 #include <gtest/gtest.h>
 
@@ -13,22 +13,7 @@
 
 namespace {
 
-class TaskTest : public testing::Test
-{
-protected:
-    void SetUp() override
-    {
-        QFLog::resetForTesting();
-        QFLog::createNewLog(QString(), true);
-    }
-    void TearDown() override { QFLog::resetForTesting(); }
-    QString log() const
-    {
-        QFLog::finishWriting();
-        return QString::fromUtf8(TempHome::read(QFLog::sharedController().currentLogPath()));
-    }
-    TempHome home;
-};
+using TaskTest = LoggedTest;
 
 TEST_F(TaskTest, RunAndWait)
 {
