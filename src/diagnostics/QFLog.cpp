@@ -296,6 +296,7 @@ void QFLog::appendTextToLog(const QString &text)
     const QString trimmed = text.trimmed();
     if (trimmed.isEmpty())
         return;
+    bool wake = false;
     {
         std::lock_guard lock(m_queueMutex);
         if (!m_queueOpen)
@@ -303,8 +304,11 @@ void QFLog::appendTextToLog(const QString &text)
         m_bytesInQueue += quint64(trimmed.size());
         m_queue.push_back(trimmed);
         ++m_queued;
+        wake = m_writerSleeping;
     }
-    m_queueChanged.notify_one();
+    // A busy writer finds the entry by itself; only a sleeping one costs a wake-up.
+    if (wake)
+        m_queueChanged.notify_one();
 }
 
 void QFLog::appendLogList(QStringView format, std::initializer_list<QFFormat::Arg> args)
@@ -386,7 +390,9 @@ void QFLog::writerLoop()
                 }
                 lock.lock();
             }
+            m_writerSleeping = true;
             m_queueChanged.wait(lock, [this] { return m_stop || (!m_hold && !m_queue.empty()); });
+            m_writerSleeping = false;
             if (m_queue.empty() && m_stop)
                 return;
             batch.swap(m_queue);

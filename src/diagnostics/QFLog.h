@@ -138,6 +138,7 @@ private:
     bool m_queueOpen = true;
     bool m_hold = false;
     bool m_stop = false;
+    bool m_writerSleeping = false;
     std::atomic<std::uint64_t> m_queued{0};  // entries ever queued
     std::atomic<std::uint64_t> m_written{0}; // entries ever finished (written or dropped)
     std::thread m_writer;
