@@ -85,7 +85,7 @@ TEST_F(FileTest, CreateDirectoryFallsBackToMkdirWithRights)
     // awaited, so the answer is yes while the tool itself may still fail.
     TempHome::write(home.path() + "/file", "x");
     EXPECT_TRUE(QFFileManager::createDirectory(home.path() + "/file/sub"));
-    for (int i = 0; i < 100 && calls().isEmpty(); ++i)
+    for (int i = 0; i < 250 && calls().isEmpty(); ++i)
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     EXPECT_TRUE(calls().contains("/bin/mkdir -p " + home.path() + "/file/sub"));
     std::this_thread::sleep_for(std::chrono::milliseconds(200)); // let the tool finish
@@ -97,11 +97,12 @@ TEST_F(FileTest, CopyOntoAnExistingFileGoesThroughThePrivilegedCopy)
     TempHome::write(home.path() + "/old.txt", "old");
     EXPECT_TRUE(QFFileManager::copyFile(home.path() + "/new.txt", home.path() + "/old.txt", 5));
     EXPECT_TRUE(log().contains(" - Error copying file: File exists. Authorizing..."));
-    EXPECT_TRUE(calls().contains("/bin/cp -f -p -R " + home.path() + "/new.txt " + home.path() +
-                                 "/old.txt"));
-    for (int i = 0; i < 100 && TempHome::read(home.path() + "/old.txt") != "new"; ++i)
+    // The privileged copy is started, not awaited.
+    for (int i = 0; i < 250 && TempHome::read(home.path() + "/old.txt") != "new"; ++i)
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     EXPECT_EQ(TempHome::read(home.path() + "/old.txt"), "new");
+    EXPECT_TRUE(calls().contains("/bin/cp -f -p -R " + home.path() + "/new.txt " + home.path() +
+                                 "/old.txt"));
 }
 
 TEST_F(FileTest, CopyOrdinaryAndFailures)
