@@ -199,7 +199,7 @@ void QFLog::createNewLogImpl(const QString &name, bool noPrinting)
         print(QFFormat::format(u"Unable to create folder %s.\n", folder));
         return;
     }
-    if (QFile::exists(path) && !rotate(folder))
+    if (QFile::exists(path) && !rotate())
         return;
 
     QSaveFile empty(path);
@@ -211,9 +211,8 @@ void QFLog::createNewLogImpl(const QString &name, bool noPrinting)
         queueHeader();
 }
 
-bool QFLog::rotate(const QString &folder)
+bool QFLog::rotate()
 {
-    Q_UNUSED(folder);
     if (QFile::exists(generationPath(5)))
         QFile::remove(generationPath(5));
     for (int i = 4; i >= 1; --i) {

@@ -109,7 +109,7 @@ private:
 
     void createNewLogImpl(const QString &name, bool noPrinting);
     void queueHeader();
-    bool rotate(const QString &folder);
+    bool rotate();
     void print(const QString &text) const;
     void writerLoop();
     void writeEntries(std::deque<QString> &entries);

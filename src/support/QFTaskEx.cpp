@@ -36,6 +36,15 @@ QFProcessPtr makeProcess(const QString &path, const QStringList &arguments)
     return std::make_shared<QFProcess>(path, arguments);
 }
 
+/// The executable check of the synchronous members, with its log line.
+bool checkExecutable(const QString &path)
+{
+    if (QFTaskEx::isExecutable(path))
+        return true;
+    QFLog::appendLogAndPrint(u"Error: %@ is not executable", path);
+    return false;
+}
+
 } // namespace
 
 std::shared_ptr<QFTaskEx> QFTaskEx::create()
@@ -93,10 +102,8 @@ void QFTaskEx::setTheTask(QFProcessPtr task)
 
 bool QFTaskEx::runTask(const QString &path, const QStringList &arguments, QFProcessPtr *task)
 {
-    if (!path.isEmpty() && path.startsWith(u'/') && !isExecutable(path)) {
-        QFLog::appendLogAndPrint(u"Error: %@ is not executable", path);
+    if (!path.isEmpty() && path.startsWith(u'/') && !checkExecutable(path))
         return false;
-    }
     const QFProcessPtr process = makeProcess(path, arguments);
     if (task)
         *task = process;
@@ -109,10 +116,8 @@ bool QFTaskEx::runTask(const QString &path, const QStringList &arguments, QFProc
 bool QFTaskEx::runTaskInDirectory(const QString &path, const QStringList &arguments,
                                   const QString &workingDirectory)
 {
-    if (!isExecutable(path)) {
-        QFLog::appendLogAndPrint(u"Error: %@ is not executable", path);
+    if (!checkExecutable(path))
         return false;
-    }
     const QFProcessPtr process = makeProcess(path, arguments);
     process->setWorkingDirectory(workingDirectory);
     if (!start(process, path, false))
@@ -123,10 +128,8 @@ bool QFTaskEx::runTaskInDirectory(const QString &path, const QStringList &argume
 
 QFProcessPtr QFTaskEx::runTaskAndReturn(const QString &path, const QStringList &arguments)
 {
-    if (!isExecutable(path)) {
-        QFLog::appendLogAndPrint(u"Error: %@ is not executable", path);
+    if (!checkExecutable(path))
         return nullptr;
-    }
     const QFProcessPtr process = makeProcess(path, arguments);
     return start(process, path, false) ? process : nullptr;
 }
@@ -147,19 +150,25 @@ bool QFTaskEx::runTaskWithTimeout(const QString &path, const QStringList &argume
 
 // ---- exit status -------------------------------------------------------------------
 
-int QFTaskEx::terminationCodeFromTask(const QString &path, const QStringList &arguments,
-                                      QFProcessPtr *task)
+int QFTaskEx::exitCode(const QString &path, const QStringList &arguments,
+                       const std::function<void(const QFProcessPtr &)> &handOver)
 {
-    if (!isExecutable(path)) {
-        QFLog::appendLogAndPrint(u"Error: %@ is not executable", path);
+    if (!checkExecutable(path))
         return -1;
-    }
     const QFProcessPtr process = makeProcess(path, arguments);
-    if (task)
-        *task = process;
+    handOver(process); // before the launch, so that a time-out can find it
     if (!start(process, path, false))
         return -1;
     return process->waitUntilExit();
+}
+
+int QFTaskEx::terminationCodeFromTask(const QString &path, const QStringList &arguments,
+                                      QFProcessPtr *task)
+{
+    return exitCode(path, arguments, [task](const QFProcessPtr &process) {
+        if (task)
+            *task = process;
+    });
 }
 
 int QFTaskEx::terminationCodeFromTask(const QString &path, const QStringList &arguments,
@@ -173,19 +182,8 @@ int QFTaskEx::terminationCodeWithTimeout(const QString &path, const QStringList 
 {
     setupTimeout(seconds);
     setTheTask(nullptr);
-    QFProcessPtr process;
-    // Hand the process over before it runs, so that the time-out can find it.
-    const int code = [&] {
-        if (!isExecutable(path)) {
-            QFLog::appendLogAndPrint(u"Error: %@ is not executable", path);
-            return -1;
-        }
-        process = makeProcess(path, arguments);
-        setTheTask(process);
-        if (!start(process, path, false))
-            return -1;
-        return process->waitUntilExit();
-    }();
+    const int code =
+        exitCode(path, arguments, [this](const QFProcessPtr &process) { setTheTask(process); });
     setTheTask(nullptr);
     return code;
 }
@@ -234,10 +232,8 @@ QFTaskEx::captureData(const QString &path, const QStringList &arguments,
                       const std::optional<QStringList> &environment, bool logOutput, bool logError,
                       const std::function<void(const QFProcessPtr &)> &handOver)
 {
-    if (!isExecutable(path)) {
-        QFLog::appendLogAndPrint(u"Error: %@ is not executable", path);
+    if (!checkExecutable(path))
         return std::nullopt;
-    }
     const QFProcessPtr process =
         makeCaptureProcess(path, arguments, environment, logOutput, logError);
     handOver(process);

@@ -96,6 +96,8 @@ public:
 private:
     QFTaskEx() = default;
 
+    static int exitCode(const QString &path, const QStringList &arguments,
+                        const std::function<void(const QFProcessPtr &)> &handOver);
     static std::optional<QByteArray>
     captureData(const QString &path, const QStringList &arguments,
                 const std::optional<QStringList> &environment, bool logOutput, bool logError,
