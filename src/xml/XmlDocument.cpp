@@ -1,0 +1,101 @@
+#include "xml/XmlDocument.h"
+
+#include "xml/XmlErrors.h"
+
+#include <QFile>
+
+#include <libxml/parser.h>
+#include <libxml/tree.h>
+
+#include <climits>
+
+namespace {
+
+// No network, no entity substitution (XML_PARSE_NOENT would load external entities),
+// no external DTD (no XML_PARSE_DTDLOAD), no XML_PARSE_HUGE: libxml2's default limits on
+// depth, text size and entity expansion stay on.
+constexpr int safeOptions = XML_PARSE_NONET | XML_PARSE_NOBLANKS | XML_PARSE_NOCDATA;
+
+} // namespace
+
+XmlDocument::XmlDocument(xmlDocPtr doc) : m_doc(doc)
+{
+    m_doc->_private = this;
+}
+
+XmlDocument::~XmlDocument()
+{
+    // Detached nodes first: they use the document's name dictionary.
+    for (xmlNodePtr node : m_detached)
+        xmlFreeNode(node);
+    xmlFreeDoc(m_doc);
+}
+
+std::unique_ptr<XmlDocument> XmlDocument::fromBytes(const QByteArray &bytes, Parsing parsing,
+                                                    QString *error)
+{
+    if (bytes.size() > INT_MAX) {
+        if (error)
+            *error = QStringLiteral("The document is too large to be read.");
+        return nullptr;
+    }
+    ensureLibxmlInitialised();
+    XmlErrors errors;
+    const int options = safeOptions | (parsing == Parsing::Repairing ? XML_PARSE_RECOVER : 0);
+    xmlDocPtr doc = xmlReadMemory(bytes.constData(), int(bytes.size()), nullptr, nullptr, options);
+    if (doc && !xmlDocGetRootElement(doc)) {
+        xmlFreeDoc(doc);
+        doc = nullptr;
+    }
+    if (!doc) {
+        if (error)
+            *error = errors.any() ? errors.description()
+                                  : QStringLiteral("The document holds no element.");
+        return nullptr;
+    }
+    return std::unique_ptr<XmlDocument>(new XmlDocument(doc));
+}
+
+std::unique_ptr<XmlDocument> XmlDocument::fromFile(const QString &path, Parsing parsing,
+                                                   QString *error)
+{
+    // Read here rather than by libxml2, which would open "-" as standard input and
+    // inflate compressed files.
+    QFile file(path);
+    if (!file.open(QIODevice::ReadOnly)) {
+        if (error)
+            *error = file.errorString();
+        return nullptr;
+    }
+    return fromBytes(file.readAll(), parsing, error);
+}
+
+std::unique_ptr<XmlDocument> XmlDocument::fromElementString(const QString &text, QString *error)
+{
+    return fromBytes(text.toUtf8(), Parsing::Strict, error);
+}
+
+XmlNode XmlDocument::node() const
+{
+    return XmlNode(reinterpret_cast<xmlNodePtr>(m_doc));
+}
+
+XmlNode XmlDocument::rootElement() const
+{
+    return XmlNode(xmlDocGetRootElement(m_doc));
+}
+
+QByteArray XmlDocument::toPrettyXml() const
+{
+    xmlChar *memory = nullptr;
+    int size = 0;
+    xmlDocDumpFormatMemoryEnc(m_doc, &memory, &size, "UTF-8", 1);
+    QByteArray bytes(reinterpret_cast<const char *>(memory), size);
+    xmlFree(memory);
+    return bytes;
+}
+
+void XmlDocument::keepDetached(xmlNodePtr node)
+{
+    m_detached.push_back(node);
+}

@@ -1,0 +1,56 @@
+#pragma once
+
+#include "xml/XmlNode.h"
+
+#include <QByteArray>
+#include <QString>
+
+#include <memory>
+#include <vector>
+
+struct _xmlDoc;
+
+/// A parsed XML document, owning its tree. Parsing is always safe: no network, no
+/// entity substitution, no external DTD, libxml2's size and depth limits on, and
+/// whitespace-only text between elements dropped so that child indexes count only
+/// real content and the pretty printer re-indents everything.
+class XmlDocument
+{
+public:
+    enum class Parsing
+    {
+        Strict,   ///< a document that is not well-formed is refused
+        Repairing ///< the parser repairs what it can (mismatched tags and the like)
+    };
+
+    /// Parses bytes; nullptr with error set to a description when nothing usable came out.
+    static std::unique_ptr<XmlDocument>
+    fromBytes(const QByteArray &bytes, Parsing parsing = Parsing::Strict, QString *error = nullptr);
+    /// Reads and parses a file (never a compressed or remote one).
+    static std::unique_ptr<XmlDocument>
+    fromFile(const QString &path, Parsing parsing = Parsing::Strict, QString *error = nullptr);
+    /// A free-standing element parsed from one XML fragment ("<marker .../>"): a
+    /// document whose root element is that element, ready to be inserted elsewhere.
+    static std::unique_ptr<XmlDocument> fromElementString(const QString &text,
+                                                          QString *error = nullptr);
+
+    ~XmlDocument();
+    XmlDocument(const XmlDocument &) = delete;
+    XmlDocument &operator=(const XmlDocument &) = delete;
+
+    /// The document node: the context of queries that start with the root's name.
+    XmlNode node() const;
+    XmlNode rootElement() const;
+
+    /// The whole document, indented, encoded in UTF-8.
+    QByteArray toPrettyXml() const;
+
+private:
+    explicit XmlDocument(_xmlDoc *doc);
+    friend class XmlNode;
+    /// Keeps a detached subtree alive until the document goes, so handles into it stay valid.
+    void keepDetached(_xmlNode *node);
+
+    _xmlDoc *m_doc;
+    std::vector<_xmlNode *> m_detached;
+};

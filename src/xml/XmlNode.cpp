@@ -1,0 +1,258 @@
+#include "xml/XmlNode.h"
+
+#include "xml/XPathRewrite.h"
+#include "xml/XmlDocument.h"
+#include "xml/XmlErrors.h"
+
+#include <libxml/tree.h>
+#include <libxml/xpath.h>
+
+#include <memory>
+
+namespace {
+
+const xmlChar *xmlText(const QByteArray &utf8)
+{
+    return reinterpret_cast<const xmlChar *>(utf8.constData());
+}
+
+/// Takes ownership of a libxml2 string; null stays null, empty stays empty (not null).
+QString adoptString(xmlChar *text)
+{
+    if (!text)
+        return QString();
+    QString result = QString::fromUtf8(reinterpret_cast<const char *>(text));
+    xmlFree(text);
+    return result.isNull() ? QString(QLatin1StringView("")) : result;
+}
+
+bool isDocument(const xmlNode *node)
+{
+    return node->type == XML_DOCUMENT_NODE || node->type == XML_HTML_DOCUMENT_NODE;
+}
+
+XmlDocument *owner(const xmlNode *node)
+{
+    return node->doc ? static_cast<XmlDocument *>(node->doc->_private) : nullptr;
+}
+
+struct XPathContextDeleter
+{
+    void operator()(xmlXPathContextPtr context) const { xmlXPathFreeContext(context); }
+};
+struct XPathObjectDeleter
+{
+    void operator()(xmlXPathObjectPtr object) const { xmlXPathFreeObject(object); }
+};
+
+} // namespace
+
+XmlNode::Kind XmlNode::kind() const
+{
+    if (!m_node)
+        return Kind::None;
+    switch (m_node->type) {
+    case XML_DOCUMENT_NODE:
+    case XML_HTML_DOCUMENT_NODE:
+        return Kind::Document;
+    case XML_ELEMENT_NODE:
+        return Kind::Element;
+    case XML_ATTRIBUTE_NODE:
+        return Kind::Attribute;
+    case XML_TEXT_NODE:
+    case XML_CDATA_SECTION_NODE:
+        return Kind::Text;
+    default:
+        return Kind::Other;
+    }
+}
+
+QString XmlNode::name() const
+{
+    const Kind k = kind();
+    if ((k != Kind::Element && k != Kind::Attribute) || !m_node->name)
+        return QString();
+    return QString::fromUtf8(reinterpret_cast<const char *>(m_node->name));
+}
+
+QString XmlNode::stringValue() const
+{
+    if (!m_node)
+        return QString();
+    return adoptString(xmlNodeGetContent(m_node));
+}
+
+bool XmlNode::setStringValue(const QString &value)
+{
+    const QByteArray utf8 = value.toUtf8();
+    switch (kind()) {
+    case Kind::Attribute: {
+        auto *attribute = reinterpret_cast<xmlAttrPtr>(m_node);
+        if (attribute->parent) // keeps the same attribute node, and the id table right
+            return xmlSetNsProp(attribute->parent, attribute->ns, attribute->name, xmlText(utf8)) !=
+                   nullptr;
+        xmlFreeNodeList(attribute->children);
+        attribute->children = attribute->last = xmlNewDocText(attribute->doc, xmlText(utf8));
+        if (attribute->children)
+            attribute->children->parent = m_node;
+        return true;
+    }
+    case Kind::Text:
+        xmlNodeSetContent(m_node, xmlText(utf8));
+        return true;
+    case Kind::Element: {
+        while (m_node->children)
+            XmlNode(m_node->children).detach();
+        if (!value.isEmpty())
+            xmlAddChild(m_node, xmlNewDocText(m_node->doc, xmlText(utf8)));
+        return true;
+    }
+    default:
+        return false;
+    }
+}
+
+XmlNode XmlNode::parent() const
+{
+    return XmlNode(m_node ? m_node->parent : nullptr);
+}
+
+XmlNode XmlNode::previousSibling() const
+{
+    const Kind k = kind();
+    if (k == Kind::None || k == Kind::Attribute || k == Kind::Document)
+        return XmlNode();
+    return XmlNode(m_node->prev);
+}
+
+XmlNode XmlNode::nextSibling() const
+{
+    const Kind k = kind();
+    if (k == Kind::None || k == Kind::Attribute || k == Kind::Document)
+        return XmlNode();
+    return XmlNode(m_node->next);
+}
+
+int XmlNode::index() const
+{
+    int index = 0;
+    for (XmlNode sibling = previousSibling(); sibling; sibling = sibling.previousSibling())
+        ++index;
+    return index;
+}
+
+int XmlNode::childCount() const
+{
+    const Kind k = kind();
+    if (k != Kind::Element && k != Kind::Document)
+        return 0;
+    int count = 0;
+    for (xmlNodePtr child = m_node->children; child; child = child->next)
+        ++count;
+    return count;
+}
+
+XmlNode XmlNode::childAt(int index) const
+{
+    const Kind k = kind();
+    if ((k != Kind::Element && k != Kind::Document) || index < 0)
+        return XmlNode();
+    xmlNodePtr child = m_node->children;
+    for (; child && index > 0; child = child->next)
+        --index;
+    return XmlNode(child);
+}
+
+XmlNode XmlNode::attributeForName(const QString &name) const
+{
+    if (kind() != Kind::Element)
+        return XmlNode();
+    const QByteArray utf8 = name.toUtf8();
+    return XmlNode(reinterpret_cast<xmlNodePtr>(xmlHasProp(m_node, xmlText(utf8))));
+}
+
+QList<XmlNode> XmlNode::nodesForXPath(const QString &query, QString *error) const
+{
+    if (!m_node || !m_node->doc)
+        return {};
+    const QByteArray expression = rewriteXPathForLibxml(query).toUtf8();
+
+    XmlErrors errors;
+    std::unique_ptr<xmlXPathContext, XPathContextDeleter> context(xmlXPathNewContext(m_node->doc));
+    if (!context)
+        return {};
+    context->node = m_node;
+    std::unique_ptr<xmlXPathObject, XPathObjectDeleter> result(
+        xmlXPathEvalExpression(xmlText(expression), context.get()));
+    if (!result || result->type != XPATH_NODESET) {
+        if (error)
+            *error = errors.any()
+                         ? errors.description()
+                         : QStringLiteral("The query \"%1\" does not select nodes.").arg(query);
+        return {};
+    }
+
+    QList<XmlNode> nodes;
+    if (xmlNodeSetPtr set = result->nodesetval) {
+        nodes.reserve(set->nodeNr);
+        for (int i = 0; i < set->nodeNr; ++i) {
+            // Namespace nodes are copies that die with the result; nothing here asks for them.
+            if (set->nodeTab[i]->type != XML_NAMESPACE_DECL)
+                nodes.append(XmlNode(set->nodeTab[i]));
+        }
+    }
+    return nodes;
+}
+
+void XmlNode::detach()
+{
+    if (!m_node || isDocument(m_node) || !m_node->parent)
+        return;
+    xmlUnlinkNode(m_node);
+    if (XmlDocument *document = owner(m_node))
+        document->keepDetached(m_node);
+}
+
+XmlNode XmlNode::insertChild(const XmlNode &element, int index)
+{
+    if (kind() != Kind::Element || element.kind() != Kind::Element || index < 0)
+        return XmlNode();
+    const XmlNode before = childAt(index);
+    if (!before && index != childCount())
+        return XmlNode();
+    xmlNodePtr copy = xmlDocCopyNode(element.m_node, m_node->doc, 1);
+    if (!copy)
+        return XmlNode();
+    xmlNodePtr inserted =
+        before ? xmlAddPrevSibling(before.m_node, copy) : xmlAddChild(m_node, copy);
+    if (!inserted)
+        xmlFreeNode(copy);
+    return XmlNode(inserted);
+}
+
+XmlNode XmlNode::addChild(const XmlNode &element)
+{
+    return insertChild(element, childCount());
+}
+
+QString XmlNode::xPath() const
+{
+    if (!m_node)
+        return QString();
+    return adoptString(xmlGetNodePath(m_node));
+}
+
+QString XmlNode::toPrettyString() const
+{
+    if (!m_node || !m_node->doc)
+        return QString();
+    xmlBufferPtr buffer = xmlBufferCreate();
+    if (!buffer)
+        return QString();
+    QString text;
+    if (xmlNodeDump(buffer, m_node->doc, m_node, 0, 1) >= 0)
+        text = QString::fromUtf8(reinterpret_cast<const char *>(xmlBufferContent(buffer)),
+                                 xmlBufferLength(buffer));
+    xmlBufferFree(buffer);
+    return text;
+}

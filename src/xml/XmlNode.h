@@ -1,0 +1,94 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+#include <QtGlobal>
+
+#include <cstddef>
+
+struct _xmlNode;
+
+/// A handle on one node of a parsed document: the document node itself, an element, an
+/// attribute, a text node or another kind. It stays valid while its XmlDocument lives,
+/// even after the node was detached. A default handle is nil: every member accepts it
+/// and answers nil, 0, false or an empty list.
+class XmlNode
+{
+public:
+    enum class Kind
+    {
+        None,
+        Document,
+        Element,
+        Attribute,
+        Text,
+        Other
+    };
+
+    XmlNode() = default;
+    explicit XmlNode(_xmlNode *node) : m_node(node) {}
+
+    bool isNull() const { return m_node == nullptr; }
+    explicit operator bool() const { return m_node != nullptr; }
+    Kind kind() const;
+
+    /// Local name of an element or attribute; null for the document and for text.
+    QString name() const;
+
+    /// An attribute's value, a text node's text, or the concatenated text of all
+    /// descendants of an element or of the document. Null for nil.
+    QString stringValue() const;
+
+    /// Replaces an attribute's value, a text node's text, or every child of an element
+    /// with one text node. The value is taken literally (no entity references).
+    bool setStringValue(const QString &value);
+
+    /// The parent (an attribute's element; the root element's is the document node).
+    XmlNode parent() const;
+    /// Siblings among the parent's children; nil at the edge and for attributes.
+    XmlNode previousSibling() const;
+    XmlNode nextSibling() const;
+    /// Position among all children of the parent, from 0; 0 for attributes and the document.
+    int index() const;
+    int childCount() const;
+    XmlNode childAt(int index) const;
+
+    /// The attribute node of an element, or nil.
+    XmlNode attributeForName(const QString &name) const;
+
+    /// Evaluates an XPath with this node as context: the matches in document order,
+    /// without duplicates. On failure the list is empty and error, when given, receives
+    /// a readable description. A parenthesised union of names used as a step
+    /// ("./spine[1]/(clip | gap)") is accepted, and text() after an attribute step
+    /// yields the attribute.
+    QList<XmlNode> nodesForXPath(const QString &query, QString *error = nullptr) const;
+
+    /// Removes the node and its subtree from its parent. Handles into the subtree
+    /// stay valid until the document is released.
+    void detach();
+
+    /// Inserts a copy of element (from any document, typically a parsed fragment) as
+    /// child number index of this element; index == childCount() appends. Answers the
+    /// inserted node, or nil when index is out of range or either node is no element.
+    XmlNode insertChild(const XmlNode &element, int index);
+    /// Appends a copy of element as the last child.
+    XmlNode addChild(const XmlNode &element);
+
+    /// The node's own path expression ("/fcpxml/library/event/project/sequence[2]"),
+    /// which finds this node again when evaluated on the document.
+    QString xPath() const;
+
+    /// The node serialised, indented.
+    QString toPrettyString() const;
+
+    _xmlNode *raw() const { return m_node; }
+
+    friend bool operator==(const XmlNode &a, const XmlNode &b) { return a.m_node == b.m_node; }
+    friend size_t qHash(const XmlNode &node, size_t seed = 0)
+    {
+        return ::qHash(reinterpret_cast<quintptr>(node.m_node), seed);
+    }
+
+private:
+    _xmlNode *m_node = nullptr;
+};

@@ -1,0 +1,305 @@
+// Parsing (strict, repairing, hostile), editing and serialising documents.
+
+#include "xml/XmlDocument.h"
+#include "xml/QFXMLParser.h"
+
+#include "QtPrinters.h"
+#include "XmlTestSupport.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QTemporaryDir>
+#include <QUrl>
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <poll.h>
+#include <sys/socket.h>
+#include <unistd.h>
+
+namespace {
+
+std::unique_ptr<XmlDocument> parse(const QByteArray &bytes,
+                                   XmlDocument::Parsing parsing = XmlDocument::Parsing::Strict,
+                                   QString *error = nullptr)
+{
+    return XmlDocument::fromBytes(bytes, parsing, error);
+}
+
+QByteArray nested(int depth)
+{
+    return QByteArray("<a>").repeated(depth) + QByteArray("x") + QByteArray("</a>").repeated(depth);
+}
+
+QByteArray entityExpansion()
+{
+    QByteArray dtd = "<!DOCTYPE lolz [<!ENTITY lol0 \"lollollollollollollollollollol\">";
+    for (int i = 1; i < 10; ++i) {
+        dtd += QByteArray("<!ENTITY lol") + QByteArray::number(i) + " \"";
+        dtd += (QByteArray("&lol") + QByteArray::number(i - 1) + ";").repeated(10) + "\">";
+    }
+    return dtd + "]><lolz>&lol9;</lolz>";
+}
+
+struct BadDocument
+{
+    const char *name;
+    QByteArray bytes;
+};
+
+class RefusedByTheStrictParse : public testing::TestWithParam<BadDocument>
+{
+};
+
+TEST_P(RefusedByTheStrictParse, WithADescription)
+{
+    QString error;
+    EXPECT_FALSE(parse(GetParam().bytes, XmlDocument::Parsing::Strict, &error));
+    EXPECT_FALSE(error.isEmpty());
+}
+
+TEST_P(RefusedByTheStrictParse, AndTheRepairingParseStaysBounded)
+{
+    QElapsedTimer timer;
+    timer.start();
+    const auto document = parse(GetParam().bytes, XmlDocument::Parsing::Repairing);
+    if (document) {
+        // Whatever came out can be searched, read and written without blowing up.
+        const QList<XmlNode> all = document->node().nodesForXPath(QStringLiteral("//node()"));
+        qsizetype text = 0;
+        for (const XmlNode &node : all)
+            text += node.stringValue().size();
+        EXPECT_LT(text, 50'000'000);
+        EXPECT_LT(document->toPrettyXml().size(), 50'000'000);
+    }
+    EXPECT_LT(timer.elapsed(), 20'000);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , RefusedByTheStrictParse,
+    testing::Values(BadDocument{"Empty", ""}, BadDocument{"Blanks", "  \n\t "},
+                    BadDocument{"MismatchedTags", "<a><b>x</a>"},
+                    BadDocument{"Truncated", "<xmeml version=\"5\"><sequence><name>Cut"},
+                    BadDocument{"Binary", QByteArray("\x00\x01\xff\xfe<\x00a>\x89PNG", 12)},
+                    BadDocument{"NulInside", QByteArray("<a>x\0y</a>", 10)},
+                    BadDocument{"TextOnly", "just some text"}, BadDocument{"TwoRoots", "<a/><b/>"},
+                    BadDocument{"EntityExpansion", entityExpansion()},
+                    BadDocument{"EntityLoop",
+                                "<!DOCTYPE a [<!ENTITY x \"&y;\"><!ENTITY y \"&x;\">]>"
+                                "<a>&x;</a>"},
+                    BadDocument{"TenThousandDeep", nested(10'000)}),
+    [](const testing::TestParamInfo<BadDocument> &param) { return std::string(param.param.name); });
+
+TEST(XmlDocument, StrictParseReportsTheLineOfTheFault)
+{
+    QString error;
+    EXPECT_FALSE(parse("<a>\n<b>x</a>", XmlDocument::Parsing::Strict, &error));
+    EXPECT_TRUE(error.startsWith(u"line 2: ")) << error.toStdString();
+}
+
+TEST(XmlDocument, RepairingParseClosesMismatchedTags)
+{
+    const auto document = parse("<a><b>x</a>", XmlDocument::Parsing::Repairing);
+    ASSERT_TRUE(document);
+    EXPECT_EQ(describe(document->rootElement().nodesForXPath(QStringLiteral("./b/text()"))),
+              QStringList{"text:x"});
+}
+
+TEST(XmlDocument, ModeratelyDeepDocumentsParse)
+{
+    const auto document = parse(nested(200));
+    ASSERT_TRUE(document);
+    EXPECT_EQ(document->node().nodesForXPath(QStringLiteral("//a")).size(), 200);
+}
+
+TEST(XmlDocument, MissingFileGivesTheReadError)
+{
+    QString error;
+    EXPECT_FALSE(XmlDocument::fromFile(QStringLiteral("/nonexistent/cut.fcpxml"),
+                                       XmlDocument::Parsing::Strict, &error));
+    EXPECT_FALSE(error.isEmpty());
+}
+
+TEST(XmlDocument, ExternalEntitiesAndDtdsAreNeverRead)
+{
+    QTemporaryDir dir;
+    const QString secretPath = dir.filePath(QStringLiteral("secret.txt"));
+    QFile secret(secretPath);
+    ASSERT_TRUE(secret.open(QIODevice::WriteOnly));
+    secret.write("TOP-SECRET");
+    secret.close();
+    const QByteArray url = QUrl::fromLocalFile(secretPath).toEncoded();
+    const QByteArray dtdUrl =
+        QUrl::fromLocalFile(dir.filePath(QStringLiteral("x.dtd"))).toEncoded();
+    QFile dtd(dir.filePath(QStringLiteral("x.dtd")));
+    ASSERT_TRUE(dtd.open(QIODevice::WriteOnly));
+    dtd.write("<!ENTITY y SYSTEM \"" + url + "\">");
+    dtd.close();
+
+    const QList<QByteArray> documents = {
+        "<!DOCTYPE a [<!ENTITY x SYSTEM \"" + url + "\">]><a>&x;</a>",
+        "<!DOCTYPE a SYSTEM \"" + dtdUrl + "\"><a>&y;</a>",
+        "<!DOCTYPE a [<!ENTITY % p SYSTEM \"" + dtdUrl + "\"> %p;]><a>&y;</a>",
+    };
+    for (const QByteArray &bytes : documents) {
+        for (auto parsing : {XmlDocument::Parsing::Strict, XmlDocument::Parsing::Repairing}) {
+            const auto document = parse(bytes, parsing);
+            if (!document)
+                continue;
+            EXPECT_FALSE(document->node().stringValue().contains(u"TOP-SECRET")) << bytes.data();
+            EXPECT_FALSE(document->toPrettyXml().contains("TOP-SECRET")) << bytes.data();
+        }
+    }
+}
+
+TEST(XmlDocument, NoNetworkAccessIsMadeForTheDocument)
+{
+    const int listener = ::socket(AF_INET, SOCK_STREAM, 0);
+    ASSERT_GE(listener, 0);
+    sockaddr_in address{};
+    address.sin_family = AF_INET;
+    address.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+    socklen_t length = sizeof address;
+    ASSERT_EQ(::bind(listener, reinterpret_cast<sockaddr *>(&address), length), 0);
+    ASSERT_EQ(::listen(listener, 4), 0);
+    ASSERT_EQ(::getsockname(listener, reinterpret_cast<sockaddr *>(&address), &length), 0);
+    const QByteArray url = "http://127.0.0.1:" + QByteArray::number(ntohs(address.sin_port)) + "/x";
+
+    for (const QByteArray &bytes :
+         {"<!DOCTYPE a SYSTEM \"" + url + ".dtd\"><a>&y;</a>",
+          "<!DOCTYPE a [<!ENTITY x SYSTEM \"" + url + ".txt\">]><a>&x;</a>",
+          "<a xmlns:xi=\"http://www.w3.org/2001/XInclude\"><xi:include href=\"" + url +
+              "\"/></a>"}) {
+        parse(bytes, XmlDocument::Parsing::Strict);
+        parse(bytes, XmlDocument::Parsing::Repairing);
+    }
+    pollfd waiting{listener, POLLIN, 0};
+    EXPECT_EQ(::poll(&waiting, 1, 200), 0) << "a connection was attempted";
+    ::close(listener);
+}
+
+TEST(XmlDocument, WhitespaceBetweenElementsIsNotANode)
+{
+    const auto document = parse("<a>\n  <b/>\n  <!-- c -->\n  <d>text</d>\n</a>");
+    ASSERT_TRUE(document);
+    const XmlNode root = document->rootElement();
+    EXPECT_EQ(root.childCount(), 3);
+    const XmlNode d = root.nodesForXPath(QStringLiteral("./d")).value(0);
+    EXPECT_EQ(d.index(), 2);
+    EXPECT_EQ(d.previousSibling().kind(), XmlNode::Kind::Other);
+    EXPECT_EQ(d.previousSibling().previousSibling().name(), u"b");
+    EXPECT_TRUE(d.nextSibling().isNull());
+    EXPECT_EQ(root.parent().kind(), XmlNode::Kind::Document);
+}
+
+TEST(XmlDocument, EveryElementsOwnPathFindsItAgain)
+{
+    const auto document = loadTestDocument("library.fcpxml");
+    ASSERT_TRUE(document);
+    const QList<XmlNode> elements = document->node().nodesForXPath(QStringLiteral("//*|//@*"));
+    ASSERT_GT(elements.size(), 50);
+    for (const XmlNode &node : elements)
+        EXPECT_EQ(document->node().nodesForXPath(node.xPath()), QList<XmlNode>{node})
+            << node.xPath().toStdString();
+}
+
+TEST(XmlDocument, InsertedElementsAreReindentedByThePrettyPrinter)
+{
+    const auto document = parse("<a><b/><d/></a>");
+    ASSERT_TRUE(document);
+    const auto fragment = XmlDocument::fromElementString(QStringLiteral("<c><e>x</e></c>"));
+    ASSERT_TRUE(fragment);
+    XmlNode root = document->rootElement();
+
+    EXPECT_TRUE(root.insertChild(fragment->rootElement(), 1));
+    EXPECT_TRUE(root.addChild(fragment->rootElement()));
+    EXPECT_TRUE(root.insertChild(fragment->rootElement(), 9).isNull());
+    EXPECT_TRUE(root.insertChild(fragment->rootElement(), -1).isNull());
+
+    EXPECT_EQ(document->toPrettyXml(), "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+                                       "<a>\n"
+                                       "  <b/>\n"
+                                       "  <c>\n"
+                                       "    <e>x</e>\n"
+                                       "  </c>\n"
+                                       "  <d/>\n"
+                                       "  <c>\n"
+                                       "    <e>x</e>\n"
+                                       "  </c>\n"
+                                       "</a>\n");
+    EXPECT_EQ(root.childAt(1).toPrettyString(), u"<c>\n  <e>x</e>\n</c>");
+}
+
+TEST(XmlDocument, AFragmentThatIsNoElementReportsWhy)
+{
+    QString error;
+    EXPECT_FALSE(
+        XmlDocument::fromElementString(QStringLiteral("<marker value=\"a\"b\" />"), &error));
+    EXPECT_FALSE(error.isEmpty());
+    EXPECT_FALSE(XmlDocument::fromElementString(QStringLiteral("<a/><b/>"), &error));
+}
+
+TEST(XmlDocument, DetachedNodesLeaveTheTreeButTheirHandlesStayUsable)
+{
+    const auto document = loadTestDocument("project.xml");
+    ASSERT_TRUE(document);
+    const XmlNode sequence =
+        QFXMLParser::nodeForQuery(QStringLiteral("./xmeml[1]//sequence[1]"), document->node());
+    const QList<XmlNode> markers = sequence.nodesForXPath(QStringLiteral(".//marker"));
+    ASSERT_EQ(markers.size(), 2);
+    for (XmlNode marker : markers)
+        marker.detach();
+
+    EXPECT_TRUE(sequence.nodesForXPath(QStringLiteral(".//marker")).isEmpty());
+    EXPECT_FALSE(document->toPrettyXml().contains("<marker>"));
+    EXPECT_EQ(QFXMLParser::stringValueForQuery(QStringLiteral("./name[1]"), markers.first()),
+              u"On B");
+    EXPECT_TRUE(markers.first().parent().isNull());
+}
+
+TEST(XmlDocument, SetStringValueTakesTheTextLiterally)
+{
+    const auto document = parse("<sequence id=\"old\"><name>Old <b>bold</b></name></sequence>");
+    ASSERT_TRUE(document);
+    XmlNode id = document->rootElement().attributeForName(QStringLiteral("id"));
+    XmlNode name = document->rootElement().childAt(0);
+
+    EXPECT_TRUE(id.setStringValue(QStringLiteral("A & B <\"é\">")));
+    EXPECT_TRUE(name.setStringValue(QStringLiteral("Tom &amp; Jerry")));
+
+    EXPECT_EQ(id.stringValue(), u"A & B <\"é\">");
+    EXPECT_EQ(document->rootElement().attributeForName(QStringLiteral("id")), id);
+    EXPECT_EQ(name.stringValue(), u"Tom &amp; Jerry");
+    EXPECT_EQ(name.childCount(), 1);
+    EXPECT_EQ(QString::fromUtf8(document->toPrettyXml()),
+              u"<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n"
+              u"<sequence id=\"A &amp; B &lt;&quot;é&quot;&gt;\">\n"
+              u"  <name>Tom &amp;amp; Jerry</name>\n"
+              u"</sequence>\n");
+}
+
+TEST(XmlDocument, PrettyPrintingIsStable)
+{
+    const auto document = loadTestDocument("library.fcpxml");
+    ASSERT_TRUE(document);
+    const QByteArray once = document->toPrettyXml();
+    const auto again = parse(once);
+    ASSERT_TRUE(again);
+    EXPECT_EQ(again->toPrettyXml(), once);
+    EXPECT_TRUE(once.startsWith("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE fcpxml>\n"));
+}
+
+TEST(XmlDocument, NilHandlesAnswerNothing)
+{
+    XmlNode nil;
+    EXPECT_TRUE(nil.name().isNull());
+    EXPECT_TRUE(nil.stringValue().isNull());
+    EXPECT_FALSE(nil.setStringValue(QStringLiteral("x")));
+    EXPECT_TRUE(nil.parent().isNull());
+    EXPECT_TRUE(nil.nodesForXPath(QStringLiteral(".")).isEmpty());
+    EXPECT_TRUE(nil.xPath().isNull());
+    EXPECT_TRUE(nil.insertChild(nil, 0).isNull());
+    nil.detach();
+}
+
+} // namespace

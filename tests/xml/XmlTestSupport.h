@@ -1,0 +1,56 @@
+#pragma once
+
+// Loading the documents of tests/data and naming nodes readably in expectations.
+
+#include "xml/XmlDocument.h"
+
+#include <QStringList>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+
+inline std::unique_ptr<XmlDocument> loadTestDocument(const char *name)
+{
+    QString error;
+    auto document =
+        XmlDocument::fromFile(QStringLiteral(CUEBRIDGE_TEST_DATA "/") + QLatin1String(name),
+                              XmlDocument::Parsing::Strict, &error);
+    EXPECT_TRUE(document) << name << ": " << error.toStdString();
+    return document;
+}
+
+/// "clip:Interview" for an element with a name or id attribute, "track" without,
+/// "@name=value" for an attribute, "text:value" for text.
+inline QString describe(const XmlNode &node)
+{
+    switch (node.kind()) {
+    case XmlNode::Kind::None:
+        return QStringLiteral("nil");
+    case XmlNode::Kind::Document:
+        return QStringLiteral("document");
+    case XmlNode::Kind::Attribute:
+        return u'@' + node.name() + u'=' + node.stringValue();
+    case XmlNode::Kind::Text:
+        return QStringLiteral("text:") + node.stringValue();
+    case XmlNode::Kind::Element: {
+        XmlNode label = node.attributeForName(QStringLiteral("name"));
+        if (!label)
+            label = node.attributeForName(QStringLiteral("value"));
+        if (!label)
+            label = node.attributeForName(QStringLiteral("id"));
+        return label ? node.name() + u':' + label.stringValue() : node.name();
+    }
+    case XmlNode::Kind::Other:
+        break;
+    }
+    return QStringLiteral("other");
+}
+
+inline QStringList describe(const QList<XmlNode> &nodes)
+{
+    QStringList descriptions;
+    for (const XmlNode &node : nodes)
+        descriptions << describe(node);
+    return descriptions;
+}
