@@ -21,6 +21,10 @@ class Arg
 public:
     Arg(const QString &value) : m_kind(Kind::String), m_string(value) {}
     Arg(QStringView value) : m_kind(Kind::String), m_string(value.toString()) {}
+    // Without this a u"..." literal would decay to a pointer and print as an address.
+    Arg(const char16_t *value)
+        : m_kind(Kind::String), m_string(value ? QStringView(value).toString() : QString())
+    {}
     Arg(const char *value)
         : m_kind(Kind::String), m_string(value ? QString::fromUtf8(value) : QString())
     {}

@@ -62,7 +62,8 @@ QString withRelativeHour(const QString &timecode, qint64 relativeHour)
     else if (hour < relativeHour)
         newHour = hour + relativeHour;
     fields.removeFirst();
-    return QFFormat::format(u"%@%i:%@", newHour < 10 ? u"0" : u"", newHour, fields.join(u':'));
+    return QFFormat::format(u"%@%i:%@", newHour < 10 ? QStringLiteral("0") : QStringLiteral(""),
+                            newHour, fields.join(u':'));
 }
 
 } // namespace

@@ -17,6 +17,7 @@ TEST(QFFormat, SystemDirectives)
     EXPECT_EQ(format(u"Marker start pos: %li", qint64(-250)), "Marker start pos: -250");
     EXPECT_EQ(format(u"%0.2li:%0.2li", 5, 123), "05:123");
     EXPECT_EQ(format(u"%@ - %@", QStringLiteral("a"), "b"), "a - b");
+    EXPECT_EQ(format(u"%@%@", u"utf-16 literal", true ? u"0" : u""), "utf-16 literal0");
     EXPECT_EQ(format(u"%@", QString()), "(null)");
     EXPECT_EQ(format(u"Tab count: %i", 8), "Tab count: 8");
     EXPECT_EQ(format(u"%lu", qint64(-1)), "18446744073709551615");

@@ -1,0 +1,160 @@
+// Reading markers back out of FCPXML documents.
+
+#include "time/QFFCPXMLParser.h"
+
+#include "QtPrinters.h"
+#include "TempHome.h"
+
+#include <QTemporaryDir>
+
+#include <gtest/gtest.h>
+
+#include <ostream>
+
+namespace {
+
+const QString library = QStringLiteral(CUEBRIDGE_TEST_DATA "/library.fcpxml");
+
+/// "name@seconds" or "name@timecode" for each record; "{}" for a record without keys.
+QStringList describe(const QList<QVariantMap> &records)
+{
+    QStringList descriptions;
+    for (const QVariantMap &record : records) {
+        if (record.isEmpty()) {
+            descriptions << QStringLiteral("{}");
+            continue;
+        }
+        const QVariant position = record.contains(u"seconds"_qs)
+                                      ? record.value(u"seconds"_qs)
+                                      : record.value(u"startTimecode"_qs);
+        descriptions << record.value(u"name"_qs).toString() + u'@' + position.toString();
+    }
+    return descriptions;
+}
+
+struct ReaderCase
+{
+    const char *name;
+    bool useTimecode;
+    bool stripDuplicates;
+    bool mainStorylineOnly;
+    qint64 relativeHour;
+    QStringList expected;
+
+    friend void PrintTo(const ReaderCase &c, std::ostream *os) { *os << c.name; }
+};
+
+class MarkersOfTheLibrary : public testing::TestWithParam<ReaderCase>
+{
+};
+
+TEST_P(MarkersOfTheLibrary, AreReadInDocumentOrder)
+{
+    const ReaderCase &c = GetParam();
+    EXPECT_EQ(describe(QFFCPXMLParser::markersFromXMLFile(library, c.useTimecode, c.stripDuplicates,
+                                                          c.mainStorylineOnly, c.relativeHour)),
+              c.expected);
+}
+
+// The clip "Interview" uses its media from 5 s for 20 s at timeline 100 s: "Ten" (10 s)
+// lands at 105 s, "Too early" (4 s) is skipped, "At the end" (25 s) is kept. The
+// asset clips are not among the element names read, so their markers never count.
+INSTANTIATE_TEST_SUITE_P(
+    , MarkersOfTheLibrary,
+    testing::Values(ReaderCase{"SecondsOnTheMainStoryline",
+                               false,
+                               false,
+                               true,
+                               -1,
+                               {"Ten@105", "At the end@120", "Ten again@105", "In the gap@150",
+                                "An hour in@3661"}},
+                    ReaderCase{"SecondsAtAnyDepth",
+                               false,
+                               false,
+                               false,
+                               -1,
+                               {"Connected@7", "Ten@105", "At the end@120", "Ten again@105",
+                                "In the gap@150", "An hour in@3661"}},
+                    ReaderCase{"DuplicatesStripped",
+                               false,
+                               true,
+                               true,
+                               -1,
+                               {"Ten@105", "At the end@120", "In the gap@150", "An hour in@3661"}},
+                    ReaderCase{"Timecodes",
+                               true,
+                               false,
+                               true,
+                               -1,
+                               {"Ten@00:01:45:00", "At the end@00:02:00:00",
+                                "Ten again@00:01:45:00", "In the gap@00:02:30:00",
+                                "An hour in@01:01:01:00"}},
+                    // Relative hour 1: hour 1 becomes 0 and hour 0 (below it) becomes 0 + 1.
+                    ReaderCase{"RelativeHourOne",
+                               true,
+                               true,
+                               true,
+                               1,
+                               {"Ten@01:01:45:00", "At the end@01:02:00:00",
+                                "In the gap@01:02:30:00", "An hour in@00:01:01:00"}},
+                    ReaderCase{"RelativeHourTwo",
+                               true,
+                               true,
+                               true,
+                               2,
+                               {"Ten@02:01:45:00", "At the end@02:02:00:00",
+                                "In the gap@02:02:30:00", "An hour in@03:01:01:00"}},
+                    ReaderCase{"RelativeHourZeroLeavesLaterHours",
+                               true,
+                               true,
+                               true,
+                               0,
+                               {"Ten@00:01:45:00", "At the end@00:02:00:00",
+                                "In the gap@00:02:30:00", "An hour in@01:01:01:00"}}),
+    [](const testing::TestParamInfo<ReaderCase> &param) { return std::string(param.param.name); });
+
+TEST(QFFCPXMLMarkerReader, RecordsCarryNumbersAndStrings)
+{
+    const QList<QVariantMap> seconds = QFFCPXMLParser::markersFromXMLFile(library, false);
+    ASSERT_FALSE(seconds.isEmpty());
+    EXPECT_EQ(seconds.first().keys(), (QStringList{"name", "seconds"}));
+    EXPECT_EQ(seconds.first().value(u"seconds"_qs).typeId(), QMetaType::Double);
+    const QList<QVariantMap> timecodes = QFFCPXMLParser::markersFromXMLFile(library, true);
+    ASSERT_FALSE(timecodes.isEmpty());
+    EXPECT_EQ(timecodes.first().keys(), (QStringList{"name", "startTimecode"}));
+}
+
+TEST(QFFCPXMLMarkerReader, ProjectFormMissingAndBrokenFilesGiveNothing)
+{
+    QTemporaryDir dir;
+    const QString broken = dir.filePath(u"broken.fcpxml"_qs);
+    TempHome::write(broken, "<fcpxml><library><event>");
+    for (const QString &path : {QStringLiteral(CUEBRIDGE_TEST_DATA "/project.fcpxml"),
+                                dir.filePath(u"missing.fcpxml"_qs), broken, dir.path()})
+        EXPECT_TRUE(QFFCPXMLParser::markersFromXMLFile(path, true).isEmpty()) << path.toStdString();
+}
+
+TEST(QFFCPXMLMarkerReader, SequenceStartDropFrameAndMissingValues)
+{
+    QTemporaryDir dir;
+    const QString path = dir.filePath(u"dropframe.fcpxml"_qs);
+    TempHome::write(path, R"(<fcpxml version="1.8">
+  <resources><format id="r1" frameDuration="1001/30000s"/></resources>
+  <library><event><project name="P"><sequence format="r1" tcStart="10s" tcFormat="DF"><spine>
+    <clip offset="0s" duration="120s">
+      <marker start="60s" value="A minute"/>
+      <marker start="30s"/>
+    </clip>
+  </spine></sequence></project></event></library>
+</fcpxml>)");
+    // 60 s is 1798 frames at 29.97; the start adds ceil(299.7) = 300: frame 2098 is 00:01:10;00.
+    EXPECT_EQ(describe(QFFCPXMLParser::markersFromXMLFile(path, true)),
+              (QStringList{"A minute@00:01:10;00", "{}"}));
+    // With a relative hour the drop-frame separator becomes a colon.
+    EXPECT_EQ(describe(QFFCPXMLParser::markersFromXMLFile(path, true, false, true, 5)),
+              (QStringList{"A minute@05:01:10:00", "{}"}));
+    EXPECT_EQ(describe(QFFCPXMLParser::markersFromXMLFile(path, false)),
+              (QStringList{"A minute@60", "{}"}));
+}
+
+} // namespace

@@ -1,0 +1,278 @@
+// The query helpers: escaping, the value shortcuts, names and ids, and tree walks.
+
+#include "xml/QFXMLParser.h"
+
+#include "LoggedTest.h"
+#include "QtPrinters.h"
+#include "XmlTestSupport.h"
+
+#include <ostream>
+
+namespace {
+
+struct EscapeCase
+{
+    const char *name;
+    QString input;
+    QString expected;
+    int strippedCount;
+
+    friend void PrintTo(const EscapeCase &c, std::ostream *os) { *os << c.name; }
+};
+
+class EscapeQueryString : public LoggedTest, public testing::WithParamInterface<EscapeCase>
+{
+};
+
+TEST_P(EscapeQueryString, AppliesTheCharacterRules)
+{
+    const EscapeCase &c = GetParam();
+    const QString escaped = QFXMLParser::escapeQueryString(c.input);
+    EXPECT_EQ(escaped, c.expected);
+    EXPECT_EQ(escaped.isNull(), c.input.isNull());
+    EXPECT_EQ(log().count(u"Stripped character"), c.strippedCount);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , EscapeQueryString,
+    testing::Values(
+        EscapeCase{"Null", QString(), QString(), 0},
+        EscapeCase{"Empty", QStringLiteral(""), QStringLiteral(""), 0},
+        EscapeCase{"PlainQuery", QStringLiteral("./xmeml[1]//sequence/uuid[\"A-1\"]/.."),
+                   QStringLiteral("./xmeml[1]//sequence/uuid[\"A-1\"]/.."), 0},
+        EscapeCase{"EscapedAmpersandKept", QStringLiteral("a&amp;b"), QStringLiteral("a&amp;b"), 0},
+        EscapeCase{"LoneAmpersand", QStringLiteral("Tom & Jerry"),
+                   QStringLiteral("Tom &amp; Jerry"), 0},
+        EscapeCase{"AmpAtTheVeryEnd", QStringLiteral("x&amp"), QStringLiteral("x&amp;amp"), 0},
+        EscapeCase{"EscapedAmpersandAtTheVeryEnd", QStringLiteral("x&amp;"),
+                   QStringLiteral("x&amp;"), 0},
+        EscapeCase{"OtherEntitiesEscapedAgain", QStringLiteral("&lt;"), QStringLiteral("&amp;lt;"),
+                   0},
+        EscapeCase{"AccentedLetter", QStringLiteral("Caf\u00e9"), QStringLiteral("Caf&#233;"), 0},
+        EscapeCase{"NoBreakSpaceIs160", QStringLiteral("a\u00a0b"), QStringLiteral("a&#160;b"), 0},
+        EscapeCase{"Unit159Kept", QString(QChar(159)), QString(QChar(159)), 0},
+        EscapeCase{"SurrogatePairHalvesSeparately", QString::fromUcs4(U"\U0001F3AC"),
+                   QStringLiteral("&#55356;&#57260;"), 0},
+        EscapeCase{"CarriageReturn", QStringLiteral("a\rb"), QStringLiteral("a&#13;b"), 0},
+        EscapeCase{"TabAndLineFeedStripped", QStringLiteral("a\tb\nc"), QStringLiteral("abc"), 2},
+        EscapeCase{"NulStripped", QString(QChar(0)) + u'x', QStringLiteral("x"), 1},
+        EscapeCase{"Units20And31Kept", QString(QChar(20)) + QChar(31),
+                   QString(QChar(20)) + QChar(31), 0},
+        EscapeCase{"Unit19Stripped", QString(QChar(19)), QStringLiteral(""), 1},
+        EscapeCase{"QuotesAndAnglesUnchanged", QStringLiteral("<\"'>"), QStringLiteral("<\"'>"),
+                   0}),
+    [](const testing::TestParamInfo<EscapeCase> &param) { return std::string(param.param.name); });
+
+TEST_F(LoggedTest, StrippedCharactersAreLoggedThemselves)
+{
+    QFXMLParser::escapeQueryString(QStringLiteral("a\x01"
+                                                  "b"));
+    EXPECT_TRUE(log().contains(u"Stripped character \x01")) << log().toStdString();
+}
+
+class QueryHelpers : public LoggedTest
+{
+protected:
+    void SetUp() override
+    {
+        LoggedTest::SetUp();
+        xmeml = loadTestDocument("project.xml");
+        ASSERT_TRUE(xmeml);
+        sequence =
+            QFXMLParser::nodeForQuery(QStringLiteral("./xmeml[1]//sequence[1]"), xmeml->node());
+        ASSERT_FALSE(sequence.isNull());
+    }
+
+    XmlNode clip(const char *id) const
+    {
+        return QFXMLParser::nodeForQuery(
+            QStringLiteral(".//clipitem[@id=\"%1\"]").arg(QLatin1String(id)), sequence);
+    }
+
+    std::unique_ptr<XmlDocument> xmeml;
+    XmlNode sequence;
+};
+
+TEST_F(QueryHelpers, SingleValuesAndLists)
+{
+    EXPECT_EQ(
+        QFXMLParser::stringValueForQuery(QStringLiteral("./timecode/rate/timebase"), sequence),
+        u"25");
+    EXPECT_TRUE(QFXMLParser::stringValueForQuery(QStringLiteral("./nothing"), sequence).isNull());
+    EXPECT_EQ(QFXMLParser::stringValueForQuery(QStringLiteral("(.//marker)[2]/comment"), sequence),
+              u"");
+    EXPECT_FALSE(
+        QFXMLParser::stringValueForQuery(QStringLiteral("(.//marker)[2]/comment"), sequence)
+            .isNull());
+    EXPECT_TRUE(QFXMLParser::nodeForQuery(QStringLiteral("./nothing"), sequence).isNull());
+
+    EXPECT_EQ(QFXMLParser::stringValuesForQuery(QStringLiteral(".//marker/name"), sequence),
+              (QStringList{"On B", "Sequence marker"}));
+    EXPECT_EQ(QFXMLParser::stringValuesForQuery(QStringLiteral(".//nothing"), sequence),
+              std::nullopt);
+    EXPECT_EQ(QFXMLParser::stringValueForQuery(QStringLiteral("./x"), XmlNode()), QString());
+}
+
+TEST_F(QueryHelpers, QueriesOverSeveralNodesKeepTheirOrder)
+{
+    const QList<XmlNode> tracks = sequence.nodesForXPath(QStringLiteral(".//track"));
+    ASSERT_EQ(tracks.size(), 3);
+    EXPECT_EQ(describe(QFXMLParser::queryNodes({tracks[2], tracks[1], tracks[2]},
+                                               QStringLiteral("./clipitem"))),
+              (QStringList{"clipitem:Y", "clipitem:Z", "clipitem:W", "clipitem:Y", "clipitem:Z"}));
+    EXPECT_TRUE(QFXMLParser::queryNodes({}, QStringLiteral("./clipitem")).isEmpty());
+}
+
+TEST_F(QueryHelpers, UnionOfQueriesInQueryOrderEachNodeOnce)
+{
+    const QList<XmlNode> nodes = QFXMLParser::node(
+        sequence, QStringList{".//clipitem[@id=\"C\"]", "./media//clipitem[1]", "./bad[[",
+                              ".//clipitem[@id=\"C\"] | .//clipitem[@id=\"A\"]"});
+    EXPECT_EQ(describe(nodes),
+              (QStringList{"clipitem:C", "clipitem:A", "clipitem:W", "clipitem:Y"}));
+    EXPECT_EQ(log().count(u"XML parsing error: "), 1);
+    EXPECT_TRUE(QFXMLParser::node(sequence, QStringList{}).isEmpty());
+}
+
+TEST_F(QueryHelpers, IdsDecodePercentEscapesAsAscii)
+{
+    EXPECT_EQ(QFXMLParser::idAttributeForNode(clip("A")), u"A");
+    EXPECT_EQ(QFXMLParser::idAttributeForNode(clip("Reel%201")), u"Reel 1");
+    EXPECT_TRUE(
+        QFXMLParser::idAttributeForNode(sequence.nodesForXPath(QStringLiteral("./name")).value(0))
+            .isNull());
+
+    const auto odd =
+        XmlDocument::fromBytes("<r><a id=\"50%\"/><b id=\"%C3%A9\"/><c id=\"%zz\"/></r>");
+    ASSERT_TRUE(odd);
+    for (const char *element : {"a", "b", "c"})
+        EXPECT_TRUE(QFXMLParser::idAttributeForNode(
+                        odd->rootElement().nodesForXPath(QString::fromLatin1(element)).value(0))
+                        .isNull())
+            << element;
+}
+
+TEST_F(QueryHelpers, NamesFallBackToNestedNamesAndThenTheId)
+{
+    EXPECT_EQ(QFXMLParser::nameForNode(clip("A")), u"A");
+    EXPECT_EQ(QFXMLParser::nameForNode(clip("C")), u"C roll.mov");
+    EXPECT_TRUE(QFXMLParser::nameForNode(clip("C"), true).isNull());
+    EXPECT_EQ(QFXMLParser::nameForNode(clip("Reel%201")), u"Reel 1");
+    EXPECT_TRUE(QFXMLParser::nameForNode(sequence.nodesForXPath(QStringLiteral(".//rate")).value(0))
+                    .isNull());
+    EXPECT_TRUE(QFXMLParser::nameForNode(XmlNode()).isNull());
+
+    const auto odd = XmlDocument::fromBytes("<r><a><name>100%</name></a><b id=\"x%2\"/></r>");
+    ASSERT_TRUE(odd);
+    EXPECT_EQ(QFXMLParser::nameForNode(odd->rootElement().childAt(0)), u"100%");
+    EXPECT_EQ(QFXMLParser::nameForNode(odd->rootElement().childAt(1)), u"x%2");
+}
+
+TEST_F(QueryHelpers, UuidsHaveNoIdFallback)
+{
+    EXPECT_EQ(QFXMLParser::uuidForNode(sequence), u"0F2D6C31-4B1E-4C55-9C3E-2A1B8F7D0001");
+    const XmlNode project = sequence.parent().parent();
+    EXPECT_TRUE(QFXMLParser::uuidForNode(project, true).isNull());
+    EXPECT_EQ(QFXMLParser::uuidForNode(project), u"0F2D6C31-4B1E-4C55-9C3E-2A1B8F7D0001");
+    EXPECT_TRUE(QFXMLParser::uuidForNode(clip("A")).isNull());
+}
+
+TEST(QFXMLParser, FilenamesFromFileUrls)
+{
+    EXPECT_EQ(QFXMLParser::filenameFromPathURLString(
+                  QStringLiteral("file://localhost/Volumes/Media/C%20roll.mov")),
+              u"/Volumes/Media/C roll.mov");
+    EXPECT_EQ(QFXMLParser::filenameFromPathURLString(QStringLiteral("file:///Users/ed/Caf%C3%A9/")),
+              u"/Users/ed/Caf\u00e9");
+    EXPECT_TRUE(QFXMLParser::filenameFromPathURLString(QStringLiteral("file:///a b.mov")).isNull());
+    EXPECT_TRUE(QFXMLParser::filenameFromPathURLString(QStringLiteral("file:///a%zz")).isNull());
+    EXPECT_TRUE(QFXMLParser::filenameFromPathURLString(QString()).isNull());
+}
+
+TEST_F(QueryHelpers, NearestAncestorByNameStopsAtALimit)
+{
+    const XmlNode marker = clip("B").nodesForXPath(QStringLiteral("./marker")).value(0);
+    ASSERT_FALSE(marker.isNull());
+    EXPECT_EQ(describe(QFXMLParser::node(marker, QStringLiteral("clipitem"))), u"clipitem:B");
+    EXPECT_EQ(describe(QFXMLParser::node(marker, QStringLiteral("sequence"))), u"sequence:Cut 3 ");
+    EXPECT_TRUE(QFXMLParser::node(marker, QStringLiteral("sequence"), {"video", "media"}).isNull());
+    EXPECT_FALSE(QFXMLParser::node(marker, QStringLiteral("track"), {"sequence"}).isNull());
+    EXPECT_TRUE(QFXMLParser::node(marker, QStringLiteral("marker")).isNull())
+        << "not the node itself";
+    EXPECT_TRUE(QFXMLParser::node(marker, QStringLiteral("nowhere")).isNull());
+}
+
+TEST_F(QueryHelpers, NextSiblingClimbsOutOfTheSubtree)
+{
+    EXPECT_EQ(describe(QFXMLParser::nextSiblingForNode(clip("A"))), u"transitionitem");
+    const XmlNode lastOfFirstTrack = clip("Reel%201");
+    EXPECT_EQ(QFXMLParser::nextSiblingForNode(lastOfFirstTrack),
+              sequence.nodesForXPath(QStringLiteral(".//track[2]")).value(0));
+    const XmlNode lastElement =
+        xmeml->node().nodesForXPath(QStringLiteral("(//*)[last()]")).value(0);
+    EXPECT_TRUE(QFXMLParser::nextSiblingForNode(lastElement).isNull());
+    EXPECT_TRUE(QFXMLParser::nextSiblingForNode(XmlNode()).isNull());
+}
+
+struct ClipCase
+{
+    const char *clipId;
+    QStringList expected;
+    qint64 rangeStart;
+    qint64 rangeEnd;
+
+    friend void PrintTo(const ClipCase &c, std::ostream *os) { *os << c.clipId; }
+};
+
+class AffectedNodes : public QueryHelpers, public testing::WithParamInterface<ClipCase>
+{
+};
+
+TEST_P(AffectedNodes, FollowTransitionItemsAlongTheTrack)
+{
+    const ClipCase &c = GetParam();
+    qint64 start = 12345;
+    qint64 end = 12345;
+    EXPECT_EQ(describe(QFXMLParser::affectedNodesForClip(clip(c.clipId), &start, &end)),
+              c.expected);
+    EXPECT_EQ(start, c.rangeStart);
+    EXPECT_EQ(end, c.rangeEnd);
+    EXPECT_EQ(QFXMLParser::affectedNodesForClip(clip(c.clipId)).size(), c.expected.size());
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , AffectedNodes,
+    testing::Values(
+        // Joined on both sides: the run is A, B and C, from A's start to C's end.
+        ClipCase{"B",
+                 {"clipitem:A", "transitionitem", "clipitem:B", "transitionitem", "clipitem:C"},
+                 0,
+                 300},
+        ClipCase{"A",
+                 {"clipitem:A", "transitionitem", "clipitem:B", "transitionitem", "clipitem:C"},
+                 0,
+                 300},
+        ClipCase{"C",
+                 {"clipitem:A", "transitionitem", "clipitem:B", "transitionitem", "clipitem:C"},
+                 0,
+                 300},
+        ClipCase{"Reel%201", {"clipitem:Reel%201"}, 300, 400},
+        // Transition items at both edges of the track.
+        ClipCase{"W", {"transitionitem", "clipitem:W", "transitionitem"}, 0, 60},
+        // Joined edges with nothing beyond: the walk runs off the track.
+        ClipCase{"Y", {"clipitem:Y"}, -1, 20}, ClipCase{"Z", {"clipitem:Z"}, 20, -1}),
+    [](const testing::TestParamInfo<ClipCase> &param) {
+        return QString::fromLatin1(param.param.clipId).remove(u'%').toStdString();
+    });
+
+TEST(QFXMLParser, NilArgumentsAnswerNil)
+{
+    const XmlNode nil;
+    EXPECT_TRUE(QFXMLParser::nodesForQuery(QStringLiteral("."), nil).isEmpty());
+    EXPECT_TRUE(QFXMLParser::affectedNodesForClip(nil).isEmpty());
+    EXPECT_TRUE(QFXMLParser::node(nil, QStringLiteral("a")).isNull());
+    EXPECT_TRUE(QFXMLParser::uuidForNode(nil).isNull());
+    EXPECT_TRUE(QFXMLParser::idAttributeForNode(nil).isNull());
+}
+
+} // namespace
