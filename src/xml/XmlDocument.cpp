@@ -2,10 +2,13 @@
 
 #include "xml/XmlErrors.h"
 
+#include "diagnostics/QFLog.h"
+
 #include <QFile>
 
 #include <libxml/parser.h>
 #include <libxml/tree.h>
+#include <libxml/xpath.h>
 
 #include <climits>
 
@@ -25,6 +28,7 @@ XmlDocument::XmlDocument(xmlDocPtr doc) : m_doc(doc)
 
 XmlDocument::~XmlDocument()
 {
+    xmlXPathFreeContext(m_xpathContext);
     // Detached nodes first: they use the document's name dictionary.
     for (xmlNodePtr node : m_detached)
         xmlFreeNode(node);
@@ -48,11 +52,15 @@ std::unique_ptr<XmlDocument> XmlDocument::fromBytes(const QByteArray &bytes, Par
         doc = nullptr;
     }
     if (!doc) {
+        const QString description =
+            errors.any() ? errors.description() : QStringLiteral("The document holds no element.");
+        QFLog::appendLog(u"Unable to parse XML: %@", description);
         if (error)
-            *error = errors.any() ? errors.description()
-                                  : QStringLiteral("The document holds no element.");
+            *error = description;
         return nullptr;
     }
+    if (errors.any())
+        QFLog::appendLog(u"XML repaired: %@", errors.description());
     return std::unique_ptr<XmlDocument>(new XmlDocument(doc));
 }
 
@@ -98,4 +106,11 @@ QByteArray XmlDocument::toPrettyXml() const
 void XmlDocument::keepDetached(xmlNodePtr node)
 {
     m_detached.push_back(node);
+}
+
+xmlXPathContextPtr XmlDocument::xpathContext()
+{
+    if (!m_xpathContext)
+        m_xpathContext = xmlXPathNewContext(m_doc);
+    return m_xpathContext;
 }

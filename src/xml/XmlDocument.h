@@ -9,11 +9,13 @@
 #include <vector>
 
 struct _xmlDoc;
+struct _xmlXPathContext;
 
 /// A parsed XML document, owning its tree. Parsing is always safe: no network, no
 /// entity substitution, no external DTD, libxml2's size and depth limits on, and
 /// whitespace-only text between elements dropped so that child indexes count only
-/// real content and the pretty printer re-indents everything.
+/// real content and the pretty printer re-indents everything. A document and its
+/// nodes are used by one thread at a time.
 class XmlDocument
 {
 public:
@@ -50,7 +52,11 @@ private:
     friend class XmlNode;
     /// Keeps a detached subtree alive until the document goes, so handles into it stay valid.
     void keepDetached(_xmlNode *node);
+    /// One evaluation context for all queries: making one registers every XPath
+    /// function anew, which would cost more than most of the queries themselves.
+    _xmlXPathContext *xpathContext();
 
     _xmlDoc *m_doc;
+    _xmlXPathContext *m_xpathContext = nullptr;
     std::vector<_xmlNode *> m_detached;
 };

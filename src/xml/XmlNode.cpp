@@ -36,10 +36,6 @@ XmlDocument *owner(const xmlNode *node)
     return node->doc ? static_cast<XmlDocument *>(node->doc->_private) : nullptr;
 }
 
-struct XPathContextDeleter
-{
-    void operator()(xmlXPathContextPtr context) const { xmlXPathFreeContext(context); }
-};
 struct XPathObjectDeleter
 {
     void operator()(xmlXPathObjectPtr object) const { xmlXPathFreeObject(object); }
@@ -177,13 +173,17 @@ QList<XmlNode> XmlNode::nodesForXPath(const QString &query, QString *error) cons
         return {};
     const QByteArray expression = rewriteXPathForLibxml(query).toUtf8();
 
-    XmlErrors errors;
-    std::unique_ptr<xmlXPathContext, XPathContextDeleter> context(xmlXPathNewContext(m_node->doc));
+    XmlDocument *document = owner(m_node);
+    xmlXPathContextPtr context = document ? document->xpathContext() : nullptr;
     if (!context)
         return {};
     context->node = m_node;
+    context->contextSize = -1;
+    context->proximityPosition = -1;
+
+    XmlErrors errors;
     std::unique_ptr<xmlXPathObject, XPathObjectDeleter> result(
-        xmlXPathEvalExpression(xmlText(expression), context.get()));
+        xmlXPathEvalExpression(xmlText(expression), context));
     if (!result || result->type != XPATH_NODESET) {
         if (error)
             *error = errors.any()

@@ -3,6 +3,7 @@
 #include "xml/XmlDocument.h"
 #include "xml/QFXMLParser.h"
 
+#include "LoggedTest.h"
 #include "QtPrinters.h"
 #include "XmlTestSupport.h"
 
@@ -45,6 +46,8 @@ struct BadDocument
 {
     const char *name;
     QByteArray bytes;
+
+    friend void PrintTo(const BadDocument &c, std::ostream *os) { *os << c.name; }
 };
 
 class RefusedByTheStrictParse : public testing::TestWithParam<BadDocument>
@@ -97,12 +100,13 @@ TEST(XmlDocument, StrictParseReportsTheLineOfTheFault)
     EXPECT_TRUE(error.startsWith(u"line 2: ")) << error.toStdString();
 }
 
-TEST(XmlDocument, RepairingParseClosesMismatchedTags)
+TEST_F(LoggedTest, RepairingParseClosesMismatchedTagsAndLogsTheRepair)
 {
     const auto document = parse("<a><b>x</a>", XmlDocument::Parsing::Repairing);
     ASSERT_TRUE(document);
     EXPECT_EQ(describe(document->rootElement().nodesForXPath(QStringLiteral("./b/text()"))),
               QStringList{"text:x"});
+    EXPECT_TRUE(log().contains(u"XML repaired: line 1: ")) << log().toStdString();
 }
 
 TEST(XmlDocument, ModeratelyDeepDocumentsParse)
