@@ -97,7 +97,10 @@ QByteArray XmlDocument::toPrettyXml() const
 {
     xmlChar *memory = nullptr;
     int size = 0;
+    XmlErrors errors; // a repaired document may hold characters that cannot be written
     xmlDocDumpFormatMemoryEnc(m_doc, &memory, &size, "UTF-8", 1);
+    if (errors.any())
+        QFLog::appendLog(u"XML output error: %@", errors.description());
     QByteArray bytes(reinterpret_cast<const char *>(memory), size);
     xmlFree(memory);
     return bytes;

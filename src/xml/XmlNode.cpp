@@ -4,6 +4,8 @@
 #include "xml/XmlDocument.h"
 #include "xml/XmlErrors.h"
 
+#include "diagnostics/QFLog.h"
+
 #include <libxml/tree.h>
 #include <libxml/xpath.h>
 
@@ -250,9 +252,12 @@ QString XmlNode::toPrettyString() const
     if (!buffer)
         return QString();
     QString text;
+    XmlErrors errors; // a repaired document may hold characters that cannot be written
     if (xmlNodeDump(buffer, m_node->doc, m_node, 0, 1) >= 0)
         text = QString::fromUtf8(reinterpret_cast<const char *>(xmlBufferContent(buffer)),
                                  xmlBufferLength(buffer));
+    if (errors.any())
+        QFLog::appendLog(u"XML output error: %@", errors.description());
     xmlBufferFree(buffer);
     return text;
 }

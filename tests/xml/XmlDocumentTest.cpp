@@ -109,6 +109,22 @@ TEST_F(LoggedTest, RepairingParseClosesMismatchedTagsAndLogsTheRepair)
     EXPECT_TRUE(log().contains(u"XML repaired: line 1: ")) << log().toStdString();
 }
 
+TEST_F(LoggedTest, TextThatCannotBeWrittenIsLoggedNotPrinted)
+{
+    // Found by fuzzing: a repaired document whose text is not UTF-8 any more.
+    QString error;
+    const auto document =
+        XmlDocument::fromFile(QStringLiteral(CUEBRIDGE_TEST_DATA "/hostile/unwritable-text.fcpxml"),
+                              XmlDocument::Parsing::Repairing, &error);
+    ASSERT_TRUE(document) << error.toStdString();
+    testing::internal::CaptureStderr();
+    document->toPrettyXml();
+    for (const XmlNode &element : document->node().nodesForXPath(QStringLiteral("//*")))
+        element.toPrettyString();
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
+    EXPECT_TRUE(log().contains(u"XML output error: ")) << log().toStdString();
+}
+
 TEST(XmlDocument, ModeratelyDeepDocumentsParse)
 {
     const auto document = parse(nested(200));
