@@ -1,0 +1,152 @@
+// What the link knows of the installed and running editor without events of its own,
+// and the clean-up and escaping of the XML it exchanges.
+
+#include "fcp7link/QFAppleEvents.h"
+
+#include "diagnostics/QFLog.h"
+#include "fcp7link/FCP7Console.h"
+#include "support/QFFormat.h"
+#include "support/QFLocalPaths.h"
+#include "support/QFPropertyList.h"
+#include "support/QFWorkspace.h"
+#include "time/QFNumberReader.h"
+
+#include <QDir>
+#include <QFile>
+#include <QFileInfo>
+#include <QUuid>
+
+#include <algorithm>
+#include <climits>
+#include <stdexcept>
+
+namespace {
+
+int integerValue(const QString &text)
+{
+    return int(std::clamp<qint64>(QFNumberReader::leadingInteger(text), INT_MIN, INT_MAX));
+}
+
+} // namespace
+
+bool QFAppleEvents::isFCPRunning()
+{
+    return QFWorkspace::shared().isApplicationRunning(finalCutProBundleIdentifier);
+}
+
+QString QFAppleEvents::finalCutProVersionString()
+{
+    const QDir applications(QFLocalPaths::applicationDirectory(false));
+    QString application = QFWorkspace::shared().pathForApplication(finalCutProBundleIdentifier);
+    if (application.isEmpty())
+        application = applications.filePath(QStringLiteral("Final Cut Studio/Final Cut Pro.app"));
+    if (!QFileInfo::exists(application))
+        application = applications.filePath(QStringLiteral("Final Cut Pro.app"));
+
+    QFile infoPlist(QDir(application).filePath(QStringLiteral("Contents/Info.plist")));
+    if (infoPlist.open(QIODevice::ReadOnly)) {
+        const QVariant info = QFPropertyList::fromBytes(infoPlist.readAll());
+        if (info.typeId() == QMetaType::QVariantMap) {
+            const QVariant version =
+                info.toMap().value(QStringLiteral("CFBundleShortVersionString"));
+            return version.isValid() ? version.toString() : QString();
+        }
+    }
+    return QStringLiteral("7.0");
+}
+
+int QFAppleEvents::finalCutProMajorVersion()
+{
+    const QString version = finalCutProVersionString();
+    if (version.isEmpty())
+        return 7;
+    return integerValue(version.left(1)); // the first character alone, by design
+}
+
+int QFAppleEvents::maximumXMEMLVersion()
+{
+    try {
+        const QString version = finalCutProVersionString();
+        if (version.isNull())
+            return 1; // an absent version reads as 0.0.0
+        QStringList components = version.split(u'.');
+        // The padding stops after one addition for a one-component version, which then
+        // has no patch component to read.
+        for (int additions = 0; components.size() < 3 && additions < 3 - components.size();
+             ++additions)
+            components << QStringLiteral("0");
+        auto component = [&components](qsizetype index) {
+            if (index >= components.size())
+                throw std::out_of_range(QFFormat::format(u"index %li beyond bounds [0 .. %li]",
+                                                         index, components.size() - 1)
+                                            .toStdString());
+            return integerValue(components.at(index));
+        };
+        const int major = component(0);
+        const int minor = component(1);
+        const int patch = component(2);
+        if (major < 5)
+            return 1;
+        if (major == 5)
+            return minor == 1 && patch < 2 ? 2 : 3;
+        return major == 6 ? 4 : 5;
+    } catch (const std::exception &exception) {
+        QFException::logException(exception, "+[QFAppleEvents maximumXMEMLVersion]");
+    }
+    return 0;
+}
+
+std::optional<QFSequenceList> QFAppleEvents::sequencesInProject(const QString &projectPath)
+{
+    const std::optional<QByteArray> data = finalCutProMajorVersion() < 7
+                                               ? getProjectXMLData(projectPath, true)
+                                               : getTOCData(projectPath, true);
+    if (!data || data->isEmpty())
+        return std::nullopt;
+    QString error;
+    std::shared_ptr<XmlDocument> document =
+        XmlDocument::fromBytes(*data, XmlDocument::Parsing::Strict, &error);
+    if (!document) {
+        consoleMessage(QFFormat::format(u"Error: %@", error));
+        return std::nullopt;
+    }
+    QList<XmlNode> sequences =
+        document->node().nodesForXPath(QStringLiteral(".//sequence/name[1]/.."), &error);
+    if (!error.isNull()) {
+        consoleMessage(QFFormat::format(u"Error: %@", error));
+        return std::nullopt;
+    }
+    return QFSequenceList{std::move(document), std::move(sequences)};
+}
+
+QString QFAppleEvents::generateUUID()
+{
+    return QUuid::createUuid().toString(QUuid::WithoutBraces).toUpper();
+}
+
+QByteArray QFAppleEvents::formatData(const QByteArray &data)
+{
+    if (!data.isEmpty() && data.back() == '\0')
+        return data.chopped(1);
+    return data;
+}
+
+QString QFAppleEvents::escapeCharactersInXMLString(const QString &text)
+{
+    if (text.isEmpty())
+        return text;
+    QString escaped;
+    escaped.reserve(text.size() + text.size() / 8);
+    for (const QChar unit : text) {
+        if (unit.unicode() >= 160) {
+            escaped += u"&#";
+            escaped += QString::number(unit.unicode());
+            escaped += u';';
+        } else if (unit.unicode() == 13) {
+            escaped += u"&#13;";
+        } else {
+            escaped += unit;
+        }
+    }
+    return escaped;
+}
