@@ -1,0 +1,500 @@
+// The link to Final Cut Pro 7, driven through a simulated editor.
+
+#include "fcp7link/QFAppleEvents.h"
+
+#include "LoggedTest.h"
+#include "QtPrinters.h"
+#include "SimulatedFinalCutPro.h"
+#include "support/QFPropertyList.h"
+
+#include <QDir>
+#include <QMutex>
+#include <QRegularExpression>
+
+#include <cstring>
+#include <ostream>
+#include <stdexcept>
+
+namespace {
+
+/// The messages the link writes to the system console while it lives.
+class ConsoleCapture
+{
+public:
+    ConsoleCapture() { s_previous = qInstallMessageHandler(&ConsoleCapture::handle); }
+    ~ConsoleCapture() { qInstallMessageHandler(s_previous); }
+    static QStringList messages()
+    {
+        QMutexLocker lock(&s_mutex);
+        return s_messages;
+    }
+    static void clear()
+    {
+        QMutexLocker lock(&s_mutex);
+        s_messages.clear();
+    }
+
+private:
+    static void handle(QtMsgType, const QMessageLogContext &context, const QString &message)
+    {
+        if (QByteArrayView(context.category) == "com.quillfen.fcp7link") {
+            QMutexLocker lock(&s_mutex);
+            s_messages << message;
+        }
+    }
+    static inline QtMessageHandler s_previous = nullptr;
+    static inline QMutex s_mutex;
+    static inline QStringList s_messages;
+};
+
+const QByteArray itemXml = "<?xml version=\"1.0\"?><xmeml version=\"5\"><sequence id=\"S\">"
+                           "<uuid>U-1</uuid><name>Cut</name></sequence></xmeml>";
+
+class LinkTest : public LoggedTest
+{
+protected:
+    void SetUp() override
+    {
+        LoggedTest::SetUp();
+        ConsoleCapture::clear();
+        project = addProject(QStringLiteral("Review Cut.fcp"));
+        editor.openProjects << project;
+    }
+
+    QString addProject(const QString &name)
+    {
+        const QString path = QDir(home.path()).filePath(name);
+        TempHome::write(path, "FCP project");
+        SimulatedFinalCutPro::Project contents;
+        contents.xml = itemXml;
+        contents.tableOfContents = "<xmeml version=\"5\"><bin><children>"
+                                   "<sequence><name>A</name></sequence><sequence/>"
+                                   "<clip><sequence><name>B</name></sequence></clip>"
+                                   "</children></bin></xmeml>";
+        contents.items.insert(QStringLiteral("U-1"), itemXml + QByteArray(1, '\0'));
+        editor.projects.insert(path, contents);
+        return path;
+    }
+
+    const AppleEvent &lastEvent() const { return editor.events.last(); }
+
+    ConsoleCapture console;
+    SimulatedFinalCutPro editor;
+    QString project;
+};
+
+QList<FourCharCode> ids(std::initializer_list<const char *> codes)
+{
+    QList<FourCharCode> list;
+    for (const char *code : codes)
+        list << (FourCharCode(quint8(code[0])) << 24 | FourCharCode(quint8(code[1])) << 16 |
+                 FourCharCode(quint8(code[2])) << 8 | FourCharCode(quint8(code[3])));
+    return list;
+}
+
+QList<FourCharCode> keywords(const AppleEvent &event)
+{
+    QList<FourCharCode> list;
+    for (const auto &[keyword, value] : event.parameters)
+        list << keyword;
+    return list;
+}
+
+TEST_F(LinkTest, AnItemIsFetchedWithItsProjectReferenceAndUuid)
+{
+    const std::optional<QByteArray> data = QFAppleEvents::getItemXMLData(u"U-1"_qs, project);
+    ASSERT_TRUE(data);
+    EXPECT_EQ(*data, itemXml) << "the trailing zero byte is dropped";
+
+    EXPECT_EQ(editor.eventIDs(), ids({"fcLP", "gXML"}));
+    const AppleEvent &event = lastEvent();
+    EXPECT_EQ(event.eventClass, fourCharCode("KeyG"));
+    EXPECT_EQ(event.target.type(), fourCharCode("sign"));
+    FourCharCode signature = 0;
+    std::memcpy(&signature, event.target.data().constData(), sizeof signature);
+    EXPECT_EQ(signature, fourCharCode("KeyG"));
+    EXPECT_EQ(event.returnID, -1);
+    EXPECT_EQ(event.transactionID, 0);
+    EXPECT_EQ(event.sendPriority, 1);
+    EXPECT_EQ(event.timeoutTicks, -1);
+    EXPECT_EQ(keywords(event), ids({"fcpP", "fcIU"}));
+    EXPECT_EQ(event.parameter(fourCharCode("fcpP"))->type(), fourCharCode("fsrf"));
+    EXPECT_EQ(event.parameter(fourCharCode("fcpP"))->size(), 80);
+    EXPECT_EQ(event.parameter(fourCharCode("fcIU"))->type(), fourCharCode("utf8"));
+    EXPECT_EQ(event.parameter(fourCharCode("fcIU"))->data(), "U-1");
+    EXPECT_EQ(QFAppleEvents::getItemXML(u"U-1"_qs, project), QString::fromUtf8(itemXml));
+}
+
+TEST_F(LinkTest, SendingXmlEscapesItAndWaitsTenMinutes)
+{
+    EXPECT_TRUE(QFAppleEvents::sendXMLToFCP(u"<name>Caf\u00e9\r</name>"_qs, project));
+    const AppleEvent &event = lastEvent();
+    EXPECT_EQ(event.eventID, fourCharCode("iXML"));
+    EXPECT_EQ(event.timeoutTicks, 36000);
+    EXPECT_EQ(keywords(event), ids({"fcpP", "xmlD"}));
+    EXPECT_EQ(editor.imported, QList<QByteArray>{"<name>Caf&#233;&#13;</name>"});
+
+    // A path that names no file goes without a project reference, and so does none.
+    EXPECT_TRUE(QFAppleEvents::sendXMLToFCP(u"<x/>"_qs, project + u".gone"_qs));
+    EXPECT_EQ(keywords(lastEvent()), ids({"xmlD"}));
+    EXPECT_TRUE(QFAppleEvents::sendXMLToFCP(u"<x/>"_qs, QString()));
+    EXPECT_EQ(keywords(lastEvent()), ids({"xmlD"}));
+}
+
+TEST_F(LinkTest, SavingAndClosingNameTheProjectTwiceAndCarryTheirFlags)
+{
+    const QString awkward = addProject(u"Caf\u00e9 100% final.fcp"_qs);
+    editor.openProjects << awkward;
+
+    EXPECT_TRUE(QFAppleEvents::saveProject(awkward));
+    EXPECT_EQ(keywords(lastEvent()), ids({"fcpP", "fcpU", "fsOF"}));
+    EXPECT_EQ(lastEvent().parameter(fourCharCode("fsOF"))->data(), QByteArray(1, '\1'));
+    const AEDescriptor url = *lastEvent().parameter(fourCharCode("fcpU"));
+    EXPECT_EQ(url.type(), fourCharCode("furl"));
+    EXPECT_TRUE(url.data().endsWith("/Caf%C3%A9%20100%25%20final.fcp")) << url.data().data();
+    EXPECT_EQ(AEFileReference::toPath(lastEvent().parameter(fourCharCode("fcpP"))->data()),
+              awkward);
+
+    for (const bool saveChanges : {false, true}) {
+        QFAppleEvents::closeProject(awkward, saveChanges);
+        EXPECT_EQ(keywords(lastEvent()), ids({"fcpP", "fcpU", "fcCF"}));
+        const AEDescriptor flag = *lastEvent().parameter(fourCharCode("fcCF"));
+        EXPECT_EQ(flag.type(), fourCharCode("long"));
+        qint32 value = -1;
+        ASSERT_EQ(flag.size(), 4);
+        std::memcpy(&value, flag.data().constData(), 4);
+        EXPECT_EQ(value, saveChanges ? 0 : 1);
+    }
+}
+
+TEST_F(LinkTest, ALaunchAsksForTheProjectTwice)
+{
+    editor.running = false;
+    editor.openProjects.clear();
+    EXPECT_FALSE(QFAppleEvents::getItemXMLData(u"U-1"_qs, project)) << "no launch allowed";
+    EXPECT_TRUE(editor.events.isEmpty());
+    EXPECT_TRUE(ConsoleCapture::messages().isEmpty());
+
+    const std::optional<QByteArray> data = QFAppleEvents::getItemXMLData(u"U-1"_qs, project, true);
+    ASSERT_EQ(editor.openRequests.size(), 2);
+    for (const auto &[path, options] : editor.openRequests) {
+        EXPECT_EQ(path, project);
+        EXPECT_EQ(options, QFWorkspace::Asynchronous);
+    }
+    EXPECT_EQ(data, itemXml);
+}
+
+TEST_F(LinkTest, AProjectThatIsNotOpenIsOnlyOpenedWhenAllowed)
+{
+    editor.openProjects.clear();
+    EXPECT_FALSE(QFAppleEvents::getProjectXMLData(project));
+    EXPECT_EQ(ConsoleCapture::messages(), QStringList{"Error: project is not open."});
+    EXPECT_EQ(editor.eventIDs(), ids({"fcLP"}));
+
+    EXPECT_FALSE(QFAppleEvents::getTOCData(project)) << "the table of contents stops silently";
+    EXPECT_EQ(ConsoleCapture::messages().size(), 1);
+    EXPECT_TRUE(QFAppleEvents::getTOCData(project, true));
+    ASSERT_EQ(editor.openRequests.size(), 1);
+    EXPECT_EQ(editor.openRequests.first().second, QFWorkspace::WithoutActivation);
+}
+
+TEST_F(LinkTest, OnlyAProjectOpenedForTheCallIsClosedAfterIt)
+{
+    EXPECT_TRUE(QFAppleEvents::getProjectXMLData(project, true, true));
+    EXPECT_EQ(editor.eventIDs(), ids({"fcLP", "eXML"})) << "it was open before";
+
+    editor.events.clear();
+    editor.openProjects.clear();
+    EXPECT_TRUE(QFAppleEvents::getProjectXMLData(project, true, true));
+    EXPECT_EQ(editor.eventIDs(), ids({"fcLP", "eXML", "cfcP"}));
+
+    editor.events.clear();
+    editor.openProjects.clear();
+    EXPECT_FALSE(QFAppleEvents::getItemXML(u"U-1"_qs, project, true, true).isNull());
+    EXPECT_EQ(editor.eventIDs(), ids({"fcLP", "gXML"})) << "this form never closes";
+    EXPECT_TRUE(editor.openProjects.contains(project));
+}
+
+TEST_F(LinkTest, OpeningAnItem)
+{
+    QFAppleEvents::openItem(u"U-1"_qs, project, true);
+    EXPECT_EQ(editor.eventIDs(), ids({"fcLP", "fcOI"}));
+    EXPECT_EQ(keywords(lastEvent()), ids({"fcpP", "fcIU"}));
+    EXPECT_EQ(editor.openedItems, QStringList{"U-1"});
+}
+
+TEST_F(LinkTest, OpenProjectsAreListedUntilOneCannotBeRead)
+{
+    editor.openProjects.clear();
+    EXPECT_EQ(QFAppleEvents::listOfOpenFCPProjects(), QStringList{}) << "empty, not nil";
+
+    const QString second = addProject(u"Second.fcp"_qs);
+    editor.openProjects = {project, u"/nowhere/Lost.fcp"_qs, second};
+    EXPECT_EQ(QFAppleEvents::listOfOpenFCPProjects(), QStringList{project});
+
+    editor.running = false;
+    EXPECT_EQ(QFAppleEvents::listOfOpenFCPProjects(), std::nullopt);
+    EXPECT_EQ(ConsoleCapture::messages(), QStringList{"Error: Final Cut Pro is not running."});
+    EXPECT_FALSE(QFAppleEvents::saveProject(project));
+    QFAppleEvents::closeProject(project, true);
+    EXPECT_EQ(ConsoleCapture::messages().size(), 3);
+}
+
+struct ReplyCase
+{
+    const char *name;
+    std::function<std::optional<AESendResult>(const AppleEvent &)> fault;
+    std::optional<QByteArray> expected;
+    QStringList console;
+
+    friend void PrintTo(const ReplyCase &c, std::ostream *os) { *os << c.name; }
+};
+
+AESendResult replyWith(QList<std::pair<FourCharCode, AEDescriptor>> fields)
+{
+    AESendResult result;
+    result.reply = AEDescriptor::record(std::move(fields));
+    return result;
+}
+
+AESendResult failure(AESendStage stage, qint32 status, FourCharCode parameter = 0)
+{
+    AESendResult result;
+    result.stage = stage;
+    result.status = status;
+    result.failedParameter = parameter;
+    return result;
+}
+
+/// Faults of the item fetch only; the project list is answered normally.
+auto onItem(std::function<AESendResult()> make)
+{
+    return [make](const AppleEvent &event) -> std::optional<AESendResult> {
+        if (event.eventID != fourCharCode("gXML"))
+            return std::nullopt;
+        return make();
+    };
+}
+
+class BadReplies : public LinkTest, public testing::WithParamInterface<ReplyCase>
+{
+};
+
+TEST_P(BadReplies, GiveNilWithTheirMessage)
+{
+    editor.fault = GetParam().fault;
+    EXPECT_EQ(QFAppleEvents::getItemXMLData(u"U-1"_qs, project), GetParam().expected);
+    EXPECT_EQ(ConsoleCapture::messages(), GetParam().console);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , BadReplies,
+    testing::Values(
+        ReplyCase{"TwoTrailingZerosKeepOne",
+                  onItem([] {
+                      return replyWith(
+                          {{fourCharCode("xmlD"),
+                            AEDescriptor(AEType::utf8Text, QByteArray("<a/>\0\0", 6))}});
+                  }),
+                  QByteArray("<a/>\0", 5),
+                  {}},
+        ReplyCase{
+            "PlainTextIsReadAsUtf8",
+            onItem([] {
+                return replyWith({{fourCharCode("xmlD"), AEDescriptor(AEType::plainText, "<a/>")}});
+            }),
+            QByteArray("<a/>"),
+            {}},
+        ReplyCase{"NoXml",
+                  onItem([] { return replyWith({}); }),
+                  std::nullopt,
+                  {"Error getting XML information"}},
+        ReplyCase{"XmlOfAnotherType",
+                  onItem([] {
+                      return replyWith({{fourCharCode("xmlD"), AEDescriptor::longInteger(7)}});
+                  }),
+                  std::nullopt,
+                  {"Error getting XML information"}},
+        ReplyCase{
+            "EmptyXml",
+            onItem([] {
+                return replyWith({{fourCharCode("xmlD"), AEDescriptor(AEType::utf8Text, {})}});
+            }),
+            std::nullopt,
+            {"Unable to communicate with Final Cut Pro. Please make sure it is running."}},
+        ReplyCase{"TimeOut",
+                  onItem([] { return failure(AESendStage::Send, AEStatus::errAETimeout); }),
+                  std::nullopt,
+                  {"Error sending AppleEvent"}},
+        ReplyCase{"TargetNotMade",
+                  onItem([] { return failure(AESendStage::CreateTarget, -50); }),
+                  std::nullopt,
+                  {"Error creating app description"}},
+        ReplyCase{"EventNotMade",
+                  onItem([] { return failure(AESendStage::CreateEvent, -50); }),
+                  std::nullopt,
+                  {"Error creating AppleEvent"}},
+        ReplyCase{
+            "UuidNotPut",
+            onItem([] { return failure(AESendStage::PutParameter, -1700, fourCharCode("fcIU")); }),
+            std::nullopt,
+            {"Error adding destination project file to AppleEvent query"}}),
+    [](const testing::TestParamInfo<ReplyCase> &param) { return std::string(param.param.name); });
+
+TEST_F(LinkTest, SendingXmlWordsItsFailuresWithTheStatus)
+{
+    editor.fault = [](const AppleEvent &) {
+        return std::optional(failure(AESendStage::PutParameter, -1703, fourCharCode("xmlD")));
+    };
+    EXPECT_FALSE(QFAppleEvents::sendXMLToFCP(u"<x/>"_qs, project));
+    editor.fault = [](const AppleEvent &) {
+        return std::optional(failure(AESendStage::PutParameter, -43, fourCharCode("fcpP")));
+    };
+    EXPECT_FALSE(QFAppleEvents::sendXMLToFCP(u"<x/>"_qs, project));
+    editor.fault = [](const AppleEvent &) {
+        return std::optional(failure(AESendStage::Send, AEStatus::errAETimeout));
+    };
+    EXPECT_FALSE(QFAppleEvents::sendXMLToFCP(u"<x/>"_qs, project));
+    EXPECT_EQ(ConsoleCapture::messages(), (QStringList{"Error adding XML data to event: -1703",
+                                                       "Error creating project FSRef: -43",
+                                                       "Error sending AppleEvent: -1712"}));
+}
+
+TEST_F(LinkTest, ExceptionsAreLoggedWithTheMethodsFullName)
+{
+    editor.fault = [](const AppleEvent &) -> std::optional<AESendResult> {
+        throw std::runtime_error("the editor went away");
+    };
+    EXPECT_FALSE(QFAppleEvents::getItemXMLData(u"U-1"_qs, project));
+    EXPECT_FALSE(QFAppleEvents::sendXMLToFCP(u"<x/>"_qs, project));
+    EXPECT_TRUE(log().contains(u"+[QFAppleEvents listOfOpenFCPProjects]")) << log().toStdString();
+    EXPECT_TRUE(log().contains(u"+[QFAppleEvents sendXMLToFCP:projectPath:]"));
+    EXPECT_TRUE(log().contains(u"the editor went away"));
+}
+
+TEST_F(LinkTest, SequencesComeFromTheTableOfContentsFromVersionSeven)
+{
+    const std::optional<QFSequenceList> sequences = QFAppleEvents::sequencesInProject(project);
+    ASSERT_TRUE(sequences);
+    EXPECT_EQ(editor.eventIDs().last(), fourCharCode("eTCX"));
+    ASSERT_EQ(sequences->sequences.size(), 2) << "only sequences with a name";
+    EXPECT_EQ(sequences->sequences.at(1).stringValue(), u"B");
+
+    editor.projects[project].tableOfContents = "<xmeml><sequence/></xmeml>";
+    EXPECT_EQ(QFAppleEvents::sequencesInProject(project)->sequences.size(), 0);
+
+    editor.projects[project].tableOfContents = "not XML at all";
+    EXPECT_FALSE(QFAppleEvents::sequencesInProject(project));
+    ASSERT_EQ(ConsoleCapture::messages().size(), 1);
+    EXPECT_TRUE(ConsoleCapture::messages().first().startsWith(u"Error: "))
+        << ConsoleCapture::messages().first().toStdString();
+
+    editor.projects[project].tableOfContents.clear();
+    EXPECT_FALSE(QFAppleEvents::sequencesInProject(project));
+}
+
+struct VersionCase
+{
+    const char *name;
+    std::optional<QString> shortVersion; ///< nothing: no Info.plist key
+    QString versionString;
+    int major;
+    int xmeml;
+
+    friend void PrintTo(const VersionCase &c, std::ostream *os) { *os << c.name; }
+};
+
+class InstalledVersion : public LinkTest, public testing::WithParamInterface<VersionCase>
+{
+};
+
+TEST_P(InstalledVersion, MapsToTheXmemlVersion)
+{
+    const VersionCase &c = GetParam();
+    editor.applicationPath = QDir(home.path()).filePath(u"Final Cut Pro.app"_qs);
+    QVariantMap info{{u"CFBundleIdentifier"_qs, u"com.apple.FinalCutPro"_qs}};
+    if (c.shortVersion)
+        info.insert(u"CFBundleShortVersionString"_qs, *c.shortVersion);
+    QDir().mkpath(editor.applicationPath + u"/Contents"_qs);
+    ASSERT_TRUE(
+        QFPropertyList::writeDictionary(info, editor.applicationPath + u"/Contents/Info.plist"_qs));
+
+    EXPECT_EQ(QFAppleEvents::finalCutProVersionString(), c.versionString);
+    EXPECT_EQ(QFAppleEvents::finalCutProMajorVersion(), c.major);
+    EXPECT_EQ(QFAppleEvents::maximumXMEMLVersion(), c.xmeml);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    , InstalledVersion,
+    testing::Values(VersionCase{"Seven", u"7.0.3"_qs, u"7.0.3"_qs, 7, 5},
+                    VersionCase{"Six", u"6.0.6"_qs, u"6.0.6"_qs, 6, 4},
+                    VersionCase{"FiveOneTwo", u"5.1.2"_qs, u"5.1.2"_qs, 5, 3},
+                    VersionCase{"FiveOnePadded", u"5.1"_qs, u"5.1"_qs, 5, 2},
+                    VersionCase{"FourFive", u"4.5"_qs, u"4.5"_qs, 4, 1},
+                    VersionCase{"TenReadsAsOne", u"10.1"_qs, u"10.1"_qs, 1, 5},
+                    VersionCase{"NoVersionKey", std::nullopt, QString(), 7, 1}),
+    [](const testing::TestParamInfo<VersionCase> &param) { return std::string(param.param.name); });
+
+TEST_F(LinkTest, AOneComponentVersionIsLoggedNotFatal)
+{
+    editor.applicationPath = QDir(home.path()).filePath(u"Final Cut Pro.app"_qs);
+    QDir().mkpath(editor.applicationPath + u"/Contents"_qs);
+    ASSERT_TRUE(
+        QFPropertyList::writeDictionary({{u"CFBundleShortVersionString"_qs, u"7"_qs}},
+                                        editor.applicationPath + u"/Contents/Info.plist"_qs));
+    EXPECT_EQ(QFAppleEvents::maximumXMEMLVersion(), 0);
+    EXPECT_TRUE(log().contains(u"+[QFAppleEvents maximumXMEMLVersion]")) << log().toStdString();
+}
+
+TEST_F(LinkTest, NoInstalledEditorMeansVersionSeven)
+{
+    editor.applicationPath = QDir(home.path()).filePath(u"missing.app"_qs);
+    EXPECT_EQ(QFAppleEvents::finalCutProVersionString(), u"7.0");
+    EXPECT_EQ(QFAppleEvents::maximumXMEMLVersion(), 5);
+}
+
+TEST(QFAppleEvents, EscapingDataAndUuids)
+{
+    EXPECT_EQ(QFAppleEvents::escapeCharactersInXMLString(u"Caf\u00e9\r\n"_qs), u"Caf&#233;&#13;\n");
+    EXPECT_EQ(QFAppleEvents::escapeCharactersInXMLString(QString::fromUcs4(U"\U0001F3AC")),
+              u"&#55356;&#57260;");
+    const QString high = QString(QChar(128)) + QChar(159) + u"<&>"_qs;
+    EXPECT_EQ(QFAppleEvents::escapeCharactersInXMLString(high), high);
+    EXPECT_TRUE(QFAppleEvents::escapeCharactersInXMLString(QString()).isNull());
+
+    EXPECT_EQ(QFAppleEvents::formatData(QByteArray("a\0", 2)), "a");
+    EXPECT_EQ(QFAppleEvents::formatData("a"), "a");
+    EXPECT_EQ(QFAppleEvents::formatData(QByteArray()), QByteArray());
+
+    const QString uuid = QFAppleEvents::generateUUID();
+    EXPECT_TRUE(QRegularExpression(u"^[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}$"_qs)
+                    .match(uuid)
+                    .hasMatch())
+        << uuid.toStdString();
+    EXPECT_NE(uuid, QFAppleEvents::generateUUID());
+}
+
+TEST(QFAppleEvents, WithoutAnEditorNothingIsSent)
+{
+    // The platform transport and workspace: no Final Cut Pro 7 runs here.
+    EXPECT_FALSE(QFAppleEvents::isFCPRunning());
+    EXPECT_EQ(QFAppleEvents::listOfOpenFCPProjects(), std::nullopt);
+    EXPECT_FALSE(QFAppleEvents::sendXMLToFCP(u"<x/>"_qs, QString()));
+}
+
+TEST(AEFileReference, FollowsTheFileNotTheName)
+{
+    TempHome home;
+    const QString path = QDir(home.path()).filePath(u"a b.fcp"_qs);
+    EXPECT_FALSE(AEFileReference::fromPath(path));
+    TempHome::write(path, "x");
+    const std::optional<QByteArray> reference = AEFileReference::fromPath(path);
+    ASSERT_TRUE(reference);
+    EXPECT_EQ(reference->size(), 80);
+    EXPECT_EQ(AEFileReference::toPath(*reference), path);
+    ASSERT_TRUE(QFile::rename(path, path + u".moved"_qs));
+    TempHome::write(path, "another file under the old name");
+    EXPECT_FALSE(AEFileReference::toPath(*reference));
+}
+
+} // namespace
