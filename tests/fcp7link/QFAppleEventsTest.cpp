@@ -435,6 +435,19 @@ INSTANTIATE_TEST_SUITE_P(
                     VersionCase{"NoVersionKey", std::nullopt, QString(), 7, 1}),
     [](const testing::TestParamInfo<VersionCase> &param) { return std::string(param.param.name); });
 
+TEST_F(LinkTest, BeforeVersionSevenSequencesComeFromTheWholeProject)
+{
+    editor.applicationPath = QDir(home.path()).filePath(u"Final Cut Pro.app"_qs);
+    QDir().mkpath(editor.applicationPath + u"/Contents"_qs);
+    ASSERT_TRUE(
+        QFPropertyList::writeDictionary({{u"CFBundleShortVersionString"_qs, u"6.0.6"_qs}},
+                                        editor.applicationPath + u"/Contents/Info.plist"_qs));
+    const std::optional<QFSequenceList> sequences = QFAppleEvents::sequencesInProject(project);
+    ASSERT_TRUE(sequences);
+    EXPECT_EQ(editor.eventIDs().last(), fourCharCode("eXML"));
+    EXPECT_EQ(sequences->sequences.size(), 1);
+}
+
 TEST_F(LinkTest, AOneComponentVersionIsLoggedNotFatal)
 {
     editor.applicationPath = QDir(home.path()).filePath(u"Final Cut Pro.app"_qs);
