@@ -33,12 +33,15 @@ protected:
 
 TEST_F(Workspace, AnApplicationRunsWhenItsEntrysProgramRuns)
 {
-    writeEntry(u"com.example.Sleeper"_qs, "/bin/sleep %f");
+    // A program of its own name, so that no other process can pass for it.
+    const QString program = QDir(home.path()).filePath(u"cuebridge-test-sleeper"_qs);
+    ASSERT_TRUE(QFile::copy(u"/bin/sleep"_qs, program));
+    writeEntry(u"com.example.Sleeper"_qs, QFile::encodeName(program) + " %f");
     EXPECT_FALSE(QFWorkspace::shared().isApplicationRunning(u"com.example.Sleeper"_qs));
     EXPECT_FALSE(QFWorkspace::shared().isApplicationRunning(u"com.example.Missing"_qs));
 
     QProcess sleeper;
-    sleeper.start(u"/bin/sleep"_qs, {u"30"_qs});
+    sleeper.start(program, {u"30"_qs});
     ASSERT_TRUE(sleeper.waitForStarted());
     EXPECT_TRUE(QFWorkspace::shared().isApplicationRunning(u"com.example.Sleeper"_qs));
     sleeper.kill();
