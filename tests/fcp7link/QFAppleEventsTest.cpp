@@ -78,6 +78,18 @@ protected:
 
     const AppleEvent &lastEvent() const { return editor.events.last(); }
 
+    /// An installed editor whose Info.plist holds the version (none: no version key).
+    void install(const std::optional<QString> &shortVersion)
+    {
+        editor.applicationPath = QDir(home.path()).filePath(u"Final Cut Pro.app"_qs);
+        QVariantMap info{{u"CFBundleIdentifier"_qs, u"com.apple.FinalCutPro"_qs}};
+        if (shortVersion)
+            info.insert(u"CFBundleShortVersionString"_qs, *shortVersion);
+        QDir().mkpath(editor.applicationPath + u"/Contents"_qs);
+        ASSERT_TRUE(QFPropertyList::writeDictionary(info, editor.applicationPath +
+                                                              u"/Contents/Info.plist"_qs));
+    }
+
     ConsoleCapture console;
     SimulatedFinalCutPro editor;
     QString project;
@@ -411,13 +423,7 @@ class InstalledVersion : public LinkTest, public testing::WithParamInterface<Ver
 TEST_P(InstalledVersion, MapsToTheXmemlVersion)
 {
     const VersionCase &c = GetParam();
-    editor.applicationPath = QDir(home.path()).filePath(u"Final Cut Pro.app"_qs);
-    QVariantMap info{{u"CFBundleIdentifier"_qs, u"com.apple.FinalCutPro"_qs}};
-    if (c.shortVersion)
-        info.insert(u"CFBundleShortVersionString"_qs, *c.shortVersion);
-    QDir().mkpath(editor.applicationPath + u"/Contents"_qs);
-    ASSERT_TRUE(
-        QFPropertyList::writeDictionary(info, editor.applicationPath + u"/Contents/Info.plist"_qs));
+    install(c.shortVersion);
 
     EXPECT_EQ(QFAppleEvents::finalCutProVersionString(), c.versionString);
     EXPECT_EQ(QFAppleEvents::finalCutProMajorVersion(), c.major);
@@ -437,11 +443,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(LinkTest, BeforeVersionSevenSequencesComeFromTheWholeProject)
 {
-    editor.applicationPath = QDir(home.path()).filePath(u"Final Cut Pro.app"_qs);
-    QDir().mkpath(editor.applicationPath + u"/Contents"_qs);
-    ASSERT_TRUE(
-        QFPropertyList::writeDictionary({{u"CFBundleShortVersionString"_qs, u"6.0.6"_qs}},
-                                        editor.applicationPath + u"/Contents/Info.plist"_qs));
+    install(u"6.0.6"_qs);
     const std::optional<QFSequenceList> sequences = QFAppleEvents::sequencesInProject(project);
     ASSERT_TRUE(sequences);
     EXPECT_EQ(editor.eventIDs().last(), fourCharCode("eXML"));
@@ -450,11 +452,7 @@ TEST_F(LinkTest, BeforeVersionSevenSequencesComeFromTheWholeProject)
 
 TEST_F(LinkTest, AOneComponentVersionIsLoggedNotFatal)
 {
-    editor.applicationPath = QDir(home.path()).filePath(u"Final Cut Pro.app"_qs);
-    QDir().mkpath(editor.applicationPath + u"/Contents"_qs);
-    ASSERT_TRUE(
-        QFPropertyList::writeDictionary({{u"CFBundleShortVersionString"_qs, u"7"_qs}},
-                                        editor.applicationPath + u"/Contents/Info.plist"_qs));
+    install(u"7"_qs);
     EXPECT_EQ(QFAppleEvents::maximumXMEMLVersion(), 0);
     EXPECT_TRUE(log().contains(u"+[QFAppleEvents maximumXMEMLVersion]")) << log().toStdString();
 }
