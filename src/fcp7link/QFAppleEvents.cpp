@@ -48,6 +48,28 @@ const Wording import{{{projectKeyword, QStringLiteral("Error creating project FS
                       {xmlKeyword, QStringLiteral("Error adding XML data to event: %ld")}},
                      true};
 
+/// The operation's words for the step of the exchange that failed.
+QString failureMessage(const AESendResult &result, const Wording &wording)
+{
+    auto worded = [&wording](const char *plain, const char *withStatus) {
+        return QString::fromLatin1(wording.withStatus ? withStatus : plain);
+    };
+    switch (result.stage) {
+    case AESendStage::CreateTarget:
+        return worded("Error creating app description", "Error creating AEDescription: %ld");
+    case AESendStage::PutParameter:
+        if (wording.parameters.contains(result.failedParameter))
+            return wording.parameters.value(result.failedParameter);
+        [[fallthrough]];
+    case AESendStage::CreateEvent:
+        return worded("Error creating AppleEvent", "Error creating AppleEvent: %ld");
+    case AESendStage::Send:
+    case AESendStage::Sent:
+        break;
+    }
+    return worded("Error sending AppleEvent", "Error sending AppleEvent: %ld");
+}
+
 void report(const QString &message, qint32 status)
 {
     consoleMessage(QFFormat::format(message, status));
@@ -73,30 +95,9 @@ std::optional<AEDescriptor> sendEvent(FourCharCode eventID, const QString &proje
     event.parameters.append(parameters);
 
     const AESendResult result = AETransport::current().send(event);
-    switch (result.stage) {
-    case AESendStage::Sent:
+    if (result.stage == AESendStage::Sent)
         return result.reply;
-    case AESendStage::CreateTarget:
-        report(wording.withStatus ? QStringLiteral("Error creating AEDescription: %ld")
-                                  : QStringLiteral("Error creating app description"),
-               result.status);
-        break;
-    case AESendStage::CreateEvent:
-        report(wording.withStatus ? QStringLiteral("Error creating AppleEvent: %ld")
-                                  : QStringLiteral("Error creating AppleEvent"),
-               result.status);
-        break;
-    case AESendStage::PutParameter:
-        report(wording.parameters.value(result.failedParameter,
-                                        QStringLiteral("Error creating AppleEvent")),
-               result.status);
-        break;
-    case AESendStage::Send:
-        report(wording.withStatus ? QStringLiteral("Error sending AppleEvent: %ld")
-                                  : QStringLiteral("Error sending AppleEvent"),
-               result.status);
-        break;
-    }
+    report(failureMessage(result, wording), result.status);
     return std::nullopt;
 }
 
