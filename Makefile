@@ -19,8 +19,11 @@ configure: deps
 build: configure
 	@cmake --build --preset $(PRESET) -j $(JOBS)
 
+# Imports the example marker list into a copy of the example project, so that the
+# example itself stays as it is.
 run: build
-	@$(BUILD)/src/cli/cuebridge-markers examples/review-notes.txt
+	@out=$$(mktemp -d) && cp examples/review-cut.xml "$$out/" && \
+	  $(BUILD)/src/cli/cuebridge-import examples/review-notes.txt "$$out/review-cut.xml"
 
 test: build
 	@cd $(BUILD) && ctest --output-on-failure -j $(JOBS)

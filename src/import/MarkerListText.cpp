@@ -1,5 +1,9 @@
 #include "MarkerListText.h"
 
+#include "support/QFFileContents.h"
+
+#include <QFileInfo>
+
 namespace MarkerListText {
 
 std::optional<QStringConverter::Encoding> detectEncoding(const QByteArray &bytes)
@@ -18,6 +22,47 @@ QString decode(const QByteArray &bytes, QStringConverter::Encoding encoding)
 {
     QStringDecoder decoder(encoding, QStringConverter::Flag::Stateless);
     return decoder.decode(bytes);
+}
+
+std::optional<QStringConverter::Encoding> detectFileEncoding(const QString &path, QFError *error)
+{
+    const auto bytes = QFFileContents::read(path, error);
+    return bytes ? detectEncoding(*bytes) : std::nullopt;
+}
+
+QString readFile(const QString &path, QStringConverter::Encoding encoding, QFError *error)
+{
+    const auto bytes = QFFileContents::read(path, error);
+    if (!bytes)
+        return QString();
+    QStringDecoder decoder(encoding, QStringConverter::Flag::Stateless);
+    QString text = decoder.decode(*bytes);
+    const bool oddUtf16 = (encoding == QStringConverter::Utf16LE ||
+                           encoding == QStringConverter::Utf16BE || encoding == QStringConverter::Utf16) &&
+                          bytes->size() % 2 != 0;
+    if (decoder.hasError() || oddUtf16) {
+        if (error) {
+            *error = QFError::make(
+                QStringLiteral("QFFileContents"), 261, QStringLiteral("NSLocalizedDescription"),
+                QStringLiteral("The file “%1” couldn’t be read in the %2 text encoding.")
+                    .arg(QFileInfo(path).fileName(),
+                         QLatin1StringView(QStringConverter::nameForEncoding(encoding))));
+        }
+        return QString();
+    }
+    if (text.isNull())
+        text = QStringLiteral(""); // an empty file is an empty text, not a failed read
+    return text;
+}
+
+QStringList splitLines(const QString &text)
+{
+    if (text.isNull())
+        return {};
+    QStringList lines = text.split(u'\n');
+    if (lines.size() < 2)
+        lines = text.split(u'\r');
+    return lines;
 }
 
 } // namespace MarkerListText

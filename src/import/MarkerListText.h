@@ -1,8 +1,11 @@
 #pragma once
 
+#include "support/QFError.h"
+
 #include <QByteArray>
 #include <QString>
 #include <QStringConverter>
+#include <QStringList>
 
 #include <optional>
 
@@ -16,5 +19,19 @@ std::optional<QStringConverter::Encoding> detectEncoding(const QByteArray &bytes
 /// The bytes decoded with the encoding; a byte order mark at the start is dropped and
 /// invalid sequences become U+FFFD.
 QString decode(const QByteArray &bytes, QStringConverter::Encoding encoding);
+
+/// The encoding of a marker list file when it is certain. Nothing when unsure; error
+/// is set only when the file cannot be read.
+std::optional<QStringConverter::Encoding> detectFileEncoding(const QString &path,
+                                                             QFError *error = nullptr);
+
+/// The file's text in the encoding, or a null string with error set when the file
+/// cannot be read or its bytes are not valid in that encoding.
+QString readFile(const QString &path, QStringConverter::Encoding encoding,
+                 QFError *error = nullptr);
+
+/// The text's lines: split at line feeds, or at carriage returns when that gives
+/// fewer than two pieces. Empty for a null text.
+QStringList splitLines(const QString &text);
 
 } // namespace MarkerListText

@@ -11,6 +11,12 @@ QString QFError::description() const
         .arg(pairs.join(QStringLiteral(", ")));
 }
 
+QString QFError::localizedDescription() const
+{
+    const QString sentence = userInfo.value(QStringLiteral("NSLocalizedDescription")).toString();
+    return sentence.isEmpty() ? description() : sentence;
+}
+
 QFError QFError::make(const QString &domain, qint64 code, const QString &key, const QString &value)
 {
     return QFError{domain, code, QVariantMap{{key, value}}};

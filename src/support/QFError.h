@@ -13,6 +13,8 @@ struct QFError
 
     /// Readable one-line form: "Error Domain=<domain> Code=<code> UserInfo={key=value, ...}".
     QString description() const;
+    /// The sentence under "NSLocalizedDescription" when there is one, else description().
+    QString localizedDescription() const;
 
     /// Convenience for the common case of one string under one user-info key.
     static QFError make(const QString &domain, qint64 code, const QString &key,

@@ -169,6 +169,16 @@ XmlNode XmlNode::attributeForName(const QString &name) const
     return XmlNode(reinterpret_cast<xmlNodePtr>(xmlHasProp(m_node, xmlText(utf8))));
 }
 
+QList<XmlNode> XmlNode::attributes() const
+{
+    if (kind() != Kind::Element)
+        return {};
+    QList<XmlNode> list;
+    for (xmlAttrPtr attribute = m_node->properties; attribute; attribute = attribute->next)
+        list.append(XmlNode(reinterpret_cast<xmlNodePtr>(attribute)));
+    return list;
+}
+
 QList<XmlNode> XmlNode::nodesForXPath(const QString &query, QString *error) const
 {
     if (!m_node || !m_node->doc)

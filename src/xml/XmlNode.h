@@ -55,6 +55,8 @@ public:
 
     /// The attribute node of an element, or nil.
     XmlNode attributeForName(const QString &name) const;
+    /// An element's attribute nodes in document order (detach one to remove it).
+    QList<XmlNode> attributes() const;
 
     /// Evaluates an XPath with this node as context: the matches in document order,
     /// without duplicates. On failure the list is empty and error, when given, receives

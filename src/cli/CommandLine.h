@@ -1,0 +1,31 @@
+#pragma once
+
+#include <QString>
+#include <QStringList>
+
+#include <optional>
+
+/// The options of cuebridge-import, read from its arguments.
+struct CommandLine
+{
+    QString markerList;
+    QString target;
+    bool list = false;
+    std::optional<QString> sequence;
+    qint64 offset = 0;
+    int unitIndex = 0;
+    bool clear = false;
+    bool todo = false;
+    std::optional<QString> output;
+    bool open = false;
+    bool quiet = false;
+
+    /// Help was asked for; the text is in message.
+    bool help = false;
+    /// A usage error when not empty.
+    QString error;
+    QString message;
+
+    static CommandLine parse(const QStringList &arguments);
+    static QString helpText();
+};

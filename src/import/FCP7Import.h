@@ -1,0 +1,36 @@
+#pragma once
+
+#include "import/ImportHost.h"
+#include "import/ImportSettings.h"
+#include "xml/XmlNode.h"
+
+#include <QString>
+
+/// Importing a marker list into a Final Cut Pro 7 sequence: from an XMEML file, which
+/// is rewritten, or from a project open in the editor, which gets the changed
+/// sequence back in a new "Imported Markers" bin.
+class FCP7Import
+{
+public:
+    FCP7Import() = delete;
+
+    /// One whole import, on a worker thread. Every end stops the host's spinner; the
+    /// outcome is reported through the host's alerts (two ends are silent: no uuid
+    /// chosen, fewer than one marker in the list).
+    static void startProcessingWithSettings(ImportHost &host, const ImportSettings &settings);
+
+    /// Gives the sequence the name "<old id>-Cuebridge": the id attribute becomes it
+    /// and is then the element's only attribute, and the first name child takes it
+    /// too. Nil (nothing changed) when the element has no id.
+    static XmlNode renameSequence(const XmlNode &sequence);
+
+    /// The first node the query finds under the node (query errors ignored), or nil.
+    static XmlNode nodeForXPath(const QString &query, const XmlNode &parentNode);
+    /// The text of that node; null when there is none.
+    static QString valueForXPath(const QString &query, const XmlNode &parentNode);
+
+    /// The marker element's text for one record's values; name and comment already
+    /// escaped.
+    static QString markerElementText(const QString &name, const QString &comment,
+                                     const QString &colorName, qint64 in, qint64 out);
+};

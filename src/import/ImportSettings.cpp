@@ -1,0 +1,58 @@
+#include "ImportSettings.h"
+
+namespace {
+const QString filenameKey = QStringLiteral("filename");
+const QString clearKey = QStringLiteral("clearExistingMarkers");
+const QString offsetKey = QStringLiteral("frameOffset");
+const QString unitKey = QStringLiteral("frameOffsetUnitIndex");
+const QString xpathKey = QStringLiteral("sequenceXPath");
+const QString todoKey = QStringLiteral("todoMarkersEnabled");
+const QString uuidKey = QStringLiteral("uuid");
+} // namespace
+
+QVariantMap ImportSettings::toVariantMap() const
+{
+    QVariantMap map{{filenameKey, filename},
+                    {clearKey, clearExistingMarkers},
+                    {offsetKey, frameOffset},
+                    {unitKey, frameOffsetUnitIndex}};
+    if (sequenceXPath)
+        map.insert(xpathKey, *sequenceXPath);
+    if (todoMarkersEnabled)
+        map.insert(todoKey, *todoMarkersEnabled);
+    if (uuid)
+        map.insert(uuidKey, *uuid);
+    return map;
+}
+
+ImportSettings ImportSettings::fromVariantMap(const QVariantMap &map)
+{
+    ImportSettings settings;
+    settings.filename = map.value(filenameKey).toString();
+    settings.clearExistingMarkers = map.value(clearKey).toBool();
+    settings.frameOffset = map.value(offsetKey).toLongLong();
+    settings.frameOffsetUnitIndex = map.value(unitKey).toInt();
+    if (map.contains(xpathKey))
+        settings.sequenceXPath = map.value(xpathKey).toString();
+    if (map.contains(todoKey))
+        settings.todoMarkersEnabled = map.value(todoKey).toBool();
+    if (map.contains(uuidKey))
+        settings.uuid = map.value(uuidKey).toString();
+    return settings;
+}
+
+qint64 ImportSettings::offsetInFrames(qint64 timebase) const
+{
+    // Unsigned, so that an absurd offset wraps instead of overflowing.
+    const auto times = [this](quint64 factor) { return qint64(quint64(frameOffset) * factor); };
+    switch (frameOffsetUnitIndex) {
+    case 1:
+        return times(quint64(timebase));
+    case 2:
+        return times(quint64(timebase) * 60);
+    case 3:
+        return times(quint64(timebase) * 3600);
+    default:
+        return frameOffset;
+    }
+}

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <QString>
+#include <QVariantMap>
+
+#include <optional>
+
+/// The options of one import, as the document window collects them. The keys of the
+/// dictionary form are the ones the import procedures have always read.
+struct ImportSettings
+{
+    /// The target: a Final Cut Pro 7 project, an XMEML ".xml", an ".fcpxml" or an
+    /// ".fcpxmld"; not the marker list.
+    QString filename;
+    bool clearExistingMarkers = false;
+    qint64 frameOffset = 0;
+    /// 0 frames, 1 seconds, 2 minutes, 3 hours; any other value counts as frames.
+    int frameOffsetUnitIndex = 0;
+    /// Final Cut Pro X: the XPath of the chosen `sequence` or `clip` element.
+    std::optional<QString> sequenceXPath;
+    /// Final Cut Pro X only.
+    std::optional<bool> todoMarkersEnabled;
+    /// Final Cut Pro 7: the chosen sequence's uuid.
+    std::optional<QString> uuid;
+
+    /// Where an XMEML result is written when not in place (the command line's
+    /// --output). Not part of the dictionary: the window always writes in place.
+    std::optional<QString> outputPath;
+
+    QVariantMap toVariantMap() const;
+    static ImportSettings fromVariantMap(const QVariantMap &map);
+
+    /// The offset in frames: × timebase for seconds, × 60 more for minutes, × 3600
+    /// for hours. A timebase of 0 makes any such offset 0.
+    qint64 offsetInFrames(qint64 timebase) const;
+};
