@@ -69,9 +69,10 @@ CommandLine CommandLine::parse(const QStringList &arguments)
     }
     const QStringList positional = parser.positionalArguments();
     if (positional.size() != 2) {
-        line.error = positional.size() < 2
-                         ? QStringLiteral("a marker list and a target are needed")
-                         : QStringLiteral("too many arguments: %1").arg(positional.mid(2).join(u' '));
+        line.error =
+            positional.size() < 2
+                ? QStringLiteral("a marker list and a target are needed")
+                : QStringLiteral("too many arguments: %1").arg(positional.mid(2).join(u' '));
         return line;
     }
     line.markerList = positional[0];

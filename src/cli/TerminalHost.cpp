@@ -97,8 +97,10 @@ QList<TerminalHost::Alert> TerminalHost::alerts() const
 QString TerminalHost::alertLine(const Alert &alert)
 {
     static const QRegularExpression lineBreaks(QStringLiteral("[\r\n]+"));
-    const QString informative = alert.informativeText.trimmed().replace(lineBreaks, QStringLiteral(" "));
-    return informative.isEmpty() ? alert.messageText : alert.messageText + QStringLiteral(": ") + informative;
+    const QString informative =
+        alert.informativeText.trimmed().replace(lineBreaks, QStringLiteral(" "));
+    return informative.isEmpty() ? alert.messageText
+                                 : alert.messageText + QStringLiteral(": ") + informative;
 }
 
 int TerminalHost::exitStatus(const QList<Alert> &alerts)

@@ -47,7 +47,8 @@ QString checkPaths(const CommandLine &line)
             .arg(line.target);
     if (!target.isReadable())
         return QStringLiteral("%1 cannot be read (permission denied)").arg(line.target);
-    const bool fileTarget = extension == u"xml" || extension == u"fcpxml" || extension == u"fcpxmld";
+    const bool fileTarget =
+        extension == u"xml" || extension == u"fcpxml" || extension == u"fcpxmld";
     if (line.output && !fileTarget)
         return QStringLiteral("--output needs an XML file as the target; a Final Cut Pro 7 "
                               "project gets its result inside the editor");
@@ -63,20 +64,24 @@ QString checkPaths(const CommandLine &line)
     return QString();
 }
 
-/// The item to import into: the one named by --sequence (its represented object, or
-/// failing that its title), else the first one listed.
-std::optional<SequenceItem> chooseItem(const QList<SequenceItem> &items,
-                                       const std::optional<QString> &wanted)
+/// The uuid to import into: the item named by --sequence (its represented object,
+/// or failing that its title), else the first item listed. When discovery listed
+/// nothing, the procedure gets what was asked for (or nothing) and says itself why it
+/// finds no sequence. Nothing when --sequence names no listed item.
+std::optional<QString> chooseUuid(const QList<SequenceItem> &items,
+                                  const std::optional<QString> &wanted)
 {
+    if (items.isEmpty())
+        return wanted.value_or(QStringLiteral(""));
     if (!wanted)
-        return items.isEmpty() ? std::nullopt : std::optional(items.first());
+        return items.first().representedObject;
     for (const SequenceItem &item : items) {
         if (item.representedObject == *wanted)
-            return item;
+            return item.representedObject;
     }
     for (const SequenceItem &item : items) {
         if (item.title == *wanted)
-            return item;
+            return item.representedObject;
     }
     return std::nullopt;
 }
@@ -114,33 +119,31 @@ int run(const CommandLine &line)
         host.progress(QStringLiteral("--todo and --open apply to Final Cut Pro X targets only; "
                                      "ignored"));
 
-    const std::optional<SequenceItem> item = chooseItem(items, line.sequence);
-    if (!item) {
-        if (line.sequence) {
-            printError(QStringLiteral("%1 holds no item \"%2\"; --list shows what it holds")
-                           .arg(line.target, *line.sequence));
-            return usageStatus;
-        }
-        printError(QStringLiteral("found no sequence with a name and a uuid in %1; nothing was "
-                                  "imported")
-                       .arg(line.target));
-        return failureStatus;
+    const std::optional<QString> uuid = chooseUuid(items, line.sequence);
+    if (!uuid) {
+        printError(QStringLiteral("%1 holds no item \"%2\"; --list shows what it holds")
+                       .arg(line.target, *line.sequence));
+        return usageStatus;
     }
-    host.progress(QStringLiteral("Sequence: %1").arg(item->title));
 
     ImportSettings settings;
     settings.filename = line.target;
     settings.clearExistingMarkers = line.clear;
     settings.frameOffset = line.offset;
     settings.frameOffsetUnitIndex = line.unitIndex;
-    settings.uuid = item->representedObject;
+    settings.uuid = *uuid;
     settings.outputPath = line.output;
     FCP7Import::startProcessingWithSettings(host, settings);
 
     const int status = TerminalHost::exitStatus(host.alerts());
+    if (status == 3)
+        host.progress(QStringLiteral("Nothing was imported: %1 holds no complete marker line (or "
+                                     "no sequence was chosen).")
+                          .arg(line.markerList));
     if (status == 0 && kind.isXMLFile && !line.quiet)
-        std::printf("Result: %s\n",
-                    QFileInfo(line.output.value_or(line.target)).absoluteFilePath().toUtf8().constData());
+        std::printf(
+            "Result: %s\n",
+            QFileInfo(line.output.value_or(line.target)).absoluteFilePath().toUtf8().constData());
     return status;
 }
 

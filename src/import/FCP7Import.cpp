@@ -6,8 +6,8 @@
 #include "import/QFFCP7MarkerListParser.h"
 #include "import/UserTextEscaping.h"
 #include "support/QFFileContents.h"
-#include "time/QFTimecode.h"
 #include "time/QFNumberReader.h"
+#include "time/QFTimecode.h"
 #include "xml/QFXMLParser.h"
 #include "xml/XmlDocument.h"
 
@@ -32,10 +32,10 @@ struct MarkerColor
 // Kept exactly as the editors have always received it: Green and Pink carry no
 // pproColor, and White is drawn red with a white pproColor.
 constexpr MarkerColor markerColors[] = {
-    {u"Orange", 255, 127, 0, 0xFF246FE9u},   {u"Yellow", 255, 255, 0, 0xFF2BA1D0u},
-    {u"Green", 48, 191, 72, std::nullopt},    {u"Turquoise", 48, 191, 191, 0xFFD6F419u},
-    {u"Blue", 0, 128, 255, 0xFFFC8D42u},      {u"Purple", 127, 0, 255, 0xFFB18BAFu},
-    {u"Pink", 255, 0, 127, std::nullopt},     {u"White", 255, 0, 0, 0xFFFFFFFFu},
+    {u"Orange", 255, 127, 0, 0xFF246FE9u}, {u"Yellow", 255, 255, 0, 0xFF2BA1D0u},
+    {u"Green", 48, 191, 72, std::nullopt}, {u"Turquoise", 48, 191, 191, 0xFFD6F419u},
+    {u"Blue", 0, 128, 255, 0xFFFC8D42u},   {u"Purple", 127, 0, 255, 0xFFB18BAFu},
+    {u"Pink", 255, 0, 127, std::nullopt},  {u"White", 255, 0, 0, 0xFFFFFFFFu},
     {u"Red", 255, 0, 0, 0xFF362CD2u},
 };
 constexpr MarkerColor otherColor{u"", 255, 0, 0, std::nullopt};
@@ -179,9 +179,9 @@ void FCP7Import::startProcessingWithSettings(ImportHost &host, const ImportSetti
         return stop();
     QFLog::appendLog(u"Project filename: %@", filename);
 
-    const std::optional<QByteArray> data = kind.isXMLFile
-                                               ? QFFileContents::read(filename)
-                                               : QFAppleEvents::getItemXMLData(uuid, filename, true);
+    const std::optional<QByteArray> data =
+        kind.isXMLFile ? QFFileContents::read(filename)
+                       : QFAppleEvents::getItemXMLData(uuid, filename, true);
     if (!data) {
         host.showAlert(QFFormat::format(u"Unable to get data for UUID %@", uuid),
                        QStringLiteral("Cuebridge has been aborted."), window);
@@ -215,7 +215,8 @@ void FCP7Import::startProcessingWithSettings(ImportHost &host, const ImportSetti
     if (XmlNode uuidNode = QFXMLParser::nodeForQuery(QStringLiteral("./uuid[1]"), sequence)) {
         uuidNode.setStringValue(newUUID);
     } else {
-        XmlNode added = sequence.addChild(XmlDocument::fromElementString(QStringLiteral("<uuid/>"))->rootElement());
+        XmlNode added = sequence.addChild(
+            XmlDocument::fromElementString(QStringLiteral("<uuid/>"))->rootElement());
         added.setStringValue(newUUID);
     }
     if (!renameSequence(sequence))
@@ -260,9 +261,9 @@ void FCP7Import::startProcessingWithSettings(ImportHost &host, const ImportSetti
 
         // Unsigned as the timecode arithmetic is: a marker before the sequence start
         // wraps and reads negative below.
-        const quint64 startFrames =
-            QFTimecode::frameCountFromTimecode(start, timecode.timebase, timecode.ntsc,
-                                               timecode.dropFrame, quint64(qint64(timecode.startFrame)));
+        const quint64 startFrames = QFTimecode::frameCountFromTimecode(
+            start, timecode.timebase, timecode.ntsc, timecode.dropFrame,
+            quint64(qint64(timecode.startFrame)));
         const quint64 durationFrames = QFTimecode::frameCountFromTimecode(
             duration, timecode.timebase, timecode.ntsc, timecode.dropFrame, 0);
         const qint64 in = std::max<qint64>(qint64(startFrames + quint64(offset)), 0);
@@ -284,8 +285,8 @@ void FCP7Import::startProcessingWithSettings(ImportHost &host, const ImportSetti
         QFLog::appendLog(u"Marker out pos: %li", out);
 
         QString error;
-        const auto marker =
-            XmlDocument::fromElementString(markerElementText(name, comment, colorName, in, out), &error);
+        const auto marker = XmlDocument::fromElementString(
+            markerElementText(name, comment, colorName, in, out), &error);
         if (!marker) {
             host.showAlert(QStringLiteral("Unable to create marker"), error, freeStanding);
             return stop();
@@ -313,7 +314,8 @@ void FCP7Import::startProcessingWithSettings(ImportHost &host, const ImportSetti
     } else {
         output = QFFormat::format(u"<?xml version=\"1.0\" encoding=\"UTF-8\"?><!DOCTYPE xmeml>"
                                   u"<xmeml version=\"%@\">%@</xmeml>",
-                                  version, bin(QFAppleEvents::generateUUID(), sequence.toPrettyString()));
+                                  version,
+                                  bin(QFAppleEvents::generateUUID(), sequence.toPrettyString()));
     }
     output = QFAppleEvents::escapeCharactersInXMLString(output);
 

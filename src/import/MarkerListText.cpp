@@ -37,9 +37,10 @@ QString readFile(const QString &path, QStringConverter::Encoding encoding, QFErr
         return QString();
     QStringDecoder decoder(encoding, QStringConverter::Flag::Stateless);
     QString text = decoder.decode(*bytes);
-    const bool oddUtf16 = (encoding == QStringConverter::Utf16LE ||
-                           encoding == QStringConverter::Utf16BE || encoding == QStringConverter::Utf16) &&
-                          bytes->size() % 2 != 0;
+    const bool oddUtf16 =
+        (encoding == QStringConverter::Utf16LE || encoding == QStringConverter::Utf16BE ||
+         encoding == QStringConverter::Utf16) &&
+        bytes->size() % 2 != 0;
     if (decoder.hasError() || oddUtf16) {
         if (error) {
             *error = QFError::make(

@@ -130,17 +130,15 @@ void TargetDiscovery::discoverFCPX(ImportHost &host, const QString &path)
     const QString documentPath = fcpxmlDocumentPath(host, path);
     if (documentPath.isNull())
         return;
-    const auto document =
-        XmlDocument::fromBytes(QFFileContents::read(documentPath).value_or(QByteArray()),
-                               XmlDocument::Parsing::Repairing);
+    const auto document = XmlDocument::fromBytes(
+        QFFileContents::read(documentPath).value_or(QByteArray()), XmlDocument::Parsing::Repairing);
     if (!document)
         return; // left as the editor's own tools leave it: spinner running, menu disabled
     const XmlNode root = document->rootElement();
 
     QString error;
     const QList<XmlNode> sequences = root.nodesForXPath(
-        QStringLiteral(
-            "(./project[1]/sequence[1] | ./library[1]/event[1]/project/sequence[1])"),
+        QStringLiteral("(./project[1]/sequence[1] | ./library[1]/event[1]/project/sequence[1])"),
         &error);
     if (!error.isNull()) {
         QFLog::appendLogAndPrint(u"Error getting project data: %@", error);
@@ -153,8 +151,8 @@ void TargetDiscovery::discoverFCPX(ImportHost &host, const QString &path)
     if (!sequences.isEmpty())
         host.enableUI(true);
 
-    const QList<XmlNode> clips = root.nodesForXPath(
-        QStringLiteral("(./project/clip | ./library[1]/event[1]/project/clip)"));
+    const QList<XmlNode> clips =
+        root.nodesForXPath(QStringLiteral("(./project/clip | ./library[1]/event[1]/project/clip)"));
     for (const XmlNode &clip : clips) {
         if (const XmlNode name = firstNode(QStringLiteral("./@name[1]"), clip))
             host.addItemToSequencePopUp(

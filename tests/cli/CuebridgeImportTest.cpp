@@ -1,0 +1,362 @@
+// cuebridge-import run as a user runs it, on copies of the files in tests/data.
+
+#include "xml/XmlDocument.h"
+
+#include "QtPrinters.h"
+#include "TempHome.h"
+
+#include <QDir>
+#include <QProcess>
+#include <QStringEncoder>
+
+#include <ostream>
+
+namespace {
+
+const QString data = QStringLiteral(CUEBRIDGE_TEST_DATA);
+
+struct Outcome
+{
+    int status = -1;
+    QString out;
+    QString err;
+};
+
+using Record = std::array<const char *, 5>; // name, comment, start, duration, colour
+using InOut = std::pair<int, int>;
+
+QByteArray markerList(std::initializer_list<Record> records, const char *newline = "\n")
+{
+    QByteArray text = "#\tTrack\tName\tComment\tStart\tDuration\tColor";
+    int index = 1;
+    for (const Record &r : records)
+        text += newline + QByteArray::number(index++) + "\tV1\t" + r[0] + '\t' + r[1] + '\t' + r[2] +
+                '\t' + r[3] + '\t' + r[4];
+    return text + newline;
+}
+
+class Cli : public testing::Test
+{
+protected:
+    QString path(const QString &name) const { return QDir(home.path()).filePath(name); }
+    QString copy(const QString &dataFile)
+    {
+        TempHome::write(path(dataFile), TempHome::read(data + u'/' + dataFile));
+        return path(dataFile);
+    }
+    QString markers(const QByteArray &bytes)
+    {
+        TempHome::write(path(u"markers.txt"_qs), bytes);
+        return path(u"markers.txt"_qs);
+    }
+
+    static Outcome run(const QStringList &arguments)
+    {
+        QProcess process;
+        process.start(QStringLiteral(CUEBRIDGE_IMPORT), arguments);
+        EXPECT_TRUE(process.waitForFinished(60000)) << arguments.join(u' ').toStdString();
+        return {process.exitCode(), QString::fromUtf8(process.readAllStandardOutput()),
+                QString::fromUtf8(process.readAllStandardError())};
+    }
+
+    /// The markers the import added to the sequence (the copy in the bin for a project).
+    static QList<XmlNode> added(const XmlDocument &doc)
+    {
+        const XmlNode root = doc.rootElement();
+        QList<XmlNode> markers = root.nodesForXPath(u"sequence/marker"_qs);
+        if (markers.isEmpty())
+            markers = root.nodesForXPath(
+                u"project/children/bin[name='Imported Markers']/children/sequence/marker"_qs);
+        markers.removeIf([](const XmlNode &m) {
+            const QString name = m.nodesForXPath(u"name"_qs).value(0).stringValue();
+            return name == u"Sequence marker";
+        });
+        return markers;
+    }
+
+    static QList<InOut> inOut(const QString &file)
+    {
+        const auto doc = XmlDocument::fromFile(file);
+        if (!doc)
+            return {};
+        QList<InOut> list;
+        for (const XmlNode &m : added(*doc))
+            list.append({m.nodesForXPath(u"in"_qs).value(0).stringValue().toInt(),
+                         m.nodesForXPath(u"out"_qs).value(0).stringValue().toInt()});
+        return list;
+    }
+
+    TempHome home;
+};
+
+struct Placement
+{
+    const char *name;
+    QString target;
+    QByteArray markers;
+    QStringList options;
+    QList<InOut> expected;
+    friend void PrintTo(const Placement &c, std::ostream *os) { *os << c.name; }
+};
+
+class Placements : public Cli, public testing::WithParamInterface<Placement>
+{};
+
+TEST_P(Placements, LandOnTheirFrames)
+{
+    const Placement &c = GetParam();
+    const QString target = copy(c.target);
+    const Outcome result = run(c.options + QStringList{markers(c.markers), target});
+    EXPECT_EQ(result.status, 0) << result.err.toStdString();
+    EXPECT_TRUE(result.out.startsWith(u"Markers successfully imported: ")) << result.out.toStdString();
+    EXPECT_EQ(inOut(target), c.expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Import, Placements,
+    testing::Values(
+        Placement{"InAndOutFromTheSequenceStart", u"project.xml"_qs,
+                  markerList({{"A", "c", "01:00:10:00", "00:00:05:00", "Red"}}), {}, {{250, 375}}},
+        Placement{"ZeroDurationHasNoOut", u"project.xml"_qs,
+                  markerList({{"A", "c", "01:00:10:00", "00:00:00:00", "Red"}}), {}, {{250, -1}}},
+        Placement{"BeforeTheStartBeginsAtZero", u"project.xml"_qs,
+                  markerList({{"A", "c", "00:59:59:00", "00:00:05:00", "Red"},
+                              {"B", "c", "00:59:59:00", "00:00:00:10", "Red"}}),
+                  {},
+                  {{0, 100}, {0, -1}}},
+        Placement{"EightFieldsAreSkipped", u"project.xml"_qs,
+                  markerList({{"A", "c", "01:00:01:00", "00:00:01:00", "Red\tmore"},
+                              {"B", "c", "01:00:02:00", "00:00:01:00", "Red"}}),
+                  {},
+                  {{50, 75}}},
+        Placement{"OffsetInHours", u"project.xml"_qs,
+                  markerList({{"A", "c", "01:00:00:00", "00:00:01:00", "Red"},
+                              {"B", "c", "00:00:00:00", "00:00:01:00", "Red"}}),
+                  {u"--offset"_qs, u"1"_qs, u"--unit"_qs, u"hours"_qs},
+                  {{90000, 90025}, {0, -1}}},
+        Placement{"NegativeOffset", u"project.xml"_qs,
+                  markerList({{"A", "c", "01:00:10:00", "00:00:05:00", "Red"}}),
+                  {u"--offset=-50"_qs},
+                  {{200, 325}}}),
+    [](const auto &param) { return std::string(param.param.name); });
+
+TEST_F(Cli, OffsetInSecondsUsesTheSequenceTimebase)
+{
+    const QByteArray list = markerList({{"A", "c", "01:00:00;00", "00:00:01;00", "Red"}});
+    const QString plain = copy(u"sequence.xml"_qs);
+    ASSERT_EQ(run({markers(list), plain}).status, 0);
+    const QList<InOut> without = inOut(plain);
+    const QString shifted = copy(u"sequence.xml"_qs);
+    ASSERT_EQ(run({u"--offset"_qs, u"2"_qs, u"--unit"_qs, u"seconds"_qs, markers(list), shifted})
+                  .status,
+              0);
+    ASSERT_EQ(without.size(), 1);
+    EXPECT_EQ(inOut(shifted), QList<InOut>({{without[0].first + 60, without[0].second + 60}}));
+}
+
+TEST_F(Cli, EveryEncodingAndLineEndingReadsTheSameMarkers)
+{
+    const std::initializer_list<Record> records = {
+        {"Zoë", "c", "01:00:10:00", "00:00:05:00", "Red"},
+        {"B", "c", "01:00:20:00", "00:00:00:00", "Blue"}};
+    const QString text = QString::fromUtf8(markerList(records));
+    QStringEncoder utf16(QStringConverter::Utf16LE);
+    const QByteArray utf16le = utf16.encode(text);
+    const std::pair<const char *, QByteArray> files[] = {
+        {"UTF-8", markerList(records)},
+        {"UTF-8, CR only", markerList(records, "\r")},
+        {"UTF-8, CR LF", markerList(records, "\r\n")},
+        {"UTF-16LE with BOM", QByteArray("\xff\xfe") + utf16le},
+        {"UTF-16LE without BOM", utf16le},
+    };
+    for (const auto &[name, bytes] : files) {
+        const QString target = copy(u"project.xml"_qs);
+        const Outcome result = run({markers(bytes), target});
+        EXPECT_EQ(result.status, 0) << name << ": " << result.err.toStdString();
+        EXPECT_EQ(inOut(target), QList<InOut>({{250, 375}, {500, -1}})) << name;
+        EXPECT_TRUE(TempHome::read(target).contains("Zo&#235;")) << name;
+    }
+}
+
+TEST_F(Cli, UserTextIsEscapedOnceAndColoursFollowTheirTable)
+{
+    const QString target = copy(u"sequence.xml"_qs);
+    const Outcome result =
+        run({markers(markerList({{"Café", " Tom & Jerry’s <cut> ", "01:00:00;00", "00:00:01;00", "red"},
+                                 {"G", "c", "01:00:01;00", "00:00:01;00", "Green"},
+                                 {"W", "c", "01:00:02;00", "00:00:01;00", "White"},
+                                 {"O", "c", "01:00:03;00", "00:00:01;00", "Orange"}})),
+             target});
+    ASSERT_EQ(result.status, 0) << result.err.toStdString();
+    const QByteArray bytes = TempHome::read(target);
+    EXPECT_TRUE(bytes.contains("<comment>Tom &amp; Jerry's &lt;cut&gt;</comment>")) << bytes.data();
+    EXPECT_TRUE(bytes.contains("<name>Caf&#233;</name>"));
+
+    const auto doc = XmlDocument::fromBytes(bytes);
+    ASSERT_TRUE(doc);
+    struct
+    {
+        const char *rgb;
+        const char *ppro;
+    } const expected[] = {{"25500", ""}, {"4819172", ""}, {"25500", "4294967295"},
+                          {"2551270", "4280578025"}};
+    const QList<XmlNode> markers = added(*doc);
+    ASSERT_EQ(markers.size(), 4);
+    for (int i = 0; i < 4; ++i) {
+        EXPECT_EQ(markers[i].nodesForXPath(u"color/alpha"_qs).value(0).stringValue(), u"0");
+        EXPECT_EQ(markers[i].nodesForXPath(u"color/red|color/green|color/blue"_qs).size(), 3);
+        QString rgb;
+        for (const XmlNode &n : markers[i].nodesForXPath(u"color/red|color/green|color/blue"_qs))
+            rgb += n.stringValue();
+        EXPECT_EQ(rgb, QLatin1StringView(expected[i].rgb)) << i;
+        EXPECT_EQ(markers[i].nodesForXPath(u"pproColor"_qs).value(0).stringValue(),
+                  QLatin1StringView(expected[i].ppro))
+            << i;
+    }
+}
+
+TEST_F(Cli, ABareSequenceComesBackAloneAProjectGainsABin)
+{
+    const QByteArray list = markerList({{"A", "c", "01:00:10:00", "00:00:05:00", "Red"}});
+    const QString bare = copy(u"sequence.xml"_qs);
+    const Outcome bareRun = run({markers(list), bare});
+    EXPECT_EQ(bareRun.out.section(u'\n', 0, 0),
+              u"Markers successfully imported: The markers were imported into the XML file. "
+              u"Please reimport the XML file into your editing application.");
+    EXPECT_TRUE(TempHome::read(bare).startsWith(
+        "<?xml version=\"1.0\" encoding=\"UTF-8\"?><!DOCTYPE xmeml><xmeml version=\"4\">"
+        "<sequence id=\"Selects-Cuebridge\">"));
+
+    const QString project = copy(u"project.xml"_qs);
+    const Outcome projectRun = run({u"-q"_qs, markers(list), project});
+    EXPECT_EQ(projectRun.out,
+              u"Markers successfully imported: The markers were imported into a copy of the "
+              u"sequence inside the Imported Markers bin. Please reimport the XML file into your "
+              u"editing application.\n");
+    EXPECT_TRUE(projectRun.err.isEmpty()) << projectRun.err.toStdString();
+    const auto doc = XmlDocument::fromFile(project);
+    ASSERT_TRUE(doc);
+    const XmlNode children = doc->rootElement().nodesForXPath(u"project/children"_qs).value(0);
+    EXPECT_EQ(children.nodesForXPath(u"*[1]/name"_qs).value(0).stringValue(), u"Imported Markers");
+    const QList<XmlNode> renamed = children.nodesForXPath(u"sequence[uuid]/@id|bin/children/sequence/@id"_qs);
+    ASSERT_EQ(renamed.size(), 2) << "the sequence in its place and its copy in the bin";
+    EXPECT_EQ(renamed[0].stringValue(), u"Cut 3 -Cuebridge");
+    EXPECT_EQ(children.nodesForXPath(u"bin/children/sequence/name"_qs).value(0).stringValue(),
+              u"Cut 3 -Cuebridge");
+    EXPECT_NE(children.nodesForXPath(u"bin/children/sequence/uuid"_qs).value(0).stringValue(),
+              u"0F2D6C31-4B1E-4C55-9C3E-2A1B8F7D0001");
+}
+
+TEST_F(Cli, ClearingRemovesSequenceAndClipMarkers)
+{
+    const QByteArray list = markerList({{"A", "c", "01:00:10:00", "00:00:05:00", "Red"}});
+    const auto markerNames = [](const QString &file) {
+        const auto doc = XmlDocument::fromFile(file);
+        QStringList names;
+        for (const XmlNode &n : doc->rootElement().nodesForXPath(
+                 u"project/children/bin/children/sequence//marker/name"_qs))
+            names << n.stringValue();
+        return names;
+    };
+    const QString kept = copy(u"project.xml"_qs);
+    ASSERT_EQ(run({markers(list), kept}).status, 0);
+    EXPECT_EQ(markerNames(kept), QStringList({u"On B"_qs, u"Sequence marker"_qs, u"A"_qs}));
+    const QString cleared = copy(u"project.xml"_qs);
+    ASSERT_EQ(run({u"--clear"_qs, markers(list), cleared}).status, 0);
+    EXPECT_EQ(markerNames(cleared), QStringList(u"A"_qs));
+}
+
+TEST_F(Cli, OutputGoesElsewhereAndListShowsTheItems)
+{
+    const QString target = copy(u"project.xml"_qs);
+    const QByteArray before = TempHome::read(target);
+    const Outcome result = run({u"--output"_qs, path(u"out.xml"_qs),
+                            markers(markerList({{"A", "c", "01:00:10:00", "00:00:05:00", "Red"}})),
+                            target});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_EQ(TempHome::read(target), before);
+    EXPECT_EQ(inOut(path(u"out.xml"_qs)), QList<InOut>({{250, 375}}));
+    EXPECT_TRUE(result.out.contains(QStringLiteral("Result: ") + path(u"out.xml"_qs)));
+
+    const Outcome list = run({u"--list"_qs, markers("x"), target});
+    EXPECT_EQ(list.status, 0);
+    EXPECT_EQ(list.out, u"Cut 3\t0F2D6C31-4B1E-4C55-9C3E-2A1B8F7D0001\n");
+}
+
+struct Refusal
+{
+    const char *name;
+    QByteArray markers;   ///< the marker list's bytes (empty: see arguments)
+    QByteArray target;    ///< bytes of target.xml (empty: a copy of project.xml)
+    QStringList arguments; ///< before the two paths; "@markers"/"@target" replace them
+    int status;
+    const char *said; ///< what standard error says
+    friend void PrintTo(const Refusal &c, std::ostream *os) { *os << c.name; }
+};
+
+class Refusals : public Cli, public testing::WithParamInterface<Refusal>
+{};
+
+TEST_P(Refusals, SayWhyAndLeaveEveryFileAsItWas)
+{
+    const Refusal &c = GetParam();
+    const QString target = c.target.isEmpty() ? copy(u"project.xml"_qs) : path(u"target.xml"_qs);
+    if (!c.target.isEmpty())
+        TempHome::write(target, c.target);
+    const QString list = markers(c.markers);
+    const QByteArray targetBefore = TempHome::read(target);
+    const QByteArray listBefore = TempHome::read(list);
+
+    QStringList arguments = c.arguments;
+    if (!arguments.contains(u"@paths"_qs))
+        arguments << list << target;
+    arguments.replaceInStrings(u"@home"_qs, home.path());
+    arguments.removeAll(u"@paths"_qs);
+    const Outcome result = run(arguments);
+    EXPECT_EQ(result.status, c.status) << result.out.toStdString() << result.err.toStdString();
+    EXPECT_TRUE(result.err.contains(QString::fromUtf8(c.said))) << result.err.toStdString();
+    EXPECT_TRUE(result.out.isEmpty()) << result.out.toStdString();
+    EXPECT_EQ(TempHome::read(target), targetBefore);
+    EXPECT_EQ(TempHome::read(list), listBefore);
+    EXPECT_EQ(QDir(home.path()).entryList(QDir::Files).size(), 2) << "no stray files";
+}
+
+const QByteArray oneMarker = markerList({{"A", "c", "01:00:10:00", "00:00:05:00", "Red"}});
+const QByteArray bomb = R"(<?xml version="1.0"?>
+<!DOCTYPE xmeml [<!ENTITY a "aaaaaaaaaa"><!ENTITY b "&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;">
+<!ENTITY c "&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;"><!ENTITY d "&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;">]>
+<xmeml version="5"><sequence id="s"><uuid>U</uuid><name>&d;&d;&d;&d;&d;&d;</name></sequence></xmeml>)";
+
+INSTANTIATE_TEST_SUITE_P(
+    Import, Refusals,
+    testing::Values(
+        Refusal{"OnlyAHeaderIsASilentEnd", "#\tTrack\tName\n", {}, {u"-q"_qs}, 3, ""},
+        Refusal{"BinaryMarkerList", QByteArray("\x00\x01\xfe\xff\x80\x81\x00\x0a\x0d", 9) + QByteArray(4000, '\x9c'), {}, {u"-q"_qs}, 2,
+                "Unable to read marker list: The file may be corrupt, empty or in an invalid "
+                "format."},
+        Refusal{"TargetIsNotXml", oneMarker, "\x89PNG\r\n\x1a\n", {u"-q"_qs}, 2,
+                "Unable to find the sequence: An error occurred getting the data from Final Cut "
+                "Pro."},
+        Refusal{"EntityBomb", oneMarker, bomb, {u"-q"_qs}, 2, "Unable to find the sequence"},
+        Refusal{"WriteFails", oneMarker, {}, {u"--output"_qs, u"/proc/cuebridge.xml"_qs}, 2,
+                "Failed to write marker data to disk.: The file “cuebridge.xml” couldn’t be saved"},
+        Refusal{"MissingMarkerList", oneMarker, {},
+                {u"@home/none.txt"_qs, u"@home/project.xml"_qs, u"@paths"_qs}, 64,
+                "cuebridge-import: "},
+        Refusal{"FolderAsMarkerList", oneMarker, {},
+                {u"@home"_qs, u"@home/project.xml"_qs, u"@paths"_qs}, 64, "cuebridge-import: "},
+        Refusal{"FolderAsTarget", oneMarker, {},
+                {u"@home/markers.txt"_qs, u"@home"_qs, u"@paths"_qs}, 64, "cuebridge-import: "},
+        Refusal{"ProjectNeedsTheEditor", oneMarker, {},
+                {u"@home/markers.txt"_qs, u"@home/markers.txt"_qs, u"@paths"_qs}, 2,
+                "cuebridge-import: Final Cut Pro 7 is not running"},
+        Refusal{"UnknownUnit", oneMarker, {}, {u"--unit"_qs, u"beats"_qs}, 64,
+                "cuebridge-import: --unit"},
+        Refusal{"OffsetNotANumber", oneMarker, {}, {u"--offset"_qs, u"12x"_qs}, 64,
+                "cuebridge-import: --offset"},
+        Refusal{"UnknownSequence", oneMarker, {}, {u"--sequence"_qs, u"nope"_qs}, 64,
+                "cuebridge-import: "},
+        Refusal{"UnknownOption", oneMarker, {}, {u"--colour"_qs}, 64, "cuebridge-import: "}),
+    [](const auto &param) { return std::string(param.param.name); });
+
+} // namespace

@@ -1,0 +1,66 @@
+#pragma once
+
+// A front end that records what the procedures ask of it, in order.
+
+#include "import/ImportHost.h"
+
+#include <QMutex>
+#include <QStringList>
+
+class RecordingHost : public ImportHost
+{
+public:
+    explicit RecordingHost(const QString &markerListPath = QString())
+        : m_markerListPath(markerListPath)
+    {}
+
+    TargetKind &targetKind() override { return kind; }
+    QString markerListPath() const override { return m_markerListPath; }
+    void setProjectPath(const QString &path) override { record(QStringLiteral("path ") + path); }
+    void setLoadSpinnerRunning(bool running) override
+    {
+        record(running ? u"load start"_qs : u"load stop"_qs);
+    }
+    void setProcessSpinnerRunning(bool running) override
+    {
+        record(running ? u"process start"_qs : u"process stop"_qs);
+    }
+    void disableUI() override
+    {
+        items.clear();
+        record(u"disable"_qs);
+    }
+    void enableUI(bool sequencePopUpEnabled) override
+    {
+        record(sequencePopUpEnabled ? u"enable"_qs : u"enable without menu"_qs);
+    }
+    void addItemToSequencePopUp(const SequenceItem &item) override
+    {
+        items.append(item);
+        record(QStringLiteral("item ") + item.title);
+    }
+    void setToDoMarkerCheckEnabled(bool enabled) override
+    {
+        record(enabled ? u"todo on"_qs : u"todo off"_qs);
+    }
+    void showAlert(const QString &messageText, const QString &informativeText,
+                   AlertParent parent) override
+    {
+        alerts << messageText + QStringLiteral(" / ") + informativeText;
+        record((parent == AlertParent::DocumentWindow ? u"sheet "_qs : u"alert "_qs) + messageText);
+    }
+
+    TargetKind kind;
+    QList<SequenceItem> items;
+    QStringList alerts;
+    QStringList calls;
+
+private:
+    void record(const QString &call)
+    {
+        QMutexLocker lock(&m_mutex);
+        calls << call;
+    }
+    QString m_markerListPath;
+    QMutex m_mutex;
+};
