@@ -133,20 +133,25 @@ QByteArray QFAppleEvents::formatData(const QByteArray &data)
 
 QString QFAppleEvents::escapeCharactersInXMLString(const QString &text)
 {
-    if (text.isEmpty())
-        return text;
+    // Whole documents pass through here: copy the runs between escaped units in one go.
+    const QChar *units = text.constData();
+    const qsizetype size = text.size();
     QString escaped;
-    escaped.reserve(text.size() + text.size() / 8);
-    for (const QChar unit : text) {
-        if (unit.unicode() >= 160) {
-            escaped += u"&#";
-            escaped += QString::number(unit.unicode());
-            escaped += u';';
-        } else if (unit.unicode() == 13) {
-            escaped += u"&#13;";
-        } else {
-            escaped += unit;
-        }
+    qsizetype runStart = 0;
+    for (qsizetype i = 0; i < size; ++i) {
+        const char16_t unit = units[i].unicode();
+        if (unit < 160 && unit != 13)
+            continue;
+        if (escaped.isNull())
+            escaped.reserve(size + size / 8);
+        escaped.append(units + runStart, i - runStart);
+        escaped += u"&#";
+        escaped += QString::number(unit);
+        escaped += u';';
+        runStart = i + 1;
     }
+    if (escaped.isNull())
+        return text;
+    escaped.append(units + runStart, size - runStart);
     return escaped;
 }

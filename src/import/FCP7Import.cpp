@@ -309,8 +309,11 @@ void FCP7Import::startProcessingWithSettings(ImportHost &host, const ImportSetti
             return stop();
         }
         const qsizetype split = at + children.size();
-        output = whole.left(split) + bin(QFAppleEvents::generateUUID(), sequence.toPrettyString()) +
-                 whole.mid(split);
+        const QString copy = bin(QFAppleEvents::generateUUID(), sequence.toPrettyString());
+        output.reserve(whole.size() + copy.size());
+        output += QStringView(whole).left(split);
+        output += copy;
+        output += QStringView(whole).mid(split);
     } else {
         output = QFFormat::format(u"<?xml version=\"1.0\" encoding=\"UTF-8\"?><!DOCTYPE xmeml>"
                                   u"<xmeml version=\"%@\">%@</xmeml>",

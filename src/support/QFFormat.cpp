@@ -138,6 +138,23 @@ QString formatList(QStringView format, std::initializer_list<Arg> args)
             continue;
         }
         const char16_t conversion = format[j].unicode();
+        i = j + 1;
+        // The common plain forms ("%@", "%li", "%u") skip printf, which log lines use by
+        // the thousand.
+        if (flags.isEmpty() && width == 0 && precision < 0) {
+            if (conversion == u'@' || conversion == u's') {
+                out += (next++)->asString();
+                continue;
+            }
+            if (conversion == u'd' || conversion == u'i') {
+                out += QString::number((next++)->asSigned());
+                continue;
+            }
+            if (conversion == u'u') {
+                out += QString::number((next++)->asUnsigned());
+                continue;
+            }
+        }
         const QString directive = QStringLiteral("%") + flags +
                                   (width ? QString::number(width) : QString()) +
                                   (precision >= 0 ? u'.' + QString::number(precision) : QString());
@@ -180,7 +197,6 @@ QString formatList(QStringView format, std::initializer_list<Arg> args)
             out += format.sliced(percent, j + 1 - percent);
             break;
         }
-        i = j + 1;
     }
     return out;
 }

@@ -244,7 +244,17 @@ XmlNode XmlNode::insertChild(const XmlNode &element, int index)
 
 XmlNode XmlNode::addChild(const XmlNode &element)
 {
-    return insertChild(element, childCount());
+    // Not insertChild(element, childCount()): counting the children would make
+    // appending many elements quadratic.
+    if (kind() != Kind::Element || element.kind() != Kind::Element)
+        return XmlNode();
+    xmlNodePtr copy = xmlDocCopyNode(element.m_node, m_node->doc, 1);
+    if (!copy)
+        return XmlNode();
+    xmlNodePtr added = xmlAddChild(m_node, copy);
+    if (!added)
+        xmlFreeNode(copy);
+    return XmlNode(added);
 }
 
 QString XmlNode::xPath() const
