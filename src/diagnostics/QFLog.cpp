@@ -316,10 +316,14 @@ void QFLog::appendLogList(QStringView format, std::initializer_list<QFFormat::Ar
     if (format.isNull() || log.m_loggingDisabled.load())
         return;
     const QString text = formatEntry(format, args);
+    // A short entry from a worker is on disk before the call returns, so the last lines
+    // before a crash survive; long entries and a busy queue never hold the caller up.
+    // With the writer idle the worker writes it itself, which saves the hand-over.
+    const bool waits = !isMainThread() && text.size() >= 1 && text.size() <= 99;
+    if (waits && log.m_bytesInQueue.load() == 0 && log.writeNowIfIdle(text))
+        return;
     log.appendTextToLog(text);
-    // A short entry from a worker waits until it is on disk, so the last lines before
-    // a crash survive; long entries and a busy queue never hold the caller up.
-    if (!isMainThread() && text.size() >= 1 && text.size() <= 99 && log.m_bytesInQueue.load() <= 99)
+    if (waits && log.m_bytesInQueue.load() <= 99)
         finishWriting();
 }
 
@@ -406,28 +410,53 @@ void QFLog::writerLoop()
     }
 }
 
+void QFLog::writeBytes(const QByteArray &bytes)
+{
+    if (bytes.isEmpty())
+        return;
+    std::lock_guard lock(m_fileMutex);
+    const char *data = bytes.constData();
+    qsizetype left = bytes.size();
+    while (left > 0 && m_fd >= 0) {
+        const ssize_t n = ::write(m_fd, data, size_t(left));
+        if (n < 0 && errno == EINTR)
+            continue;
+        if (n <= 0) {
+            if (!m_loggingDisabled.load())
+                print(QFFormat::format(u"Exception writing to log: %s\n",
+                                       QString::fromLocal8Bit(std::strerror(errno))));
+            break;
+        }
+        data += n;
+        left -= n;
+    }
+}
+
+bool QFLog::writeNowIfIdle(const QString &text)
+{
+    const QString trimmed = text.trimmed();
+    std::lock_guard lock(m_queueMutex);
+    // Only when nothing is queued or being written, so the order stays; holding the
+    // queue lock keeps later entries behind this one.
+    if (trimmed.isEmpty() || !m_queueOpen || m_hold || !m_queue.empty() ||
+        m_written.load() != m_queued.load())
+        return false;
+    const QByteArray line = (dateDescription() + QStringLiteral(" - ") + trimmed + u'\n').toUtf8();
+    // A roll-over logs on its own; leave that to the writer thread.
+    if (m_bytesWritten.load() + quint64(line.size()) >= m_rolloverLimit.load() || !ensureOpen())
+        return false;
+    writeBytes(line);
+    m_bytesWritten += quint64(line.size());
+    ++m_queued;
+    ++m_written;
+    return true;
+}
+
 void QFLog::writeEntries(std::deque<QString> &entries)
 {
     QByteArray pending;
     auto flush = [this, &pending] {
-        if (pending.isEmpty())
-            return;
-        std::lock_guard lock(m_fileMutex);
-        const char *data = pending.constData();
-        qsizetype left = pending.size();
-        while (left > 0 && m_fd >= 0) {
-            const ssize_t n = ::write(m_fd, data, size_t(left));
-            if (n < 0 && errno == EINTR)
-                continue;
-            if (n <= 0) {
-                if (!m_loggingDisabled.load())
-                    print(QFFormat::format(u"Exception writing to log: %s\n",
-                                           QString::fromLocal8Bit(std::strerror(errno))));
-                break;
-            }
-            data += n;
-            left -= n;
-        }
+        writeBytes(pending);
         pending.clear();
     };
 

@@ -113,6 +113,9 @@ private:
     void print(const QString &text) const;
     void writerLoop();
     void writeEntries(std::deque<QString> &entries);
+    void writeBytes(const QByteArray &bytes);
+    /// Writes one entry on the calling thread when the writer has nothing to do.
+    bool writeNowIfIdle(const QString &text);
     bool ensureOpen();
     void closeFile();
     void shutdown();
