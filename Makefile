@@ -33,6 +33,7 @@ test-asan:
 
 bench: build
 	@$(BUILD)/bench/cuebridge-bench --benchmark_counters_tabular=true
+	@bench/import-bench $(BUILD)
 
 fuzz:
 	@scripts/install-deps --fuzz

@@ -30,8 +30,8 @@ QByteArray markerList(std::initializer_list<Record> records, const char *newline
     QByteArray text = "#\tTrack\tName\tComment\tStart\tDuration\tColor";
     int index = 1;
     for (const Record &r : records)
-        text += newline + QByteArray::number(index++) + "\tV1\t" + r[0] + '\t' + r[1] + '\t' + r[2] +
-                '\t' + r[3] + '\t' + r[4];
+        text += newline + QByteArray::number(index++) + "\tV1\t" + r[0] + '\t' + r[1] + '\t' +
+                r[2] + '\t' + r[3] + '\t' + r[4];
     return text + newline;
 }
 
@@ -100,7 +100,8 @@ struct Placement
 };
 
 class Placements : public Cli, public testing::WithParamInterface<Placement>
-{};
+{
+};
 
 TEST_P(Placements, LandOnTheirFrames)
 {
@@ -108,36 +109,46 @@ TEST_P(Placements, LandOnTheirFrames)
     const QString target = copy(c.target);
     const Outcome result = run(c.options + QStringList{markers(c.markers), target});
     EXPECT_EQ(result.status, 0) << result.err.toStdString();
-    EXPECT_TRUE(result.out.startsWith(u"Markers successfully imported: ")) << result.out.toStdString();
+    EXPECT_TRUE(result.out.startsWith(u"Markers successfully imported: "))
+        << result.out.toStdString();
     EXPECT_EQ(inOut(target), c.expected);
 }
 
 INSTANTIATE_TEST_SUITE_P(
     Import, Placements,
-    testing::Values(
-        Placement{"InAndOutFromTheSequenceStart", u"project.xml"_qs,
-                  markerList({{"A", "c", "01:00:10:00", "00:00:05:00", "Red"}}), {}, {{250, 375}}},
-        Placement{"ZeroDurationHasNoOut", u"project.xml"_qs,
-                  markerList({{"A", "c", "01:00:10:00", "00:00:00:00", "Red"}}), {}, {{250, -1}}},
-        Placement{"BeforeTheStartBeginsAtZero", u"project.xml"_qs,
-                  markerList({{"A", "c", "00:59:59:00", "00:00:05:00", "Red"},
-                              {"B", "c", "00:59:59:00", "00:00:00:10", "Red"}}),
-                  {},
-                  {{0, 100}, {0, -1}}},
-        Placement{"EightFieldsAreSkipped", u"project.xml"_qs,
-                  markerList({{"A", "c", "01:00:01:00", "00:00:01:00", "Red\tmore"},
-                              {"B", "c", "01:00:02:00", "00:00:01:00", "Red"}}),
-                  {},
-                  {{50, 75}}},
-        Placement{"OffsetInHours", u"project.xml"_qs,
-                  markerList({{"A", "c", "01:00:00:00", "00:00:01:00", "Red"},
-                              {"B", "c", "00:00:00:00", "00:00:01:00", "Red"}}),
-                  {u"--offset"_qs, u"1"_qs, u"--unit"_qs, u"hours"_qs},
-                  {{90000, 90025}, {0, -1}}},
-        Placement{"NegativeOffset", u"project.xml"_qs,
-                  markerList({{"A", "c", "01:00:10:00", "00:00:05:00", "Red"}}),
-                  {u"--offset=-50"_qs},
-                  {{200, 325}}}),
+    testing::Values(Placement{"InAndOutFromTheSequenceStart",
+                              u"project.xml"_qs,
+                              markerList({{"A", "c", "01:00:10:00", "00:00:05:00", "Red"}}),
+                              {},
+                              {{250, 375}}},
+                    Placement{"ZeroDurationHasNoOut",
+                              u"project.xml"_qs,
+                              markerList({{"A", "c", "01:00:10:00", "00:00:00:00", "Red"}}),
+                              {},
+                              {{250, -1}}},
+                    Placement{"BeforeTheStartBeginsAtZero",
+                              u"project.xml"_qs,
+                              markerList({{"A", "c", "00:59:59:00", "00:00:05:00", "Red"},
+                                          {"B", "c", "00:59:59:00", "00:00:00:10", "Red"}}),
+                              {},
+                              {{0, 100}, {0, -1}}},
+                    Placement{"EightFieldsAreSkipped",
+                              u"project.xml"_qs,
+                              markerList({{"A", "c", "01:00:01:00", "00:00:01:00", "Red\tmore"},
+                                          {"B", "c", "01:00:02:00", "00:00:01:00", "Red"}}),
+                              {},
+                              {{50, 75}}},
+                    Placement{"OffsetInHours",
+                              u"project.xml"_qs,
+                              markerList({{"A", "c", "01:00:00:00", "00:00:01:00", "Red"},
+                                          {"B", "c", "00:00:00:00", "00:00:01:00", "Red"}}),
+                              {u"--offset"_qs, u"1"_qs, u"--unit"_qs, u"hours"_qs},
+                              {{90000, 90025}, {0, -1}}},
+                    Placement{"NegativeOffset",
+                              u"project.xml"_qs,
+                              markerList({{"A", "c", "01:00:10:00", "00:00:05:00", "Red"}}),
+                              {u"--offset=-50"_qs},
+                              {{200, 325}}}),
     [](const auto &param) { return std::string(param.param.name); });
 
 TEST_F(Cli, OffsetInSecondsUsesTheSequenceTimebase)
@@ -147,9 +158,9 @@ TEST_F(Cli, OffsetInSecondsUsesTheSequenceTimebase)
     ASSERT_EQ(run({markers(list), plain}).status, 0);
     const QList<InOut> without = inOut(plain);
     const QString shifted = copy(u"sequence.xml"_qs);
-    ASSERT_EQ(run({u"--offset"_qs, u"2"_qs, u"--unit"_qs, u"seconds"_qs, markers(list), shifted})
-                  .status,
-              0);
+    ASSERT_EQ(
+        run({u"--offset"_qs, u"2"_qs, u"--unit"_qs, u"seconds"_qs, markers(list), shifted}).status,
+        0);
     ASSERT_EQ(without.size(), 1);
     EXPECT_EQ(inOut(shifted), QList<InOut>({{without[0].first + 60, without[0].second + 60}}));
 }
@@ -181,12 +192,12 @@ TEST_F(Cli, EveryEncodingAndLineEndingReadsTheSameMarkers)
 TEST_F(Cli, UserTextIsEscapedOnceAndColoursFollowTheirTable)
 {
     const QString target = copy(u"sequence.xml"_qs);
-    const Outcome result =
-        run({markers(markerList({{"Café", " Tom & Jerry’s <cut> ", "01:00:00;00", "00:00:01;00", "red"},
-                                 {"G", "c", "01:00:01;00", "00:00:01;00", "Green"},
-                                 {"W", "c", "01:00:02;00", "00:00:01;00", "White"},
-                                 {"O", "c", "01:00:03;00", "00:00:01;00", "Orange"}})),
-             target});
+    const Outcome result = run(
+        {markers(markerList({{"Café", " Tom & Jerry’s <cut> ", "01:00:00;00", "00:00:01;00", "red"},
+                             {"G", "c", "01:00:01;00", "00:00:01;00", "Green"},
+                             {"W", "c", "01:00:02;00", "00:00:01;00", "White"},
+                             {"O", "c", "01:00:03;00", "00:00:01;00", "Orange"}})),
+         target});
     ASSERT_EQ(result.status, 0) << result.err.toStdString();
     const QByteArray bytes = TempHome::read(target);
     EXPECT_TRUE(bytes.contains("<comment>Tom &amp; Jerry's &lt;cut&gt;</comment>")) << bytes.data();
@@ -198,8 +209,8 @@ TEST_F(Cli, UserTextIsEscapedOnceAndColoursFollowTheirTable)
     {
         const char *rgb;
         const char *ppro;
-    } const expected[] = {{"25500", ""}, {"4819172", ""}, {"25500", "4294967295"},
-                          {"2551270", "4280578025"}};
+    } const expected[] = {
+        {"25500", ""}, {"4819172", ""}, {"25500", "4294967295"}, {"2551270", "4280578025"}};
     const QList<XmlNode> markers = added(*doc);
     ASSERT_EQ(markers.size(), 4);
     for (int i = 0; i < 4; ++i) {
@@ -238,7 +249,8 @@ TEST_F(Cli, ABareSequenceComesBackAloneAProjectGainsABin)
     ASSERT_TRUE(doc);
     const XmlNode children = doc->rootElement().nodesForXPath(u"project/children"_qs).value(0);
     EXPECT_EQ(children.nodesForXPath(u"*[1]/name"_qs).value(0).stringValue(), u"Imported Markers");
-    const QList<XmlNode> renamed = children.nodesForXPath(u"sequence[uuid]/@id|bin/children/sequence/@id"_qs);
+    const QList<XmlNode> renamed =
+        children.nodesForXPath(u"sequence[uuid]/@id|bin/children/sequence/@id"_qs);
     ASSERT_EQ(renamed.size(), 2) << "the sequence in its place and its copy in the bin";
     EXPECT_EQ(renamed[0].stringValue(), u"Cut 3 -Cuebridge");
     EXPECT_EQ(children.nodesForXPath(u"bin/children/sequence/name"_qs).value(0).stringValue(),
@@ -270,9 +282,9 @@ TEST_F(Cli, OutputGoesElsewhereAndListShowsTheItems)
 {
     const QString target = copy(u"project.xml"_qs);
     const QByteArray before = TempHome::read(target);
-    const Outcome result = run({u"--output"_qs, path(u"out.xml"_qs),
-                            markers(markerList({{"A", "c", "01:00:10:00", "00:00:05:00", "Red"}})),
-                            target});
+    const Outcome result =
+        run({u"--output"_qs, path(u"out.xml"_qs),
+             markers(markerList({{"A", "c", "01:00:10:00", "00:00:05:00", "Red"}})), target});
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(TempHome::read(target), before);
     EXPECT_EQ(inOut(path(u"out.xml"_qs)), QList<InOut>({{250, 375}}));
@@ -286,8 +298,8 @@ TEST_F(Cli, OutputGoesElsewhereAndListShowsTheItems)
 struct Refusal
 {
     const char *name;
-    QByteArray markers;   ///< the marker list's bytes (empty: see arguments)
-    QByteArray target;    ///< bytes of target.xml (empty: a copy of project.xml)
+    QByteArray markers;    ///< the marker list's bytes (empty: see arguments)
+    QByteArray target;     ///< bytes of target.xml (empty: a copy of project.xml)
     QStringList arguments; ///< before the two paths; "@markers"/"@target" replace them
     int status;
     const char *said; ///< what standard error says
@@ -295,7 +307,8 @@ struct Refusal
 };
 
 class Refusals : public Cli, public testing::WithParamInterface<Refusal>
-{};
+{
+};
 
 TEST_P(Refusals, SayWhyAndLeaveEveryFileAsItWas)
 {
@@ -331,30 +344,68 @@ INSTANTIATE_TEST_SUITE_P(
     Import, Refusals,
     testing::Values(
         Refusal{"OnlyAHeaderIsASilentEnd", "#\tTrack\tName\n", {}, {u"-q"_qs}, 3, ""},
-        Refusal{"BinaryMarkerList", QByteArray("\x00\x01\xfe\xff\x80\x81\x00\x0a\x0d", 9) + QByteArray(4000, '\x9c'), {}, {u"-q"_qs}, 2,
+        Refusal{"BinaryMarkerList",
+                QByteArray("\x00\x01\xfe\xff\x80\x81\x00\x0a\x0d", 9) + QByteArray(4000, '\x9c'),
+                {},
+                {u"-q"_qs},
+                2,
                 "Unable to read marker list: The file may be corrupt, empty or in an invalid "
                 "format."},
-        Refusal{"TargetIsNotXml", oneMarker, "\x89PNG\r\n\x1a\n", {u"-q"_qs}, 2,
+        Refusal{"TargetIsNotXml",
+                oneMarker,
+                "\x89PNG\r\n\x1a\n",
+                {u"-q"_qs},
+                2,
                 "Unable to find the sequence: An error occurred getting the data from Final Cut "
                 "Pro."},
         Refusal{"EntityBomb", oneMarker, bomb, {u"-q"_qs}, 2, "Unable to find the sequence"},
-        Refusal{"WriteFails", oneMarker, {}, {u"--output"_qs, u"/proc/cuebridge.xml"_qs}, 2,
+        Refusal{"WriteFails",
+                oneMarker,
+                {},
+                {u"--output"_qs, u"/proc/cuebridge.xml"_qs},
+                2,
                 "Failed to write marker data to disk.: The file “cuebridge.xml” couldn’t be saved"},
-        Refusal{"MissingMarkerList", oneMarker, {},
-                {u"@home/none.txt"_qs, u"@home/project.xml"_qs, u"@paths"_qs}, 64,
+        Refusal{"MissingMarkerList",
+                oneMarker,
+                {},
+                {u"@home/none.txt"_qs, u"@home/project.xml"_qs, u"@paths"_qs},
+                64,
                 "cuebridge-import: "},
-        Refusal{"FolderAsMarkerList", oneMarker, {},
-                {u"@home"_qs, u"@home/project.xml"_qs, u"@paths"_qs}, 64, "cuebridge-import: "},
-        Refusal{"FolderAsTarget", oneMarker, {},
-                {u"@home/markers.txt"_qs, u"@home"_qs, u"@paths"_qs}, 64, "cuebridge-import: "},
-        Refusal{"ProjectNeedsTheEditor", oneMarker, {},
-                {u"@home/markers.txt"_qs, u"@home/markers.txt"_qs, u"@paths"_qs}, 2,
+        Refusal{"FolderAsMarkerList",
+                oneMarker,
+                {},
+                {u"@home"_qs, u"@home/project.xml"_qs, u"@paths"_qs},
+                64,
+                "cuebridge-import: "},
+        Refusal{"FolderAsTarget",
+                oneMarker,
+                {},
+                {u"@home/markers.txt"_qs, u"@home"_qs, u"@paths"_qs},
+                64,
+                "cuebridge-import: "},
+        Refusal{"ProjectNeedsTheEditor",
+                oneMarker,
+                {},
+                {u"@home/markers.txt"_qs, u"@home/markers.txt"_qs, u"@paths"_qs},
+                2,
                 "cuebridge-import: Final Cut Pro 7 is not running"},
-        Refusal{"UnknownUnit", oneMarker, {}, {u"--unit"_qs, u"beats"_qs}, 64,
+        Refusal{"UnknownUnit",
+                oneMarker,
+                {},
+                {u"--unit"_qs, u"beats"_qs},
+                64,
                 "cuebridge-import: --unit"},
-        Refusal{"OffsetNotANumber", oneMarker, {}, {u"--offset"_qs, u"12x"_qs}, 64,
+        Refusal{"OffsetNotANumber",
+                oneMarker,
+                {},
+                {u"--offset"_qs, u"12x"_qs},
+                64,
                 "cuebridge-import: --offset"},
-        Refusal{"UnknownSequence", oneMarker, {}, {u"--sequence"_qs, u"nope"_qs}, 64,
+        Refusal{"UnknownSequence",
+                oneMarker,
+                {},
+                {u"--sequence"_qs, u"nope"_qs},
+                64,
                 "cuebridge-import: "},
         Refusal{"UnknownOption", oneMarker, {}, {u"--colour"_qs}, 64, "cuebridge-import: "}),
     [](const auto &param) { return std::string(param.param.name); });

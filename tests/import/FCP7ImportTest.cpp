@@ -7,10 +7,10 @@
 #include "import/UserTextEscaping.h"
 #include "xml/XmlDocument.h"
 
-#include "fcp7link/SimulatedFinalCutPro.h"
 #include "LoggedTest.h"
 #include "QtPrinters.h"
 #include "RecordingHost.h"
+#include "fcp7link/SimulatedFinalCutPro.h"
 
 #include <QDir>
 
@@ -81,7 +81,8 @@ struct SilentOrFailing
 };
 
 class Ends : public ImportTest, public testing::WithParamInterface<SilentOrFailing>
-{};
+{
+};
 
 TEST_P(Ends, StopTheSpinnerAndLeaveTheTargetAsItWas)
 {
@@ -124,7 +125,7 @@ INSTANTIATE_TEST_SUITE_P(
                         [](ImportTest &test, QString &, ImportSettings &s) {
                             QByteArray xml = project;
                             s.filename = test.file(u"noid.xml"_qs,
-                                                xml.replace("id=\"seq1\"", "ident=\"seq1\""));
+                                                   xml.replace("id=\"seq1\"", "ident=\"seq1\""));
                         },
                         sheet("Unable to find the sequence"), "Project filename: "},
         SilentOrFailing{"NotXml",
@@ -196,8 +197,8 @@ TEST(ImportSettings, DictionaryKeysAndOffsetUnits)
     EXPECT_EQ(back.toVariantMap(), map);
     EXPECT_FALSE(back.sequenceXPath);
 
-    const std::tuple<int, qint64, qint64> units[] = {
-        {0, 30, -2}, {1, 30, -60}, {2, 30, -3600}, {3, 25, -180000}, {7, 30, -2}, {1, 0, 0}};
+    const std::tuple<int, qint64, qint64> units[] = {{0, 30, -2},      {1, 30, -60}, {2, 30, -3600},
+                                                     {3, 25, -180000}, {7, 30, -2},  {1, 0, 0}};
     for (const auto &[unit, timebase, frames] : units) {
         s.frameOffsetUnitIndex = unit;
         EXPECT_EQ(s.offsetInFrames(timebase), frames) << "unit " << unit;

@@ -38,9 +38,9 @@ TEST_F(DiscoveryTest, TheExtensionDecidesTheKindWhateverItsCase)
     {
         const char *name;
         bool fcpx, xmlFile;
-    } const cases[] = {{"a.XML", false, true},    {"a.xml", false, true},
-                       {"b.FCPXML", true, true},  {"b.fcpxmld", true, true},
-                       {"c.fcp", false, false},   {"Project", false, false}};
+    } const cases[] = {{"a.XML", false, true},   {"a.xml", false, true},
+                       {"b.FCPXML", true, true}, {"b.fcpxmld", true, true},
+                       {"c.fcp", false, false},  {"Project", false, false}};
     for (const auto &c : cases) {
         const QString path = copy(u"sequence.xml"_qs, QLatin1StringView(c.name));
         ASSERT_TRUE(TargetDiscovery::openFilename(host, path));
@@ -55,8 +55,9 @@ TEST_F(DiscoveryTest, TheExtensionDecidesTheKindWhateverItsCase)
 TEST_F(DiscoveryTest, AnXmemlProjectListsItsSequencesWithNameAndUuid)
 {
     discover(copy(u"project.xml"_qs, u"project.xml"_qs));
-    EXPECT_EQ(host.items, QList<SequenceItem>({{u"Cut 3"_qs, u"0F2D6C31-4B1E-4C55-9C3E-2A1B8F7D0001"_qs,
-                                                SequenceItem::Image::Sequence}}));
+    EXPECT_EQ(host.items,
+              QList<SequenceItem>({{u"Cut 3"_qs, u"0F2D6C31-4B1E-4C55-9C3E-2A1B8F7D0001"_qs,
+                                    SequenceItem::Image::Sequence}}));
     EXPECT_EQ(host.calls, QStringList({u"disable"_qs, u"load start"_qs, u"item Cut 3"_qs,
                                        u"enable"_qs, u"todo off"_qs, u"load stop"_qs}));
     EXPECT_FALSE(host.kind.isSequenceOnly);
@@ -81,8 +82,8 @@ TEST_F(DiscoveryTest, AnUnreadableXmemlFileYieldsNothingAndCountsAsSequenceOnly)
     TempHome::write(path, QByteArray("\0\1\2 not xml", 12));
     discover(path);
     EXPECT_TRUE(host.items.isEmpty());
-    EXPECT_EQ(host.calls, QStringList({u"disable"_qs, u"load start"_qs, u"todo off"_qs,
-                                       u"load stop"_qs}));
+    EXPECT_EQ(host.calls,
+              QStringList({u"disable"_qs, u"load start"_qs, u"todo off"_qs, u"load stop"_qs}));
     EXPECT_TRUE(host.kind.isSequenceOnly);
 }
 
@@ -98,11 +99,11 @@ TEST_F(DiscoveryTest, ASequenceWithoutUuidIsNotListedButStillEnables)
 TEST_F(DiscoveryTest, AnFcpxLibraryListsItsProjectsWithoutImage)
 {
     discover(copy(u"library.fcpxml"_qs, u"library.fcpxml"_qs));
-    EXPECT_EQ(host.items, QList<SequenceItem>(
-                              {{u"Cut 3"_qs, u"/fcpxml/library/event/project/sequence"_qs}}));
-    EXPECT_EQ(host.calls, QStringList({u"disable"_qs, u"enable without menu"_qs, u"load start"_qs,
-                                       u"item Cut 3"_qs, u"enable"_qs, u"todo on"_qs,
-                                       u"load stop"_qs}));
+    EXPECT_EQ(host.items,
+              QList<SequenceItem>({{u"Cut 3"_qs, u"/fcpxml/library/event/project/sequence"_qs}}));
+    EXPECT_EQ(host.calls,
+              QStringList({u"disable"_qs, u"enable without menu"_qs, u"load start"_qs,
+                           u"item Cut 3"_qs, u"enable"_qs, u"todo on"_qs, u"load stop"_qs}));
 }
 
 TEST_F(DiscoveryTest, ABundleWithoutFcpxmlIsReported)
@@ -110,11 +111,13 @@ TEST_F(DiscoveryTest, ABundleWithoutFcpxmlIsReported)
     const QString bundle = QDir(home.path()).filePath(u"Empty.fcpxmld"_qs);
     TempHome::write(bundle + QStringLiteral("/Info.plist"), "<plist/>");
     discover(bundle);
-    EXPECT_EQ(host.alerts,
-              QStringList(u"Failed to open file / Could not locate any XML files inside bundle."_qs));
-    EXPECT_EQ(host.calls.mid(3), QStringList({u"enable"_qs, u"load stop"_qs,
-                                              u"alert Failed to open file"_qs}));
-    EXPECT_TRUE(log().contains(QStringLiteral("Could not locate any FCPXML files inside bundle ") + bundle));
+    EXPECT_EQ(
+        host.alerts,
+        QStringList(u"Failed to open file / Could not locate any XML files inside bundle."_qs));
+    EXPECT_EQ(host.calls.mid(3),
+              QStringList({u"enable"_qs, u"load stop"_qs, u"alert Failed to open file"_qs}));
+    EXPECT_TRUE(log().contains(QStringLiteral("Could not locate any FCPXML files inside bundle ") +
+                               bundle));
 
     TempHome::write(bundle + QStringLiteral("/Info.fcpxml"),
                     TempHome::read(data + QStringLiteral("/library.fcpxml")));
