@@ -6,6 +6,7 @@
 #include "diagnostics/QFLog.h"
 #include "fcp7link/QFAppleEvents.h"
 #include "import/FCP7Import.h"
+#include "import/MarkerListText.h"
 #include "import/TargetDiscovery.h"
 #include "import/UserTextEscaping.h"
 #include "support/QFFileManager.h"
@@ -37,6 +38,11 @@ QString checkPaths(const CommandLine &line)
         return QStringLiteral("%1 is a folder, not a marker list").arg(line.markerList);
     if (!markers.isReadable())
         return QStringLiteral("%1 cannot be read (permission denied)").arg(line.markerList);
+    if (markers.size() > MarkerListText::maximumFileSize)
+        return QStringLiteral("%1 is %2 MB, too large for a marker list (up to %3 MB are read)")
+            .arg(line.markerList)
+            .arg(markers.size() / (1024 * 1024))
+            .arg(MarkerListText::maximumFileSize / (1024 * 1024));
 
     const QFileInfo target(line.target);
     const QString extension = target.suffix().toLower();

@@ -24,15 +24,35 @@ QString decode(const QByteArray &bytes, QStringConverter::Encoding encoding)
     return decoder.decode(bytes);
 }
 
+namespace {
+
+std::optional<QByteArray> readMarkerList(const QString &path, QFError *error)
+{
+    const QFileInfo info(path);
+    if (info.isFile() && info.size() > maximumFileSize) {
+        if (error)
+            *error = QFError::make(
+                QStringLiteral("QFFileContents"), 27, QStringLiteral("NSLocalizedDescription"),
+                QStringLiteral("The file “%1” is %2 MB; marker lists are read up to %3 MB.")
+                    .arg(info.fileName())
+                    .arg(info.size() / (1024 * 1024))
+                    .arg(maximumFileSize / (1024 * 1024)));
+        return std::nullopt;
+    }
+    return QFFileContents::read(path, error);
+}
+
+} // namespace
+
 std::optional<QStringConverter::Encoding> detectFileEncoding(const QString &path, QFError *error)
 {
-    const auto bytes = QFFileContents::read(path, error);
+    const auto bytes = readMarkerList(path, error);
     return bytes ? detectEncoding(*bytes) : std::nullopt;
 }
 
 QString readFile(const QString &path, QStringConverter::Encoding encoding, QFError *error)
 {
-    const auto bytes = QFFileContents::read(path, error);
+    const auto bytes = readMarkerList(path, error);
     if (!bytes)
         return QString();
     QStringDecoder decoder(encoding, QStringConverter::Flag::Stateless);

@@ -20,13 +20,18 @@ std::optional<QStringConverter::Encoding> detectEncoding(const QByteArray &bytes
 /// invalid sequences become U+FFFD.
 QString decode(const QByteArray &bytes, QStringConverter::Encoding encoding);
 
+/// The largest marker list read: some 200,000 markers. Anything larger is another
+/// kind of file, and importing it would take gigabytes.
+constexpr qint64 maximumFileSize = 16 * 1024 * 1024;
+
 /// The encoding of a marker list file when it is certain. Nothing when unsure; error
-/// is set only when the file cannot be read.
+/// is set only when the file cannot be read (or is larger than maximumFileSize).
 std::optional<QStringConverter::Encoding> detectFileEncoding(const QString &path,
                                                              QFError *error = nullptr);
 
 /// The file's text in the encoding, or a null string with error set when the file
-/// cannot be read or its bytes are not valid in that encoding.
+/// cannot be read, is larger than maximumFileSize or its bytes are not valid in that
+/// encoding.
 QString readFile(const QString &path, QStringConverter::Encoding encoding,
                  QFError *error = nullptr);
 

@@ -351,6 +351,8 @@ INSTANTIATE_TEST_SUITE_P(
                 2,
                 "Unable to read marker list: The file may be corrupt, empty or in an invalid "
                 "format."},
+        Refusal{
+            "HugeMarkerList", QByteArray(17 * 1024 * 1024, '\t'), {}, {}, 64, "cuebridge-import: "},
         Refusal{"TargetIsNotXml",
                 oneMarker,
                 "\x89PNG\r\n\x1a\n",

@@ -13,6 +13,7 @@
 #include "fcp7link/SimulatedFinalCutPro.h"
 
 #include <QDir>
+#include <QFile>
 
 namespace {
 
@@ -121,6 +122,12 @@ INSTANTIATE_TEST_SUITE_P(
                             markers = u"/nonexistent/markers.txt"_qs;
                         },
                         sheet("Unable to read marker list"), "Error: unable to load marker list"},
+        SilentOrFailing{"MarkerListTooLarge",
+                        [](ImportTest &test, QString &markers, ImportSettings &) {
+                            markers = test.file(u"huge.txt"_qs, markerList);
+                            QFile(markers).resize(17 * 1024 * 1024);
+                        },
+                        sheet("Unable to read marker list"), "Line count: 0"},
         SilentOrFailing{"SequenceWithoutId",
                         [](ImportTest &test, QString &, ImportSettings &s) {
                             QByteArray xml = project;
