@@ -9,7 +9,6 @@
 #include "import/MarkerListText.h"
 #include "import/TargetDiscovery.h"
 #include "import/UserTextEscaping.h"
-#include "support/QFFileManager.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>

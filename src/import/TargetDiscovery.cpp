@@ -5,7 +5,6 @@
 #include "support/QFFileContents.h"
 #include "support/QFFileManager.h"
 #include "support/QFUserDefaults.h"
-#include "xml/QFXMLParser.h"
 
 #include <QDir>
 #include <QFileInfo>

@@ -199,6 +199,31 @@ TEST_F(LogTest, ShortEntryFromAWorkerReturnsOnlyOnceWritten)
     EXPECT_TRUE(QString::fromUtf8(TempHome::read(generation(1))).contains(QString(50, u'S')));
 }
 
+TEST_F(LogTest, WorkerEntriesStayInOrderWhetherWrittenByTheWorkerOrTheWriter)
+{
+    QFLog::createNewLog(QString(), true);
+    QFLog::finishWriting();
+    std::thread worker([] {
+        for (int i = 0; i < 300; ++i) {
+            // Every third entry is long and queued; the short ones behind it wait.
+            if (i % 3 == 0)
+                QFLog::appendLog(u"entry %i %@", i, QString(200, u'x'));
+            else
+                QFLog::appendLog(u"entry %i", i);
+        }
+    });
+    worker.join();
+    const QStringList lines = current().split(u'\n');
+    int expected = 0;
+    for (const QString &line : lines) {
+        if (const qsizetype at = line.indexOf(u" - entry "); at >= 0) {
+            EXPECT_EQ(line.mid(at + 9).section(u' ', 0, 0).toInt(), expected) << line.toStdString();
+            ++expected;
+        }
+    }
+    EXPECT_EQ(expected, 300);
+}
+
 TEST_F(LogTest, MainThreadNeverWaits)
 {
     QFLog::createNewLog(QString(), true);
