@@ -163,6 +163,25 @@ QString decoded(const std::optional<QByteArray> &data)
     return data ? QString::fromUtf8(*data) : QString();
 }
 
+/// Asks for XML about the project (opening it when allowed) and closes the project
+/// again when asked to and it was not open before.
+std::optional<QByteArray> fetchXML(FourCharCode eventID, const QString &projectPath,
+                                   QList<std::pair<FourCharCode, AEDescriptor>> parameters,
+                                   bool launchFCP, bool closeProject)
+{
+    const std::optional<bool> wasOpen = makeSureProjectIsOpen(projectPath, launchFCP);
+    if (!wasOpen)
+        return std::nullopt;
+    const std::optional<AEDescriptor> reply =
+        sendEvent(eventID, projectPath, std::move(parameters), projectAndItem);
+    if (!reply)
+        return std::nullopt;
+    std::optional<QByteArray> data = readXMLReply(*reply);
+    if (data && closeProject && !*wasOpen)
+        QFAppleEvents::closeProject(projectPath, true);
+    return data;
+}
+
 } // namespace
 
 std::optional<QStringList> QFAppleEvents::listOfOpenFCPProjects()
@@ -198,21 +217,9 @@ std::optional<QStringList> QFAppleEvents::listOfOpenFCPProjects()
 std::optional<QByteArray> QFAppleEvents::getProjectXMLData(const QString &projectPath,
                                                            bool launchFCP, bool closeProject)
 {
-    return guarded("+[QFAppleEvents getProjectXMLData:launchFCP:closeProject:]",
-                   std::optional<QByteArray>(), [&]() -> std::optional<QByteArray> {
-                       const std::optional<bool> wasOpen =
-                           makeSureProjectIsOpen(projectPath, launchFCP);
-                       if (!wasOpen)
-                           return std::nullopt;
-                       const std::optional<AEDescriptor> reply =
-                           sendEvent(fourCharCode("eXML"), projectPath, {}, projectAndItem);
-                       if (!reply)
-                           return std::nullopt;
-                       std::optional<QByteArray> data = readXMLReply(*reply);
-                       if (data && closeProject && !*wasOpen)
-                           QFAppleEvents::closeProject(projectPath, true);
-                       return data;
-                   });
+    return guarded(
+        "+[QFAppleEvents getProjectXMLData:launchFCP:closeProject:]", std::optional<QByteArray>(),
+        [&] { return fetchXML(fourCharCode("eXML"), projectPath, {}, launchFCP, closeProject); });
 }
 
 QString QFAppleEvents::getProjectXML(const QString &projectPath, bool launchFCP, bool closeProject)
@@ -225,20 +232,10 @@ std::optional<QByteArray> QFAppleEvents::getItemXMLData(const QString &uuid,
                                                         bool closeProject)
 {
     return guarded("+[QFAppleEvents getItemXMLData:forProject:launchFCP:closeProject:]",
-                   std::optional<QByteArray>(), [&]() -> std::optional<QByteArray> {
-                       const std::optional<bool> wasOpen =
-                           makeSureProjectIsOpen(projectPath, launchFCP);
-                       if (!wasOpen)
-                           return std::nullopt;
-                       const std::optional<AEDescriptor> reply =
-                           sendEvent(fourCharCode("gXML"), projectPath,
-                                     {{itemKeyword, AEDescriptor::utf8Text(uuid)}}, projectAndItem);
-                       if (!reply)
-                           return std::nullopt;
-                       std::optional<QByteArray> data = readXMLReply(*reply);
-                       if (data && closeProject && !*wasOpen)
-                           QFAppleEvents::closeProject(projectPath, true);
-                       return data;
+                   std::optional<QByteArray>(), [&] {
+                       return fetchXML(fourCharCode("gXML"), projectPath,
+                                       {{itemKeyword, AEDescriptor::utf8Text(uuid)}}, launchFCP,
+                                       closeProject);
                    });
 }
 
