@@ -64,7 +64,6 @@ CommandLine CommandLine::parse(const QStringList &arguments)
     }
     if (parser.isSet(help)) {
         line.help = true;
-        line.message = helpText();
         return line;
     }
     const QStringList positional = parser.positionalArguments();

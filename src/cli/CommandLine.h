@@ -20,11 +20,10 @@ struct CommandLine
     bool open = false;
     bool quiet = false;
 
-    /// Help was asked for; the text is in message.
+    /// Help was asked for (helpText()).
     bool help = false;
     /// A usage error when not empty.
     QString error;
-    QString message;
 
     static CommandLine parse(const QStringList &arguments);
     static QString helpText();

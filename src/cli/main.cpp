@@ -159,7 +159,7 @@ int main(int argc, char *argv[])
     QCoreApplication app(argc, argv);
     const CommandLine line = CommandLine::parse(app.arguments());
     if (line.help) {
-        std::fputs(line.message.toUtf8().constData(), stdout);
+        std::fputs(CommandLine::helpText().toUtf8().constData(), stdout);
         return 0;
     }
     if (!line.error.isEmpty()) {

@@ -54,26 +54,6 @@ int int32Value(const QString &text)
                                   std::numeric_limits<int>::max()));
 }
 
-/// Remembers a failure in the one slot that the marker list reads and the final
-/// write share; a later success does not clear it.
-struct ErrorSlot
-{
-    std::optional<QFError> error;
-    QFError *fresh()
-    {
-        m_pending = QFError();
-        return &m_pending;
-    }
-    void collect()
-    {
-        if (!m_pending.domain.isEmpty())
-            error = m_pending;
-    }
-
-private:
-    QFError m_pending;
-};
-
 struct TimecodeSettings
 {
     bool ntsc = false;
@@ -97,18 +77,16 @@ TimecodeSettings readTimecodeSettings(const XmlNode &sequence)
 
 /// The marker list's lines as text, read as the procedure always has: the detected
 /// encoding (UTF-16 little-endian when unsure), and UTF-8 when that gives one line.
-QString readMarkerText(const QString &path, ErrorSlot &slot, qsizetype *lineCount)
+/// Failures land in errorSlot, which only failures write.
+QString readMarkerText(const QString &path, QFError &errorSlot, qsizetype *lineCount)
 {
-    const auto encoding = MarkerListText::detectFileEncoding(path, slot.fresh());
-    slot.collect();
+    const auto encoding = MarkerListText::detectFileEncoding(path, &errorSlot);
     QString text =
-        MarkerListText::readFile(path, encoding.value_or(QStringConverter::Utf16LE), slot.fresh());
-    slot.collect();
+        MarkerListText::readFile(path, encoding.value_or(QStringConverter::Utf16LE), &errorSlot);
     QFLog::appendLog(u"Marker text: %@", text);
     qsizetype lines = MarkerListText::splitLines(text).size();
     if (lines < 2) {
-        text = MarkerListText::readFile(path, QStringConverter::Utf8, slot.fresh());
-        slot.collect();
+        text = MarkerListText::readFile(path, QStringConverter::Utf8, &errorSlot);
         QFLog::appendLog(u"UTF-8 Marker text: %@", text);
         lines = MarkerListText::splitLines(text).size();
     }
@@ -231,7 +209,9 @@ void FCP7Import::startProcessingWithSettings(ImportHost &host, const ImportSetti
     QFLog::appendLog(u"Start frame: %li", timecode.startFrame);
     QFLog::appendLog(u"Timebase: %li", timecode.timebase);
 
-    ErrorSlot errorSlot;
+    // One error slot for the marker list reads and the final write: an earlier
+    // failure is still there after a successful write, and is reported.
+    QFError errorSlot;
     qsizetype lineCount = 0;
     const QString markerText = readMarkerText(host.markerListPath(), errorSlot, &lineCount);
     QFLog::appendLog(u"Line count: %li", lineCount);
@@ -248,13 +228,14 @@ void FCP7Import::startProcessingWithSettings(ImportHost &host, const ImportSetti
     if (records.size() < 2)
         return stop();
 
+    const bool stripWhitespace = UserTextEscaping::stripWhitespaceEnabled();
     for (qsizetype i = 1; i < records.size(); ++i) {
         const QFMarkerRecord &record = records[i];
         QFLog::appendLog(u"Tab count: %i", record.size());
         if (record.size() != 7)
             continue;
-        const QString name = UserTextEscaping::escapeUserInputForXML(record[2]);
-        const QString comment = UserTextEscaping::escapeUserInputForXML(record[3]);
+        const QString name = UserTextEscaping::escapeUserInputForXML(record[2], stripWhitespace);
+        const QString comment = UserTextEscaping::escapeUserInputForXML(record[3], stripWhitespace);
         const QString &start = record[4];
         const QString &duration = record[5];
         const QString colorName = record[6].trimmed();
@@ -324,12 +305,11 @@ void FCP7Import::startProcessingWithSettings(ImportHost &host, const ImportSetti
 
     if (QFileInfo(filename).suffix().toLower() == u"xml") {
         QFFileContents::writeAtomically(settings.outputPath.value_or(filename), output.toUtf8(),
-                                        errorSlot.fresh());
-        errorSlot.collect();
+                                        &errorSlot);
         stop();
-        if (errorSlot.error) {
+        if (!errorSlot.domain.isEmpty()) {
             host.showAlert(QStringLiteral("Failed to write marker data to disk."),
-                           errorSlot.error->localizedDescription(), window);
+                           errorSlot.localizedDescription(), window);
         } else {
             host.showAlert(
                 QStringLiteral("Markers successfully imported"),

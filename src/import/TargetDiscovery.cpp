@@ -2,6 +2,7 @@
 
 #include "diagnostics/QFLog.h"
 #include "fcp7link/QFAppleEvents.h"
+#include "import/FCP7Import.h"
 #include "support/QFFileContents.h"
 #include "support/QFFileManager.h"
 #include "support/QFUserDefaults.h"
@@ -10,16 +11,6 @@
 #include <QFileInfo>
 
 #include <memory>
-
-namespace {
-
-XmlNode firstNode(const QString &query, const XmlNode &parent)
-{
-    const QList<XmlNode> nodes = parent.nodesForXPath(query);
-    return nodes.isEmpty() ? XmlNode() : nodes.first();
-}
-
-} // namespace
 
 bool TargetDiscovery::openFilename(ImportHost &host, const QString &path)
 {
@@ -78,8 +69,8 @@ void TargetDiscovery::discoverFCP7(ImportHost &host, const QString &path)
     }
 
     for (const XmlNode &sequence : std::as_const(sequences)) {
-        const XmlNode name = firstNode(QStringLiteral("./name[1]"), sequence);
-        const XmlNode uuid = firstNode(QStringLiteral("./uuid[1]"), sequence);
+        const XmlNode name = FCP7Import::nodeForXPath(QStringLiteral("./name[1]"), sequence);
+        const XmlNode uuid = FCP7Import::nodeForXPath(QStringLiteral("./uuid[1]"), sequence);
         if (name && uuid)
             host.addItemToSequencePopUp(
                 {name.stringValue(), uuid.stringValue(), SequenceItem::Image::Sequence});
@@ -144,7 +135,7 @@ void TargetDiscovery::discoverFCPX(ImportHost &host, const QString &path)
         return;
     }
     for (const XmlNode &sequence : sequences) {
-        if (const XmlNode name = firstNode(QStringLiteral("../@name[1]"), sequence))
+        if (const XmlNode name = FCP7Import::nodeForXPath(QStringLiteral("../@name[1]"), sequence))
             host.addItemToSequencePopUp({name.stringValue(), sequence.xPath()});
     }
     if (!sequences.isEmpty())
@@ -153,7 +144,7 @@ void TargetDiscovery::discoverFCPX(ImportHost &host, const QString &path)
     const QList<XmlNode> clips =
         root.nodesForXPath(QStringLiteral("(./project/clip | ./library[1]/event[1]/project/clip)"));
     for (const XmlNode &clip : clips) {
-        if (const XmlNode name = firstNode(QStringLiteral("./@name[1]"), clip))
+        if (const XmlNode name = FCP7Import::nodeForXPath(QStringLiteral("./@name[1]"), clip))
             host.addItemToSequencePopUp(
                 {name.stringValue(), clip.xPath(), SequenceItem::Image::FCPXEvent});
     }

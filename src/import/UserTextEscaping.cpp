@@ -9,10 +9,14 @@ void registerDefaults()
     QFUserDefaults::standardUserDefaults().registerDefaults({{stripWhitespaceKey, 1}});
 }
 
+bool stripWhitespaceEnabled()
+{
+    return QFUserDefaults::standardUserDefaults().integerForKey(stripWhitespaceKey) == 1;
+}
+
 QString escapeUserInputForXML(const QString &text)
 {
-    return escapeUserInputForXML(
-        text, QFUserDefaults::standardUserDefaults().integerForKey(stripWhitespaceKey) == 1);
+    return escapeUserInputForXML(text, stripWhitespaceEnabled());
 }
 
 QString escapeUserInputForXML(const QString &text, bool stripWhitespace)

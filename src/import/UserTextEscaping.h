@@ -13,6 +13,8 @@ inline const QString stripWhitespaceKey = QStringLiteral("stripWhitespace");
 /// Registers the import's default preferences (stripWhitespace = 1) with the
 /// application's defaults.
 void registerDefaults();
+/// Whether the preference asks for trimming.
+bool stripWhitespaceEnabled();
 
 /// Typographic quotes made plain, then & " ' < > escaped (an "&amp;" already typed is
 /// kept, other entities are escaped again), carriage returns and line feeds removed,
