@@ -274,13 +274,26 @@ void QFLog::closeFile()
 
 QString QFLog::escapeTextForLogging(const QString &text)
 {
-    if (!text.contains(u'%'))
-        return text;
-    QString result = text;
-    for (const char *directive : {"% ", "%.", "%!", "%,", "%-", "%;", "%:", "%+"}) {
-        const QString from = QLatin1StringView(directive);
-        result.replace(from, u'%' + from);
+    // Every format passes through here, so one pass instead of a replace per pattern:
+    // "% ", "%.", "%!", "%,", "%-", "%;", "%:" and "%+" get their percent sign doubled.
+    const qsizetype n = text.size();
+    const auto strayAt = [&text, n](qsizetype i) {
+        return text[i] == u'%' && i + 1 < n && QStringView(u" .!,-;:+").contains(text[i + 1]);
+    };
+    qsizetype first = 0;
+    while (first < n && !strayAt(first))
+        ++first;
+    QString result = text.left(first);
+    if (first < n) {
+        result.reserve(n + 8);
+        for (qsizetype i = first; i < n; ++i) {
+            result += text[i];
+            if (strayAt(i))
+                result += u'%';
+        }
     }
+    if (!result.contains(QStringLiteral("%%%")))
+        return result;
     result.replace(QStringLiteral("%%%"), QStringLiteral("%%"));
     return result;
 }
