@@ -19,13 +19,16 @@ public:
     {
         EXPECT_TRUE(m_dir.isValid());
         for (const char *variable :
-             {"HOME", "XDG_CONFIG_HOME", "XDG_STATE_HOME", "XDG_CACHE_HOME", "XDG_DATA_HOME"})
+             {"HOME", "XDG_CONFIG_HOME", "XDG_STATE_HOME", "XDG_CACHE_HOME", "XDG_DATA_HOME", "TMPDIR"})
             m_saved.append({variable, qgetenv(variable)});
         qputenv("HOME", m_dir.path().toUtf8());
         qputenv("XDG_CONFIG_HOME", (m_dir.path() + "/.config").toUtf8());
         qputenv("XDG_STATE_HOME", (m_dir.path() + "/.local/state").toUtf8());
         qputenv("XDG_CACHE_HOME", (m_dir.path() + "/.cache").toUtf8());
         qputenv("XDG_DATA_HOME", (m_dir.path() + "/.local/share").toUtf8());
+        // Temporary files of the code under test land here too, and go with the home.
+        QDir().mkpath(tempPath());
+        qputenv("TMPDIR", tempPath().toUtf8());
         QFLocalPaths::setRealUserIdForTesting(1000);
     }
     ~TempHome()
@@ -35,6 +38,7 @@ public:
             qputenv(name, value);
     }
     QString path() const { return m_dir.path(); }
+    QString tempPath() const { return m_dir.path() + QStringLiteral("/temporary"); }
 
     static QByteArray read(const QString &path)
     {

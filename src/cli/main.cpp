@@ -6,11 +6,15 @@
 #include "diagnostics/QFLog.h"
 #include "fcp7link/QFAppleEvents.h"
 #include "import/FCP7Import.h"
+#include "import/FCPXImport.h"
 #include "import/MarkerListText.h"
 #include "import/TargetDiscovery.h"
 #include "import/UserTextEscaping.h"
+#include "support/QFFileContents.h"
+#include "support/QFFileManager.h"
 
 #include <QCoreApplication>
+#include <QDir>
 #include <QFileInfo>
 #include <QThread>
 
@@ -57,7 +61,7 @@ QString checkPaths(const CommandLine &line)
     if (line.output && !fileTarget)
         return QStringLiteral("--output needs an XML file as the target; a Final Cut Pro 7 "
                               "project gets its result inside the editor");
-    if (line.output && extension == u"xml") {
+    if (line.output) {
         const QFileInfo output(*line.output);
         if (output.isDir())
             return QStringLiteral("--output %1 is a folder; give the path of the file to write")
@@ -65,30 +69,59 @@ QString checkPaths(const CommandLine &line)
         if (!QFileInfo(output.absolutePath()).isDir())
             return QStringLiteral("--output %1: the folder %2 does not exist")
                 .arg(*line.output, output.absolutePath());
+        if (extension != u"xml" && output.exists() &&
+            output.canonicalFilePath() == target.canonicalFilePath())
+            return QStringLiteral("--output %1 is the target itself; a Final Cut Pro X "
+                                  "document is never rewritten, give another path")
+                .arg(*line.output);
+        if (extension == u"fcpxmld" && output.exists())
+            return QStringLiteral("--output %1 already exists; a bundle is not written over")
+                .arg(*line.output);
     }
     return QString();
 }
 
-/// The uuid to import into: the item named by --sequence (its represented object,
-/// or failing that its title), else the first item listed. When discovery listed
-/// nothing, the procedure gets what was asked for (or nothing) and says itself why it
-/// finds no sequence. Nothing when --sequence names no listed item.
-std::optional<QString> chooseUuid(const QList<SequenceItem> &items,
-                                  const std::optional<QString> &wanted)
+/// The item to import into: the one named by --sequence (its represented object, or
+/// failing that its title), else the first listed. When discovery listed nothing, the
+/// procedure gets what was asked for (or nothing) and says itself why it finds no
+/// sequence. Nothing when --sequence names no listed item.
+std::optional<SequenceItem> chooseItem(const QList<SequenceItem> &items,
+                                       const std::optional<QString> &wanted)
 {
-    if (items.isEmpty())
-        return wanted.value_or(QStringLiteral(""));
+    if (items.isEmpty()) {
+        const QString asked = wanted.value_or(QStringLiteral(""));
+        return SequenceItem{asked, asked};
+    }
     if (!wanted)
-        return items.first().representedObject;
+        return items.first();
     for (const SequenceItem &item : items) {
         if (item.representedObject == *wanted)
-            return item.representedObject;
+            return item;
     }
     for (const SequenceItem &item : items) {
         if (item.title == *wanted)
-            return item.representedObject;
+            return item;
     }
     return std::nullopt;
+}
+
+/// Copies an FCPX result (file or bundle) to where --output asked for it.
+bool deliverFCPXResult(const QString &result, const QString &output)
+{
+    if (QFileInfo(result).isDir())
+        return QFFileManager::copyFile(result, output, false);
+    QFError error;
+    const std::optional<QByteArray> bytes = QFFileContents::read(result, &error);
+    if (bytes && QFFileContents::writeAtomically(output, *bytes, &error))
+        return true;
+    printError(QStringLiteral("the result could not be copied to %1: %2")
+                   .arg(output, error.localizedDescription()));
+    return false;
+}
+
+void printResult(const QString &path)
+{
+    std::printf("Result: %s\n", QFileInfo(path).absoluteFilePath().toUtf8().constData());
 }
 
 int run(const CommandLine &line)
@@ -114,18 +147,12 @@ int run(const CommandLine &line)
     }
     if (!host.alerts().isEmpty())
         return failureStatus; // discovery already said why
-    if (kind.isFCPX) {
-        printError(QStringLiteral("importing into Final Cut Pro X files is not available in this "
-                                  "version; %1 was left as it is")
-                       .arg(line.target));
-        return failureStatus;
-    }
-    if (line.todo || line.open)
+    if (!kind.isFCPX && (line.todo || line.open))
         host.progress(QStringLiteral("--todo and --open apply to Final Cut Pro X targets only; "
                                      "ignored"));
 
-    const std::optional<QString> uuid = chooseUuid(items, line.sequence);
-    if (!uuid) {
+    const std::optional<SequenceItem> item = chooseItem(items, line.sequence);
+    if (!item) {
         printError(QStringLiteral("%1 holds no item \"%2\"; --list shows what it holds")
                        .arg(line.target, *line.sequence));
         return usageStatus;
@@ -136,19 +163,46 @@ int run(const CommandLine &line)
     settings.clearExistingMarkers = line.clear;
     settings.frameOffset = line.offset;
     settings.frameOffsetUnitIndex = line.unitIndex;
-    settings.uuid = *uuid;
-    settings.outputPath = line.output;
-    FCP7Import::startProcessingWithSettings(host, settings);
+    QString result;
+    if (kind.isFCPX) {
+        // Choosing an event clip imports onto that clip rather than a storyline.
+        host.targetKind().isEvent = item->image == SequenceItem::Image::FCPXEvent;
+        settings.sequenceXPath = item->representedObject;
+        settings.todoMarkersEnabled = line.todo;
+        settings.handOffResult = line.open;
+        result = FCPXImport::startProcessingFCPXWithSettings(host, settings);
+    } else {
+        settings.uuid = item->representedObject;
+        settings.outputPath = line.output;
+        FCP7Import::startProcessingWithSettings(host, settings);
+        if (kind.isXMLFile)
+            result = line.output.value_or(line.target);
+    }
 
-    const int status = TerminalHost::exitStatus(host.alerts());
+    int status = TerminalHost::exitStatus(host.alerts());
     if (status == 3)
         host.progress(QStringLiteral("Nothing was imported: %1 holds no complete marker line (or "
                                      "no sequence was chosen).")
                           .arg(line.markerList));
-    if (status == 0 && kind.isXMLFile && !line.quiet)
-        std::printf(
-            "Result: %s\n",
-            QFileInfo(line.output.value_or(line.target)).absoluteFilePath().toUtf8().constData());
+    const bool written = status == 0 || (status == 1 && kind.isFCPX);
+    if (!written || result.isEmpty())
+        return status;
+    if (kind.isFCPX) {
+        const QString file = QFileInfo(result).isDir()
+                                 ? QDir(result).filePath(QStringLiteral("Info.fcpxml"))
+                                 : result;
+        if (!QFileInfo(file).isFile()) {
+            printError(QStringLiteral("the result could not be written to %1").arg(file));
+            return failureStatus;
+        }
+    }
+    if (kind.isFCPX && line.output) {
+        if (!deliverFCPXResult(result, *line.output))
+            return failureStatus;
+        result = *line.output;
+    }
+    if (!line.quiet)
+        printResult(result);
     return status;
 }
 

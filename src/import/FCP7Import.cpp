@@ -75,25 +75,6 @@ TimecodeSettings readTimecodeSettings(const XmlNode &sequence)
     return settings;
 }
 
-/// The marker list's lines as text, read as the procedure always has: the detected
-/// encoding (UTF-16 little-endian when unsure), and UTF-8 when that gives one line.
-/// Failures land in errorSlot, which only failures write.
-QString readMarkerText(const QString &path, QFError &errorSlot, qsizetype *lineCount)
-{
-    const auto encoding = MarkerListText::detectFileEncoding(path, &errorSlot);
-    QString text =
-        MarkerListText::readFile(path, encoding.value_or(QStringConverter::Utf16LE), &errorSlot);
-    QFLog::appendLog(u"Marker text: %@", text);
-    qsizetype lines = MarkerListText::splitLines(text).size();
-    if (lines < 2) {
-        text = MarkerListText::readFile(path, QStringConverter::Utf8, &errorSlot);
-        QFLog::appendLog(u"UTF-8 Marker text: %@", text);
-        lines = MarkerListText::splitLines(text).size();
-    }
-    *lineCount = lines;
-    return text;
-}
-
 QString bin(const QString &uuid, const QString &sequence)
 {
     return QFFormat::format(u"<bin><uuid>%@</uuid><updatebehavior>add</updatebehavior>"
@@ -212,10 +193,11 @@ void FCP7Import::startProcessingWithSettings(ImportHost &host, const ImportSetti
     // One error slot for the marker list reads and the final write: an earlier
     // failure is still there after a successful write, and is reported.
     QFError errorSlot;
-    qsizetype lineCount = 0;
-    const QString markerText = readMarkerText(host.markerListPath(), errorSlot, &lineCount);
-    QFLog::appendLog(u"Line count: %li", lineCount);
-    if (lineCount < 2) {
+    const auto keep = [&errorSlot](const QFError &error) { errorSlot = error; };
+    const MarkerListText::ImportText markerText =
+        MarkerListText::readForImport(host.markerListPath(), keep, keep);
+    QFLog::appendLog(u"Line count: %li", markerText.lineCount);
+    if (markerText.lineCount < 2) {
         QFLog::appendLog(u"Error: unable to load marker list");
         host.showAlert(QStringLiteral("Unable to read marker list"),
                        QStringLiteral("The file may be corrupt, empty or in an invalid format."),
@@ -224,7 +206,8 @@ void FCP7Import::startProcessingWithSettings(ImportHost &host, const ImportSetti
     }
 
     const qint64 offset = settings.offsetInFrames(timecode.timebase);
-    const QList<QFMarkerRecord> records = QFFCP7MarkerListParser::parseMarkersFromText(markerText);
+    const QList<QFMarkerRecord> records =
+        QFFCP7MarkerListParser::parseMarkersFromText(markerText.text);
     if (records.size() < 2)
         return stop();
 

@@ -1,5 +1,6 @@
 #include "MarkerListText.h"
 
+#include "diagnostics/QFLog.h"
 #include "support/QFFileContents.h"
 
 #include <QFileInfo>
@@ -84,6 +85,31 @@ QStringList splitLines(const QString &text)
     if (lines.size() < 2)
         lines = text.split(u'\r');
     return lines;
+}
+
+ImportText readForImport(const QString &path, const ReadFailure &readFailed,
+                         const ReadFailure &otherFailed)
+{
+    QFError error;
+    const auto reportTo = [&error](const ReadFailure &failed) {
+        if (!error.domain.isEmpty() && failed)
+            failed(error);
+        error = QFError();
+    };
+    const auto encoding = detectFileEncoding(path, &error);
+    reportTo(otherFailed);
+    ImportText read;
+    read.text = readFile(path, encoding.value_or(QStringConverter::Utf16LE), &error);
+    reportTo(readFailed);
+    QFLog::appendLog(u"Marker text: %@", read.text);
+    read.lineCount = splitLines(read.text).size();
+    if (read.lineCount < 2) {
+        read.text = readFile(path, QStringConverter::Utf8, &error);
+        reportTo(otherFailed);
+        QFLog::appendLog(u"UTF-8 Marker text: %@", read.text);
+        read.lineCount = splitLines(read.text).size();
+    }
+    return read;
 }
 
 } // namespace MarkerListText

@@ -7,6 +7,7 @@
 #include <QStringConverter>
 #include <QStringList>
 
+#include <functional>
 #include <optional>
 
 /// Decoding the bytes of a marker list file into text.
@@ -38,5 +39,22 @@ QString readFile(const QString &path, QStringConverter::Encoding encoding,
 /// The text's lines: split at line feeds, or at carriage returns when that gives
 /// fewer than two pieces. Empty for a null text.
 QStringList splitLines(const QString &text);
+
+/// A marker list as the import procedures read it.
+struct ImportText
+{
+    QString text;
+    /// Lines of the text (splitLines); fewer than two means nothing to import.
+    qsizetype lineCount = 0;
+};
+
+/// Reads the marker list as the import procedures always have: in the detected
+/// encoding (UTF-16 little-endian when unsure), then as UTF-8 when that gives fewer
+/// than two lines. Each text read is logged ("Marker text: ", "UTF-8 Marker text: ").
+/// A failure of the first read goes to readFailed before its text is logged; a failed
+/// detection or UTF-8 read to otherFailed.
+using ReadFailure = std::function<void(const QFError &)>;
+ImportText readForImport(const QString &path, const ReadFailure &readFailed,
+                         const ReadFailure &otherFailed);
 
 } // namespace MarkerListText

@@ -101,8 +101,10 @@ QString TargetDiscovery::fcpxmlDocumentPath(ImportHost &host, const QString &pat
         QFLog::appendLogAndPrint(u"Failed to open file %@: %@", path, reason);
         return giveUp(reason);
     }
+    // Listed by name: the order of the folder itself differs between file systems,
+    // and discovery and import must take the same entry on every machine.
     const QStringList entries =
-        bundle.entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Unsorted);
+        bundle.entryList(QDir::AllEntries | QDir::Hidden | QDir::NoDotAndDotDot, QDir::Name);
     for (const QString &entry : entries) {
         if (entry.endsWith(u".fcpxml"))
             return bundle.filePath(entry);

@@ -28,7 +28,7 @@ public:
     static void updateProject(ImportHost &host, const QString &path);
 
     /// The FCPXML file of a target: the path itself, or for a bundle the first entry
-    /// (in listing order) ending in ".fcpxml". Null when there is none; the log
+    /// (listed by name) ending in ".fcpxml". Null when there is none; the log
     /// line, the alert and the host's controls are then already taken care of.
     static QString fcpxmlDocumentPath(ImportHost &host, const QString &path);
 

@@ -257,6 +257,29 @@ XmlNode XmlNode::addChild(const XmlNode &element)
     return XmlNode(added);
 }
 
+XmlNode XmlNode::insertSiblingBefore(const XmlNode &element)
+{
+    return insertSibling(element, xmlAddPrevSibling);
+}
+
+XmlNode XmlNode::insertSiblingAfter(const XmlNode &element)
+{
+    return insertSibling(element, xmlAddNextSibling);
+}
+
+XmlNode XmlNode::insertSibling(const XmlNode &element, _xmlNode *(*add)(_xmlNode *, _xmlNode *))
+{
+    if (kind() != Kind::Element || element.kind() != Kind::Element || !m_node->parent)
+        return XmlNode();
+    xmlNodePtr copy = xmlDocCopyNode(element.m_node, m_node->doc, 1);
+    if (!copy)
+        return XmlNode();
+    xmlNodePtr inserted = add(m_node, copy);
+    if (!inserted)
+        xmlFreeNode(copy);
+    return XmlNode(inserted);
+}
+
 QString XmlNode::xPath() const
 {
     if (!m_node)

@@ -75,6 +75,11 @@ public:
     XmlNode insertChild(const XmlNode &element, int index);
     /// Appends a copy of element as the last child.
     XmlNode addChild(const XmlNode &element);
+    /// Inserts a copy of element among this node's siblings, right before or right
+    /// after it, without counting children. Nil when either node is no element or this
+    /// one has no parent.
+    XmlNode insertSiblingBefore(const XmlNode &element);
+    XmlNode insertSiblingAfter(const XmlNode &element);
 
     /// The node's own path expression ("/fcpxml/library/event/project/sequence[2]"),
     /// which finds this node again when evaluated on the document.
@@ -92,5 +97,7 @@ public:
     }
 
 private:
+    XmlNode insertSibling(const XmlNode &element, _xmlNode *(*add)(_xmlNode *, _xmlNode *));
+
     _xmlNode *m_node = nullptr;
 };

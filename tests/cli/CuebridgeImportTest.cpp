@@ -2,12 +2,16 @@
 
 #include "xml/XmlDocument.h"
 
+#include "FcpxmlDtd.h"
+
 #include "QtPrinters.h"
 #include "TempHome.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QProcess>
 #include <QStringEncoder>
+#include <QThread>
 
 #include <ostream>
 
@@ -411,5 +415,120 @@ INSTANTIATE_TEST_SUITE_P(
                 "cuebridge-import: "},
         Refusal{"UnknownOption", oneMarker, {}, {u"--colour"_qs}, 64, "cuebridge-import: "}),
     [](const auto &param) { return std::string(param.param.name); });
+
+// --- Final Cut Pro X targets ------------------------------------------------------------
+
+const QString librarySequence = u"/fcpxml/library/event/project/sequence"_qs;
+
+/// The path printed after "Result: ".
+QString resultPath(const Outcome &outcome)
+{
+    const qsizetype at = outcome.out.indexOf(u"Result: ");
+    return at < 0 ? QString() : outcome.out.mid(at + 8).trimmed();
+}
+
+TEST_F(Cli, AnFcpxLibraryIsListedAndImportedIntoACopy)
+{
+    const QString target = copy(u"library.fcpxml"_qs);
+    const QByteArray before = TempHome::read(target);
+    const Outcome list = run({u"--list"_qs, markers("x"), target});
+    EXPECT_EQ(list.out, QStringLiteral("Cut 3\t%1\n").arg(librarySequence));
+
+    const Outcome result =
+        run({u"--todo"_qs, u"--sequence"_qs, librarySequence,
+             markers(markerList({{"A", "b", "00:01:50:00", "00:00:05:00", "Red"}})), target});
+    EXPECT_EQ(result.status, 0) << result.err.toStdString();
+    const QString written = resultPath(result);
+    EXPECT_TRUE(written.startsWith(home.tempPath()) && written.endsWith(u".fcpxml"))
+        << result.out.toStdString();
+    const QByteArray output = TempHome::read(written);
+    EXPECT_TRUE(output.contains(
+        R"(<marker start="37500/2500s" duration="100/2500s" value="A -  b" completed="0"/>)"))
+        << output.toStdString();
+    EXPECT_EQ(FcpxmlDtd::problems(output), QString());
+    EXPECT_EQ(TempHome::read(target), before);
+}
+
+TEST_F(Cli, AnFcpxResultIsCopiedWhereAskedAndAPartialImportExitsOne)
+{
+    const QString bundle = path(u"Cut.fcpxmld"_qs);
+    TempHome::write(bundle + u"/Info.fcpxml"_qs, TempHome::read(data + u"/library.fcpxml"_qs));
+    const Outcome result =
+        run({u"--output"_qs, path(u"Out.fcpxmld"_qs),
+             markers(markerList({{"in", "", "00:00:01:00", "00:00:00:00", "Red"},
+                                 {"past", "", "02:00:00:00", "00:00:00:00", "Red"}})),
+             bundle});
+    EXPECT_EQ(result.status, 1) << result.err.toStdString();
+    EXPECT_TRUE(result.out.startsWith(u"Some markers failed to import: "))
+        << result.out.toStdString();
+    EXPECT_EQ(resultPath(result), path(u"Out.fcpxmld"_qs));
+    EXPECT_EQ(QDir(path(u"Out.fcpxmld"_qs)).entryList(QDir::Files), QStringList{u"Info.fcpxml"_qs});
+    EXPECT_TRUE(TempHome::read(path(u"Out.fcpxmld/Info.fcpxml"_qs)).contains("value=\"in\""));
+}
+
+TEST_F(Cli, OpenHandsTheResultToTheEditorsDesktopEntry)
+{
+    // A stand-in for the editor that notes which file it was given.
+    const QString opened = path(u"opened"_qs);
+    const QString editor = path(u"editor.sh"_qs);
+    TempHome::write(editor, "#!/bin/sh\necho \"$1\" > \"" + opened.toUtf8() + ".part\" && mv \"" +
+                                opened.toUtf8() + ".part\" \"" + opened.toUtf8() + "\"\n");
+    QFile::setPermissions(editor, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    TempHome::write(
+        home.path() + u"/.local/share/applications/com.apple.FinalCut.desktop"_qs,
+        "[Desktop Entry]\nType=Application\nName=Final Cut Pro\nExec=" + editor.toUtf8() + " %f\n");
+
+    const Outcome result =
+        run({u"--open"_qs, markers(markerList({{"A", "", "00:00:01:00", "00:00:00:00", "Red"}})),
+             copy(u"library.fcpxml"_qs)});
+    EXPECT_EQ(result.status, 0) << result.err.toStdString();
+    EXPECT_TRUE(result.out.startsWith(u"Markers successfully imported: A copy of your project "
+                                      u"was sent to Final Cut Pro."));
+    QElapsedTimer waited;
+    waited.start();
+    while (!QFile::exists(opened) && waited.elapsed() < 10000)
+        QThread::msleep(20);
+    EXPECT_EQ(TempHome::read(opened).trimmed(), resultPath(result).toUtf8());
+}
+
+TEST_F(Cli, FcpxRefusalsSayWhyAndWriteNothing)
+{
+    const QString target = copy(u"library.fcpxml"_qs);
+    const QString list = markers(oneMarker);
+    QDir().mkpath(path(u"Empty.fcpxmld/Assets"_qs));
+    QDir().mkpath(path(u"Taken.fcpxmld"_qs));
+    QByteArray deep = "<?xml version=\"1.0\"?><fcpxml version=\"1.8\"><library><event><project "
+                      "name=\"P\"><sequence format=\"r1\">";
+    deep += QByteArray("<spine>").repeated(100000) + QByteArray("</spine>").repeated(100000);
+    deep += "</sequence></project></event></library></fcpxml>";
+    TempHome::write(path(u"deep.fcpxml"_qs), deep);
+
+    const struct
+    {
+        QStringList arguments;
+        int status;
+        const char *said;
+    } cases[] = {
+        {{u"--sequence"_qs, u"/fcpxml/library/event[2]"_qs, list, target}, 64, "holds no item"},
+        {{u"--output"_qs, target, list, target}, 64, "is the target itself"},
+        {{u"--output"_qs, path(u"Taken.fcpxmld"_qs), list, target}, 64, "is a folder"},
+        {{list, path(u"Empty.fcpxmld"_qs)},
+         2,
+         "Failed to open file: Could not locate any XML files inside bundle."},
+        {{u"--sequence"_qs, u"/fcpxml/library/event/project/sequence"_qs, list,
+          path(u"deep.fcpxml"_qs)},
+         2,
+         "Unable to find sequence"},
+    };
+    const QByteArray before = TempHome::read(target);
+    for (const auto &c : cases) {
+        const Outcome result = run(c.arguments);
+        EXPECT_EQ(result.status, c.status) << c.said << result.err.toStdString();
+        EXPECT_TRUE(result.err.contains(QLatin1StringView(c.said))) << result.err.toStdString();
+        EXPECT_EQ(TempHome::read(target), before);
+        EXPECT_EQ(QDir(home.tempPath()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+                  QStringList());
+    }
+}
 
 } // namespace

@@ -1,0 +1,147 @@
+#include "FCPXPlacement.h"
+
+#include "time/QFFCPXMLParser.h"
+
+#include <QSet>
+
+#include <algorithm>
+#include <cmath>
+
+namespace {
+
+double seconds(const XmlNode &element, const QString &attribute)
+{
+    return QFFCPXMLParser::secondsFromTimeString(element.attributeForName(attribute).stringValue());
+}
+
+using NameSet = QSet<QString>;
+
+NameSet names(std::initializer_list<const char16_t *> list)
+{
+    NameSet set;
+    for (const char16_t *name : list)
+        set.insert(QString::fromUtf16(name));
+    return set;
+}
+
+/// What a marker follows: notes, timing, adjustments and the story elements.
+const NameSet &storyElements()
+{
+    static const NameSet set = names({u"note",
+                                      u"conform-rate",
+                                      u"timeMap",
+                                      u"adjust-corners",
+                                      u"adjust-conform",
+                                      u"adjust-transform",
+                                      u"adjust-blend",
+                                      u"adjust-stabilization",
+                                      u"adjust-rollingShutter",
+                                      u"adjust-volume",
+                                      u"adjust-panner",
+                                      u"audio",
+                                      u"video",
+                                      u"clip",
+                                      u"title",
+                                      u"caption",
+                                      u"mc-clip",
+                                      u"ref-clip",
+                                      u"sync-clip",
+                                      u"asset-clip",
+                                      u"audition",
+                                      u"spine",
+                                      u"transition",
+                                      u"mc-source",
+                                      u"gap"});
+    return set;
+}
+
+/// What a marker precedes.
+const NameSet &laterElements()
+{
+    static const NameSet set = names({u"chapter-marker", u"rating", u"keyword", u"analysis-marker",
+                                      u"audio-channel-source", u"metadata", u"filter-video-mask"});
+    return set;
+}
+
+const NameSet &filters()
+{
+    static const NameSet set = names({u"filter-video", u"filter-audio"});
+    return set;
+}
+
+} // namespace
+
+FCPXClipRanges::FCPXClipRanges(const QList<XmlNode> &clips, double fps)
+{
+    static const QString offsetName = QStringLiteral("offset");
+    static const QString startName = QStringLiteral("start");
+    static const QString durationName = QStringLiteral("duration");
+
+    m_clips.reserve(size_t(clips.size()));
+    bool ordered = true;
+    for (const XmlNode &element : clips) {
+        Clip clip;
+        clip.element = element;
+        clip.offset = seconds(element, offsetName) * fps;
+        clip.start = seconds(element, startName);
+        clip.end = clip.offset + seconds(element, durationName) * fps;
+        if (std::isnan(clip.offset) || std::isnan(clip.end) ||
+            (!m_clips.empty() && clip.offset < m_clips.back().offset))
+            ordered = false;
+        m_clips.push_back(clip);
+    }
+    if (!ordered)
+        return;
+    m_reach.reserve(m_clips.size());
+    for (const Clip &clip : m_clips)
+        m_reach.push_back(m_reach.empty() ? clip.end : std::max(m_reach.back(), clip.end));
+}
+
+const FCPXClipRanges::Clip *FCPXClipRanges::clipAt(double position) const
+{
+    if (m_reach.size() != m_clips.size() || std::isnan(position)) {
+        const auto found = std::find_if(m_clips.begin(), m_clips.end(), [position](const Clip &c) {
+            return c.offset <= position && c.end > position;
+        });
+        return found == m_clips.end() ? nullptr : &*found;
+    }
+    // Clips before `starting` begin at or before the position; the first clip whose
+    // reach passes it is the first that ends after it, and it holds the position when
+    // it also begins in time.
+    const auto starting =
+        std::upper_bound(m_clips.begin(), m_clips.end(), position,
+                         [](double p, const Clip &clip) { return p < clip.offset; });
+    const auto reaching = std::upper_bound(m_reach.begin(), m_reach.end(), position);
+    const auto index = reaching - m_reach.begin();
+    return index < starting - m_clips.begin() ? &m_clips[size_t(index)] : nullptr;
+}
+
+FCPXMarkerInsertion::Place FCPXMarkerInsertion::placeIn(const XmlNode &clip)
+{
+    const bool transition = clip.name() == u"transition";
+    Place place;
+    for (XmlNode child = clip.childAt(0); child; child = child.nextSibling()) {
+        const QString name = child.name();
+        if (name.isNull())
+            continue;
+        const bool filter = filters().contains(name);
+        if (storyElements().contains(name) || (transition && filter))
+            place.after = child;
+        else if (!place.before && (laterElements().contains(name) || (!transition && filter)))
+            place.before = child;
+    }
+    return place;
+}
+
+XmlNode FCPXMarkerInsertion::insert(XmlNode clip, const XmlNode &marker)
+{
+    auto found = m_places.find(clip);
+    if (found == m_places.end())
+        found = m_places.insert(clip, placeIn(clip));
+    const Place &place = *found;
+    if (place.after)
+        return XmlNode(place.after).insertSiblingAfter(marker);
+    if (place.before)
+        return XmlNode(place.before).insertSiblingBefore(marker);
+    return clip.addChild(marker);
+}

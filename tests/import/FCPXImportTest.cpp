@@ -1,0 +1,544 @@
+// The Final Cut Pro X import, run in-process through a recording front end. Every
+// document it writes is checked against the DTD of its version.
+
+#include "import/FCPXImport.h"
+#include "import/ImportSettings.h"
+#include "support/QFWorkspace.h"
+#include "xml/QFXMLParser.h"
+#include "xml/XmlDocument.h"
+
+#include "FcpxmlDtd.h"
+#include "LoggedTest.h"
+#include "QtPrinters.h"
+#include "RecordingHost.h"
+
+#include <QDir>
+#include <QFile>
+
+#include <functional>
+
+namespace {
+
+const QString sequencePath = QStringLiteral("/fcpxml/library/event/project/sequence");
+
+/// A library-form document (FCPXML 1.8) with the spine's content given.
+QByteArray library(const QString &spine, const QString &frameDuration = u"100/2500s"_qs,
+                   const QString &tcFormat = u"tcFormat=\"NDF\""_qs)
+{
+    return QStringLiteral(R"(<?xml version="1.0" encoding="UTF-8"?>
+<!DOCTYPE fcpxml>
+<fcpxml version="1.8">
+  <resources>
+    <format id="r1" name="FFVideoFormat1080p" frameDuration="%1" width="1920" height="1080"/>
+    <asset id="r2" name="Media" src="file:///media.mov" start="0s" duration="7200s" hasVideo="1" hasAudio="1" format="r1"/>
+    <effect id="r3" name="Basic Title" uid=".../Titles.localized/Basic Title.moti"/>
+    <effect id="r4" name="Cross Dissolve" uid="FxPlug:4731E73A-8DAC-4113-9A30-AE85B1761265"/>
+  </resources>
+  <library location="file:///Review.fcpbundle/">
+    <event name="Dailies">
+      <project name="Cut">
+        <sequence format="r1" duration="60s" tcStart="0s" %3>
+          <spine>%2</spine>
+        </sequence>
+      </project>
+      <asset-clip name="Event clip" ref="r2" duration="60s" format="r1"/>
+    </event>
+  </library>
+</fcpxml>
+)")
+        .arg(frameDuration, spine, tcFormat)
+        .toUtf8();
+}
+
+/// Four storyline elements at 25 fps: A [0, 10 s), B [10, 20 s) whose media starts at
+/// 3600 s, a gap [20, 25 s) and a title [25, 30 s).
+const QString fourClips = QStringLiteral(
+    R"(<asset-clip name="A" ref="r2" offset="0s" duration="10s" format="r1"/>
+       <asset-clip name="B" ref="r2" offset="10s" start="3600s" duration="10s" format="r1"/>
+       <gap name="G" offset="20s" duration="5s"/>
+       <title name="T" ref="r3" offset="25s" duration="5s"/>)");
+
+/// A marker list with one line per (name, comment, start) and a header line.
+QByteArray markerList(std::initializer_list<std::array<const char *, 3>> records)
+{
+    QByteArray text = "#\tTrack\tName\tComment\tStart\tDuration\tColor\n";
+    int index = 1;
+    for (const auto &[name, comment, start] : records)
+        text += QByteArray::number(index++) + "\tV1\t" + name + '\t' + comment + '\t' + start +
+                "\t00:00:00:00\tRed\n";
+    return text;
+}
+
+class RecordingWorkspace : public QFWorkspace
+{
+public:
+    bool isApplicationRunning(const QString &) override { return false; }
+    QString pathForApplication(const QString &) override { return QString(); }
+    bool openFile(const QString &path, const QString &bundleIdentifier,
+                  LaunchOptions options) override
+    {
+        opened << QStringLiteral("%1 with %2%3")
+                      .arg(path, bundleIdentifier,
+                           options.testFlag(Asynchronous) ? u" async"_qs : u""_qs);
+        return false;
+    }
+    QStringList opened;
+};
+
+using Adjust = std::function<void(ImportSettings &, TargetKind &)>;
+
+class FCPXImportTest : public LoggedTest
+{
+protected:
+    void SetUp() override
+    {
+        LoggedTest::SetUp();
+        QFWorkspace::setSharedForTesting(&workspace);
+    }
+    void TearDown() override
+    {
+        QFWorkspace::setSharedForTesting(nullptr);
+        LoggedTest::TearDown();
+    }
+
+    QString file(const QString &name, const QByteArray &bytes)
+    {
+        const QString path = QDir(home.path()).filePath(name);
+        TempHome::write(path, bytes);
+        return path;
+    }
+
+    /// Imports the marker list into the target (a document written to "cut.fcpxml", or
+    /// the path given by adjust), checks that the target is left as it was and that
+    /// a written result validates whenever the target did. The result's path.
+    QString importInto(const QByteArray &document, const QByteArray &markers,
+                       const Adjust &adjust = {})
+    {
+        host = std::make_unique<RecordingHost>(file(u"markers.txt"_qs, markers));
+        ImportSettings settings;
+        settings.filename = file(u"cut.fcpxml"_qs, document);
+        settings.sequenceXPath = sequencePath;
+        if (adjust)
+            adjust(settings, host->kind);
+        const QByteArray before = TempHome::read(settings.filename);
+        result = FCPXImport::startProcessingFCPXWithSettings(*host, settings);
+        EXPECT_EQ(TempHome::read(settings.filename), before) << "the user's file was written";
+        output.clear();
+        if (!result.isNull()) {
+            output =
+                TempHome::read(QFileInfo(result).isDir() ? result + u"/Info.fcpxml"_qs : result);
+            if (!before.isEmpty() && FcpxmlDtd::problems(before).isEmpty()) {
+                EXPECT_EQ(FcpxmlDtd::problems(output), QString()) << output.toStdString();
+            }
+        }
+        return result;
+    }
+
+    /// The markers of the result in document order: "<clip> <start> <value>", with
+    /// " todo" for a to-do marker.
+    QStringList markers() const
+    {
+        const auto document = XmlDocument::fromBytes(output);
+        QStringList found;
+        if (!document)
+            return found;
+        for (const XmlNode &marker :
+             QFXMLParser::nodesForQuery(u"//marker"_qs, document->rootElement())) {
+            const auto attribute = [&marker](const char *name) {
+                return marker.attributeForName(QLatin1StringView(name)).stringValue();
+            };
+            found << QStringLiteral("%1 %2 %3%4")
+                         .arg(marker.parent().attributeForName(u"name"_qs).stringValue(),
+                              attribute("start"), attribute("value"),
+                              attribute("completed") == u"0" ? u" todo"_qs : u""_qs);
+        }
+        return found;
+    }
+
+    /// The element names of the named clip's children, with marker values.
+    QStringList children(const QString &clipName) const
+    {
+        const auto document = XmlDocument::fromBytes(output);
+        const XmlNode clip = QFXMLParser::nodeForQuery(
+            QStringLiteral("//*[@name=\"%1\"]").arg(clipName), document->rootElement());
+        QStringList names;
+        for (XmlNode child = clip.childAt(0); child; child = child.nextSibling())
+            names << (child.name() == u"marker" ? child.attributeForName(u"value"_qs).stringValue()
+                                                : child.name());
+        return names;
+    }
+
+    /// Files left in the temporary folder.
+    QStringList temporaryFiles() const
+    {
+        return QDir(home.tempPath()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
+    }
+
+    RecordingWorkspace workspace;
+    std::unique_ptr<RecordingHost> host;
+    QString result;
+    QByteArray output;
+};
+
+// --- Where markers land ---------------------------------------------------------
+
+struct Placement
+{
+    const char *name;
+    QByteArray markers;
+    Adjust adjust;
+    QStringList expected;
+    bool allPlaced = true;
+    friend void PrintTo(const Placement &p, std::ostream *os) { *os << p.name; }
+};
+
+class Placements : public FCPXImportTest, public testing::WithParamInterface<Placement>
+{
+};
+
+TEST_P(Placements, LandOnTheClipUnderThePositionInItsOwnTime)
+{
+    ASSERT_FALSE(importInto(library(fourClips), GetParam().markers, GetParam().adjust).isNull());
+    EXPECT_EQ(markers(), GetParam().expected);
+    EXPECT_EQ(host->alerts.value(0), GetParam().allPlaced
+                                         ? u"Markers successfully imported / A copy of your "
+                                           u"project was sent to Final Cut Pro."_qs
+                                         : u"Some markers failed to import / Make sure the "
+                                           u"starting timecode of the marker list matches that "
+                                           u"of your timeline or use the Offset field to "
+                                           u"compensate."_qs);
+}
+
+Adjust offset(qint64 frames, int unit = 0)
+{
+    return [frames, unit](ImportSettings &s, TargetKind &) {
+        s.frameOffset = frames;
+        s.frameOffsetUnitIndex = unit;
+    };
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    FCPX, Placements,
+    testing::Values(
+        Placement{
+            "AtTheFirstFrame", markerList({{"a", "", "00:00:00:00"}}), {}, {u"A 0/2500s a"_qs}},
+        Placement{"OnACutTheLaterClip",
+                  markerList({{"cut", "", "00:00:10:00"}}),
+                  {},
+                  {u"B 9000000/2500s cut"_qs}},
+        Placement{"MediaStartMapsIntoTheClipsTime",
+                  markerList({{"b", "", "00:00:12:00"}}),
+                  {},
+                  {u"B 9005000/2500s b"_qs}},
+        Placement{"GapsAndTitlesTakeMarkers",
+                  markerList({{"g", "", "00:00:21:00"}, {"t", "", "00:00:29:24"}}),
+                  {},
+                  {u"G 2500/2500s g"_qs, u"T 12400/2500s t"_qs}},
+        Placement{"ANegativePositionClampsToZero",
+                  markerList({{"early", "", "00:00:01:00"}}),
+                  offset(-100),
+                  {u"A 0/2500s early"_qs}},
+        Placement{"OffsetInSeconds",
+                  markerList({{"s", "", "00:00:01:00"}}),
+                  offset(2, 1),
+                  {u"A 7500/2500s s"_qs}},
+        Placement{"AtTheEndOfTheLastClipNone",
+                  markerList({{"in", "", "00:00:01:00"}, {"end", "", "00:00:30:00"}}),
+                  {},
+                  {u"A 2500/2500s in"_qs},
+                  false},
+        Placement{"ToDoMarkersAndValues",
+                  markerList({{"a", "b", "00:00:01:00"}, {"Tom & Jerry", "", "00:00:02:00"}}),
+                  [](ImportSettings &s, TargetKind &) { s.todoMarkersEnabled = true; },
+                  {u"A 2500/2500s a -  b todo"_qs, u"A 5000/2500s Tom & Jerry todo"_qs}},
+        Placement{"AnEventClipAlone",
+                  markerList({{"e", "", "00:00:05:00"}, {"past", "", "00:01:00:00"}}),
+                  [](ImportSettings &s, TargetKind &kind) {
+                      s.sequenceXPath = u"/fcpxml/library/event/asset-clip"_qs;
+                      kind.isEvent = true;
+                  },
+                  {u"Event clip 12500/2500s e"_qs},
+                  false}));
+
+TEST_F(FCPXImportTest, OffsetInMinutesAt2997CountsWholeFrames)
+{
+    const QString clip = u"<asset-clip name=\"A\" ref=\"r2\" offset=\"0s\" duration=\"300s\" "
+                         u"format=\"r1\"/>"_qs;
+    importInto(library(clip, u"1001/30000s"_qs), markerList({{"m", "", "00:00:00:00"}}),
+               offset(2, 2));
+    EXPECT_EQ(markers(), QStringList{u"A 3603600/30000s m"_qs}); // frame 3600
+    EXPECT_TRUE(log().contains(u"Marker start pos: 3600"));
+}
+
+TEST_F(FCPXImportTest, OnlyDFReadsTimecodesAsDropFrame)
+{
+    const QString clip = u"<asset-clip name=\"A\" ref=\"r2\" offset=\"0s\" duration=\"300s\" "
+                         u"format=\"r1\"/>"_qs;
+    for (const auto &[tcFormat, start] : {std::pair{u"tcFormat=\"DF\""_qs, u"1801800/30000s"_qs},
+                                          {u"tcFormat=\"NDF\""_qs, u"1803802/30000s"_qs},
+                                          {u"tcFormat=\"df\""_qs, u"1803802/30000s"_qs},
+                                          {u""_qs, u"1803802/30000s"_qs}}) {
+        importInto(library(clip, u"1001/30000s"_qs, tcFormat),
+                   markerList({{"m", "", "00:01:00;02"}}));
+        EXPECT_EQ(markers(), QStringList{u"A "_qs + start + u" m"_qs}) << tcFormat.toStdString();
+    }
+}
+
+// Timing is read from the chosen element, so only a transition carrying a format
+// (which the DTD does not allow) can take markers at all.
+TEST_F(FCPXImportTest, ATransitionTargetTakesTheTimelineFrameAsSecondsAfterItsFilters)
+{
+    const QByteArray document = library(
+        QStringLiteral(R"(<asset-clip name="A" ref="r2" offset="0s" duration="10s" format="r1"/>
+           <transition name="X" offset="9s" duration="2s" format="r1">
+             <filter-video ref="r4" name="Cross Dissolve"/>
+             <filter-audio ref="r4" name="Audio Crossfade"/>
+           </transition>
+           <asset-clip name="B" ref="r2" offset="10s" duration="10s" format="r1"/>)"));
+    importInto(document, markerList({{"x", "", "00:00:09:10"}}),
+               [](ImportSettings &s, TargetKind &kind) {
+                   s.sequenceXPath = sequencePath + u"/spine/transition"_qs;
+                   kind.isEvent = true;
+               });
+    // Frame 235 of the timeline, scaled by the frame rate, is 235 s.
+    EXPECT_EQ(markers(), QStringList{u"X 587500/2500s x"_qs}) << host->alerts.join(u'\n').toStdString();
+    EXPECT_EQ(children(u"X"_qs), (QStringList{u"filter-video"_qs, u"filter-audio"_qs, u"x"_qs}));
+    EXPECT_TRUE(log().contains(u"orig marker start pos: 235.000000"));
+}
+
+// --- Where markers go among a clip's children --------------------------------------
+
+struct Insertion
+{
+    const char *name;
+    QString clip; ///< an element named "C" spanning the first 10 s of the spine
+    QStringList children;
+    friend void PrintTo(const Insertion &i, std::ostream *os) { *os << i.name; }
+};
+
+class Insertions : public FCPXImportTest, public testing::WithParamInterface<Insertion>
+{
+};
+
+TEST_P(Insertions, FollowTheElementOrderOfTheFormat)
+{
+    importInto(library(GetParam().clip),
+               markerList({{"1", "", "00:00:01:00"}, {"2", "", "00:00:02:00"}}));
+    EXPECT_EQ(children(u"C"_qs), GetParam().children);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    FCPX, Insertions,
+    testing::Values(
+        Insertion{"AnEmptyClipInListOrder",
+                  u"<asset-clip name=\"C\" ref=\"r2\" offset=\"0s\" duration=\"10s\"/>"_qs,
+                  {u"1"_qs, u"2"_qs}},
+        Insertion{"BeforeKeywordsFiltersAndMetadata",
+                  uR"(<asset-clip name="C" ref="r2" offset="0s" duration="10s">
+                        <keyword start="0s" duration="10s" value="Interview"/>
+                        <filter-video ref="r4" name="Look"/>
+                        <metadata><md key="com.apple.proapps.studio.reel" value="A001"/></metadata>
+                      </asset-clip>)"_qs,
+                  {u"1"_qs, u"2"_qs, u"keyword"_qs, u"filter-video"_qs, u"metadata"_qs}},
+        Insertion{"AfterConnectedClipsInReverseOrder",
+                  uR"(<asset-clip name="C" ref="r2" offset="0s" duration="10s">
+                        <asset-clip name="Connected" lane="1" ref="r2" offset="1s" duration="2s"/>
+                        <marker start="5s" duration="100/2500s" value="old"/>
+                        <rating start="0s" duration="10s" value="favorite"/>
+                      </asset-clip>)"_qs,
+                  {u"asset-clip"_qs, u"2"_qs, u"1"_qs, u"old"_qs, u"rating"_qs}},
+        Insertion{"AfterTheVideoOfAClip",
+                  uR"(<clip name="C" offset="0s" duration="10s">
+                        <video ref="r2" offset="0s" duration="10s"/>
+                        <filter-video ref="r4" name="Look"/>
+                      </clip>)"_qs,
+                  {u"video"_qs, u"2"_qs, u"1"_qs, u"filter-video"_qs}}));
+
+TEST_F(FCPXImportTest, ClearingRemovesNestedMarkersButNotChapterMarkers)
+{
+    const QByteArray document = library(QStringLiteral(
+        R"(<clip name="C" offset="0s" duration="10s">
+             <video ref="r2" offset="0s" duration="10s"/>
+             <spine lane="1" offset="2s">
+               <asset-clip name="Nested" ref="r2" offset="0s" duration="2s">
+                 <marker start="1s" duration="100/2500s" value="deep"/>
+               </asset-clip>
+             </spine>
+             <marker start="1s" duration="100/2500s" value="old"/>
+             <chapter-marker start="3s" duration="100/2500s" value="Chapter"/>
+           </clip>)"));
+    importInto(document, markerList({{"new", "", "00:00:01:00"}}),
+               [](ImportSettings &s, TargetKind &) { s.clearExistingMarkers = true; });
+    EXPECT_EQ(markers(), QStringList{u"C 2500/2500s new"_qs});
+    EXPECT_EQ(children(u"C"_qs),
+              (QStringList{u"video"_qs, u"spine"_qs, u"new"_qs, u"chapter-marker"_qs}));
+}
+
+// --- Output and hand-off ------------------------------------------------------------
+
+TEST_F(FCPXImportTest, AProjectIsSentRenamedAsANewFileAndTheUsersFileIsKept)
+{
+    const QByteArray project =
+        TempHome::read(QStringLiteral(CUEBRIDGE_TEST_DATA "/project.fcpxml"));
+    const QString path = importInto(
+        project, markerList({{"m", "", "00:00:01:00"}}),
+        [](ImportSettings &s, TargetKind &) { s.sequenceXPath = u"/fcpxml/project/sequence"_qs; });
+    ASSERT_TRUE(path.endsWith(u".fcpxml"));
+    EXPECT_EQ(QFileInfo(path).path(), home.tempPath());
+    EXPECT_TRUE(output.contains("<project name=\"Cut 3-Cuebridge\""));
+    EXPECT_TRUE(output.contains("uid=\"5A1E7C2D-0000-4000-8000-000000000002\""));
+    EXPECT_EQ(workspace.opened, QStringList{path + u" with com.apple.FinalCut async"_qs});
+    EXPECT_EQ(host->calls,
+              (QStringList{u"process start"_qs, u"process stop"_qs,
+                           u"sheet Markers successfully imported"_qs, u"process stop"_qs}));
+    EXPECT_TRUE(log().contains(QStringLiteral("Writing data to temp file %1...").arg(path)));
+}
+
+TEST_F(FCPXImportTest, ALibraryKeepsItsProjectName)
+{
+    importInto(library(fourClips), markerList({{"m", "", "00:00:01:00"}}));
+    EXPECT_TRUE(output.contains("<project name=\"Cut\">"));
+}
+
+TEST_F(FCPXImportTest, ABundleGivesANewBundleHoldingOnlyInfoFcpxml)
+{
+    const QString bundle = QDir(home.path()).filePath(u"Cut.fcpxmld"_qs);
+    file(u"Cut.fcpxmld/b.fcpxml"_qs, "not even XML");
+    file(u"Cut.fcpxmld/a.fcpxml"_qs, library(fourClips));
+    file(u"Cut.fcpxmld/Assets/notes.txt"_qs, "kept out");
+    const QString path =
+        importInto(library(fourClips), markerList({{"m", "", "00:00:01:00"}}),
+                   [&bundle](ImportSettings &s, TargetKind &) { s.filename = bundle; });
+
+    ASSERT_TRUE(path.endsWith(u".fcpxmld")) << path.toStdString();
+    EXPECT_EQ(QDir(path).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+              QStringList{u"Info.fcpxml"_qs});
+    EXPECT_EQ(markers(), QStringList{u"A 2500/2500s m"_qs});
+    EXPECT_EQ(temporaryFiles().size(), 2); // the intermediate file stays beside the bundle
+    EXPECT_EQ(workspace.opened, QStringList{path + u" with com.apple.FinalCut async"_qs});
+}
+
+TEST_F(FCPXImportTest, WithoutHandOffNothingIsOpenedAndTheMessageSaysSo)
+{
+    importInto(library(fourClips), markerList({{"m", "", "00:00:01:00"}}),
+               [](ImportSettings &s, TargetKind &) { s.handOffResult = false; });
+    EXPECT_TRUE(workspace.opened.isEmpty());
+    EXPECT_EQ(host->alerts, QStringList{u"Markers successfully imported / A copy of your project "
+                                        u"was written for Final Cut Pro to import."_qs});
+}
+
+TEST_F(FCPXImportTest, AMarkerOutsideEveryClipIsLoggedAndTheRestIsStillSent)
+{
+    importInto(library(fourClips), markerList({{"late", "", "01:00:00:00"}}));
+    EXPECT_TRUE(log().contains(u"Clip not found for marker late at 90000"));
+    EXPECT_EQ(workspace.opened.size(), 1);
+    EXPECT_EQ(markers(), QStringList());
+}
+
+// --- Ends that write nothing -----------------------------------------------------------
+
+struct End
+{
+    const char *name;
+    /// Changes the target document, the marker list or the settings of an import that
+    /// would succeed.
+    std::function<void(QByteArray &document, QByteArray &markers, Adjust &adjust)> arrange;
+    QStringList calls;
+    QString alert;
+    friend void PrintTo(const End &e, std::ostream *os) { *os << e.name; }
+};
+
+class FCPXEnds : public FCPXImportTest, public testing::WithParamInterface<End>
+{
+};
+
+TEST_P(FCPXEnds, WriteNothingAndSayWhy)
+{
+    QByteArray document = library(fourClips);
+    QByteArray list = markerList({{"m", "", "00:00:01:00"}});
+    Adjust adjust;
+    GetParam().arrange(document, list, adjust);
+    importInto(document, list, adjust);
+    EXPECT_EQ(host->calls, GetParam().calls);
+    EXPECT_TRUE(host->alerts.value(0).startsWith(GetParam().alert))
+        << host->alerts.value(0).toStdString();
+    EXPECT_TRUE(result.isNull());
+    EXPECT_EQ(temporaryFiles(), QStringList());
+    EXPECT_TRUE(workspace.opened.isEmpty());
+}
+
+QStringList sheet(const char *message)
+{
+    return {u"process start"_qs, u"sheet "_qs + QLatin1StringView(message), u"process stop"_qs};
+}
+
+/// Settings changed by the function.
+auto settings(std::function<void(ImportSettings &)> change)
+{
+    return [change](QByteArray &, QByteArray &, Adjust &adjust) {
+        adjust = [change](ImportSettings &s, TargetKind &) { change(s); };
+    };
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    FCPX, FCPXEnds,
+    testing::Values(
+        End{"ABundleWithoutFcpxml",
+            settings([](ImportSettings &s) {
+                s.filename = QFileInfo(s.filename).path() + u"/Empty.fcpxmld"_qs;
+                QDir().mkpath(s.filename + u"/Assets"_qs);
+            }),
+            {u"process start"_qs, u"enable"_qs, u"load stop"_qs, u"alert Failed to open file"_qs},
+            u"Failed to open file / Could not locate any XML files inside bundle."_qs},
+        End{"AFolderInsteadOfAFile", settings([](ImportSettings &s) {
+                s.filename = QFileInfo(s.filename).path() + u"/folder.fcpxml"_qs;
+                QDir().mkpath(s.filename);
+            }),
+            sheet("Unable to get data for project"), u"Unable to get data for project / "_qs},
+        End{"NotXml",
+            [](QByteArray &document, QByteArray &, Adjust &) {
+                document = QByteArray("\x89PNG\r\n\x1a\n\0\0", 10);
+            },
+            sheet("Unable to find sequence"), u"Unable to find sequence / "_qs},
+        End{"AnXPathMatchingNothing", settings([](ImportSettings &s) {
+                s.sequenceXPath = u"/fcpxml/library/event/project[2]/sequence"_qs;
+            }),
+            sheet("Unable to find sequence"), u"Unable to find sequence / "_qs},
+        End{"AMalformedXPath",
+            settings([](ImportSettings &s) { s.sequenceXPath = u"/fcpxml/library[["_qs; }),
+            sheet("Unable to find sequence"), u"Unable to find sequence / Invalid expression"_qs},
+        End{"AnEmptyMarkerList", [](QByteArray &, QByteArray &markers, Adjust &) { markers = ""; },
+            sheet("Unable to read marker list"),
+            u"Unable to read marker list / The file may be corrupt, empty or in an invalid "
+            u"format."_qs},
+        End{"AnEmptyStoryline",
+            [](QByteArray &document, QByteArray &, Adjust &) { document = library(QString()); },
+            sheet("Unable to locate clips"),
+            u"Unable to locate clips / No video clips could be found in the timeline."_qs},
+        End{"OnlyAHeaderIsSilent",
+            [](QByteArray &, QByteArray &markers, Adjust &) { markers = "#\tTrack\tName\n\n"; },
+            {u"process start"_qs, u"process stop"_qs},
+            QString()},
+        End{"AMarkerThatIsNoXml",
+            [](QByteArray &, QByteArray &markers, Adjust &) {
+                markers = markerList({{"ok", "", "00:00:01:00"}, {"bell\x07", "", "00:00:02:00"}});
+            },
+            {u"process start"_qs, u"alert Unable to create marker"_qs, u"process stop"_qs},
+            u"Unable to create marker / "_qs}));
+
+TEST_F(FCPXImportTest, UnreadableFrameDurationsAndClipTimesPlaceNothingButStillWrite)
+{
+    const QString noTimes = u"<gap name=\"G\"/>"_qs;
+    for (const auto &[spine, frameDuration] : {std::pair{fourClips, u"0s"_qs},
+                                               {fourClips, u"abc"_qs},
+                                               {fourClips, u"1/0s"_qs},
+                                               {fourClips, u"0/0s"_qs},
+                                               {fourClips, u"0/1s"_qs},
+                                               {noTimes, u"100/2500s"_qs}}) {
+        importInto(library(spine, frameDuration), markerList({{"m", "", "00:00:01:00"}}));
+        EXPECT_EQ(markers(), QStringList()) << frameDuration.toStdString();
+        EXPECT_EQ(host->alerts.value(0).section(u" / "_qs, 0, 0), u"Some markers failed to import");
+    }
+}
+
+} // namespace
