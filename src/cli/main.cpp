@@ -20,6 +20,10 @@
 
 #include <cstdio>
 
+#ifdef __GLIBC__
+#include <malloc.h>
+#endif
+
 namespace {
 
 constexpr int usageStatus = 64;
@@ -210,6 +214,16 @@ int run(const CommandLine &line)
 
 int main(int argc, char *argv[])
 {
+#ifdef __GLIBC__
+    // The import runs on a worker thread, and glibc gives each thread a heap of its own
+    // that grows a few pages per system call: ten thousand of them for a large
+    // document. The main heap grows in large steps; one thread works at a time anyway.
+    mallopt(M_ARENA_MAX, 1);
+    // A document is hundreds of thousands of small blocks. Kept in fast bins when
+    // freed, they are gathered again and again as larger blocks are asked for, which
+    // took a quarter of a large import; without fast bins they merge as they go.
+    mallopt(M_MXFAST, 0);
+#endif
     QCoreApplication app(argc, argv);
     const CommandLine line = CommandLine::parse(app.arguments());
     if (line.help) {

@@ -18,6 +18,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QSet>
 
 #include <algorithm>
 #include <cmath>
@@ -83,26 +84,54 @@ Timing readTiming(const XmlNode &document, const XmlNode &sequence)
     return timing;
 }
 
+/// The elements of the primary storyline (the first spine) that take markers, in
+/// timeline order; transitions, auditions and connected clips do not. Walked
+/// directly: as the equivalent query it cost more than placing all the markers.
 QList<XmlNode> storylineClips(const XmlNode &sequence, bool isEvent)
 {
     if (isEvent)
         return {sequence};
-    // Transitions, auditions and connected clips take no markers here.
-    return QFXMLParser::nodesForQuery(QStringLiteral("./spine[1]/(clip | mc-clip | asset-clip | "
-                                                     "sync-clip | gap | title | ref-clip | video)"),
-                                      sequence);
+    static const QSet<QString> clipNames = {
+        QStringLiteral("clip"),      QStringLiteral("mc-clip"), QStringLiteral("asset-clip"),
+        QStringLiteral("sync-clip"), QStringLiteral("gap"),     QStringLiteral("title"),
+        QStringLiteral("ref-clip"),  QStringLiteral("video")};
+    XmlNode spine = sequence.childAt(0);
+    while (spine && spine.name() != u"spine")
+        spine = spine.nextSibling();
+    QList<XmlNode> clips;
+    for (XmlNode child = spine.childAt(0); child; child = child.nextSibling()) {
+        if (clipNames.contains(child.name()))
+            clips << child;
+    }
+    return clips;
 }
 
-/// The marker element's text. The duration is always one frame, whatever the list says.
-QString markerElementText(const QString &start, const QString &frameDuration, const QString &name,
-                          const QString &comment, bool todo)
+/// The marker element's attributes as written. The duration is always one frame,
+/// whatever the list says.
+QList<XmlNode::AttributeText> markerAttributes(const QString &start, const QString &frameDuration,
+                                               const QString &name, const QString &comment,
+                                               bool todo)
 {
-    const QString value =
-        comment.isEmpty() ? name
-                          : QFFormat::format(u"%@%@", name, QFFormat::format(u" -  %@", comment));
-    return QFFormat::format(u"<marker start=\"%@\" duration=\"%@\" value=\"%@\"%@ />", start,
-                            frameDuration, value,
-                            todo ? QStringLiteral(" completed=\"0\"") : QStringLiteral(""));
+    const auto text = [](const QString &value) {
+        return value.isNull() ? QStringLiteral("(null)") : value;
+    };
+    QList<XmlNode::AttributeText> attributes = {
+        {QStringLiteral("start"), text(start)},
+        {QStringLiteral("duration"), text(frameDuration)},
+        {QStringLiteral("value"),
+         comment.isEmpty() ? text(name) : text(name) + QStringLiteral(" -  ") + comment}};
+    if (todo)
+        attributes.append({QStringLiteral("completed"), QStringLiteral("0")});
+    return attributes;
+}
+
+/// The marker element written out, for the parse that says what is wrong with it.
+QString markerElementText(const QList<XmlNode::AttributeText> &attributes)
+{
+    QString text = QStringLiteral("<marker");
+    for (const XmlNode::AttributeText &attribute : attributes)
+        text += QStringLiteral(" %1=\"%2\"").arg(attribute.name, attribute.text);
+    return text + QStringLiteral(" />");
 }
 
 /// Writes the changed document to the temporary folder (a bundle holding it for
@@ -255,9 +284,13 @@ QString FCPXImport::startProcessingFCPXWithSettings(ImportHost &host,
             start = QFFormat::format(u"%0.0f/%0.0fs", local * double(timing.multiplier), timeScale);
         }
 
+        // Built in place when the texts allow; otherwise the parse of the written-out
+        // element decides, and names what is wrong.
+        const auto attributes = markerAttributes(start, timing.frameDuration, name, comment, todo);
+        if (insertion.insertNew(clip->element, attributes))
+            continue;
         QString error;
-        const auto marker = XmlDocument::fromElementString(
-            markerElementText(start, timing.frameDuration, name, comment, todo), &error);
+        const auto marker = XmlDocument::fromElementString(markerElementText(attributes), &error);
         if (!marker) {
             host.showAlert(QStringLiteral("Unable to create marker"), error,
                            ImportHost::AlertParent::None);

@@ -9,9 +9,9 @@
 
 namespace {
 
-double seconds(const XmlNode &element, const QString &attribute)
+double seconds(const XmlNode &element, const char *attribute)
 {
-    return QFFCPXMLParser::secondsFromTimeString(element.attributeForName(attribute).stringValue());
+    return QFFCPXMLParser::secondsFromTimeString(element.attributeValue(attribute));
 }
 
 using NameSet = QSet<QString>;
@@ -73,18 +73,14 @@ const NameSet &filters()
 
 FCPXClipRanges::FCPXClipRanges(const QList<XmlNode> &clips, double fps)
 {
-    static const QString offsetName = QStringLiteral("offset");
-    static const QString startName = QStringLiteral("start");
-    static const QString durationName = QStringLiteral("duration");
-
     m_clips.reserve(size_t(clips.size()));
     bool ordered = true;
     for (const XmlNode &element : clips) {
         Clip clip;
         clip.element = element;
-        clip.offset = seconds(element, offsetName) * fps;
-        clip.start = seconds(element, startName);
-        clip.end = clip.offset + seconds(element, durationName) * fps;
+        clip.offset = seconds(element, "offset") * fps;
+        clip.start = seconds(element, "start");
+        clip.end = clip.offset + seconds(element, "duration") * fps;
         if (std::isnan(clip.offset) || std::isnan(clip.end) ||
             (!m_clips.empty() && clip.offset < m_clips.back().offset))
             ordered = false;
@@ -133,15 +129,32 @@ FCPXMarkerInsertion::Place FCPXMarkerInsertion::placeIn(const XmlNode &clip)
     return place;
 }
 
-XmlNode FCPXMarkerInsertion::insert(XmlNode clip, const XmlNode &marker)
+const FCPXMarkerInsertion::Place &FCPXMarkerInsertion::placeFor(const XmlNode &clip)
 {
     auto found = m_places.find(clip);
     if (found == m_places.end())
         found = m_places.insert(clip, placeIn(clip));
-    const Place &place = *found;
+    return *found;
+}
+
+XmlNode FCPXMarkerInsertion::insertNew(const XmlNode &clip,
+                                       const QList<XmlNode::AttributeText> &attributes)
+{
+    static const QString marker = QStringLiteral("marker");
+    const Place &place = placeFor(clip);
+    if (place.after)
+        return XmlNode(place.after).insertNewElement(XmlNode::Place::After, marker, attributes);
+    if (place.before)
+        return XmlNode(place.before).insertNewElement(XmlNode::Place::Before, marker, attributes);
+    return XmlNode(clip).insertNewElement(XmlNode::Place::LastChild, marker, attributes);
+}
+
+XmlNode FCPXMarkerInsertion::insert(const XmlNode &clip, const XmlNode &marker)
+{
+    const Place &place = placeFor(clip);
     if (place.after)
         return XmlNode(place.after).insertSiblingAfter(marker);
     if (place.before)
         return XmlNode(place.before).insertSiblingBefore(marker);
-    return clip.addChild(marker);
+    return XmlNode(clip).addChild(marker);
 }

@@ -48,8 +48,11 @@ private:
 class FCPXMarkerInsertion
 {
 public:
-    /// Inserts a copy of the marker element into the clip; the inserted node.
-    XmlNode insert(XmlNode clip, const XmlNode &marker);
+    /// Makes a marker element with the attributes as written into the clip, without a
+    /// parser; nil when a text needs one (see XmlNode::insertNewElement).
+    XmlNode insertNew(const XmlNode &clip, const QList<XmlNode::AttributeText> &attributes);
+    /// Inserts a copy of a parsed marker element into the clip; the inserted node.
+    XmlNode insert(const XmlNode &clip, const XmlNode &marker);
 
 private:
     /// The neighbour a new marker goes next to; both nil means at the end.
@@ -59,6 +62,7 @@ private:
         XmlNode before;
     };
     static Place placeIn(const XmlNode &clip);
+    const Place &placeFor(const XmlNode &clip);
 
     // Markers are neither story elements nor ratings, so a clip's place stays valid
     // while markers are added to it.

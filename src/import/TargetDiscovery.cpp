@@ -47,13 +47,15 @@ void TargetDiscovery::discoverFCP7(ImportHost &host, const QString &path)
     TargetKind &kind = host.targetKind();
     host.setLoadSpinnerRunning(true);
 
-    // Either list keeps its document alive while the elements are read.
-    std::shared_ptr<XmlDocument> document;
+    // Either document stays alive while the elements are read.
+    QByteArray bytes;
+    std::unique_ptr<XmlDocument> file;
+    std::shared_ptr<XmlDocument> project;
     QList<XmlNode> sequences;
     if (kind.isXMLFile) {
-        document = XmlDocument::fromBytes(QFFileContents::read(path).value_or(QByteArray()),
-                                          XmlDocument::Parsing::Repairing);
-        const XmlNode root = document ? document->rootElement() : XmlNode();
+        bytes = QFFileContents::read(path).value_or(QByteArray());
+        file = XmlDocument::fromBytes(bytes, XmlDocument::Parsing::Repairing);
+        const XmlNode root = file ? file->rootElement() : XmlNode();
         QString error;
         sequences = root.nodesForXPath(QStringLiteral("(./sequence[1] | "
                                                       "./project[1]/children[1]/sequence | "
@@ -64,7 +66,7 @@ void TargetDiscovery::discoverFCP7(ImportHost &host, const QString &path)
         if (root.nodesForXPath(QStringLiteral("./project")).isEmpty())
             kind.isSequenceOnly = true;
     } else if (auto list = QFAppleEvents::sequencesInProject(path)) {
-        document = list->document;
+        project = list->document;
         sequences = list->sequences;
     }
 
@@ -79,6 +81,7 @@ void TargetDiscovery::discoverFCP7(ImportHost &host, const QString &path)
         host.enableUI(true);
     host.setToDoMarkerCheckEnabled(false);
     host.setLoadSpinnerRunning(false);
+    XmlDocument::keepForReuse(std::move(file), bytes); // the import reads the same file
 }
 
 QString TargetDiscovery::fcpxmlDocumentPath(ImportHost &host, const QString &path)
@@ -122,8 +125,9 @@ void TargetDiscovery::discoverFCPX(ImportHost &host, const QString &path)
     const QString documentPath = fcpxmlDocumentPath(host, path);
     if (documentPath.isNull())
         return;
-    const auto document = XmlDocument::fromBytes(
-        QFFileContents::read(documentPath).value_or(QByteArray()), XmlDocument::Parsing::Repairing);
+    const QByteArray bytes = QFFileContents::read(documentPath).value_or(QByteArray());
+    std::unique_ptr<XmlDocument> document =
+        XmlDocument::fromBytes(bytes, XmlDocument::Parsing::Repairing);
     if (!document)
         return; // left as the editor's own tools leave it: spinner running, menu disabled
     const XmlNode root = document->rootElement();
@@ -154,4 +158,5 @@ void TargetDiscovery::discoverFCPX(ImportHost &host, const QString &path)
         host.enableUI(true);
     host.setToDoMarkerCheckEnabled(true);
     host.setLoadSpinnerRunning(false);
+    XmlDocument::keepForReuse(std::move(document), bytes); // the import reads the same file
 }

@@ -1,5 +1,14 @@
 #include "QFFormat.h"
 
+#include <charconv>
+#include <clocale>
+#include <cstdio>
+#ifdef Q_OS_MACOS
+#include <xlocale.h>
+#else
+#include <locale.h>
+#endif
+
 namespace QFFormat {
 
 qint64 Arg::asSigned() const
@@ -83,6 +92,27 @@ template<typename T> QString printOne(const QByteArray &directive, T value)
 {
     return QString::asprintf(directive.constData(), value);
 }
+
+/// C's own printf for floating values: Qt's formatter rounds halves away from zero
+/// (2.5 gives "3"), printf to even ("2"), and the formats were written for printf.
+/// The C locale keeps the decimal point a point whatever the user's locale.
+QString printDouble(const QByteArray &directive, double value)
+{
+    static const locale_t cLocale = newlocale(LC_ALL_MASK, "C", locale_t(nullptr));
+    const locale_t previous = uselocale(cLocale);
+    char buffer[128];
+    const int length = std::snprintf(buffer, sizeof buffer, directive.constData(), value);
+    QString text;
+    if (length >= 0 && length < int(sizeof buffer)) {
+        text = QString::fromLatin1(buffer, length);
+    } else if (length > 0) {
+        QByteArray large(length + 1, Qt::Uninitialized);
+        std::snprintf(large.data(), size_t(large.size()), directive.constData(), value);
+        text = QString::fromLatin1(large.constData(), length);
+    }
+    uselocale(previous);
+    return text;
+}
 #pragma GCC diagnostic pop
 
 /// Pads a text to a width like printf's %s does (right-aligned unless "-").
@@ -155,6 +185,19 @@ QString formatList(QStringView format, std::initializer_list<Arg> args)
                 continue;
             }
         }
+        // "%0.0f" and the like: to_chars prints exactly what printf does in the C
+        // locale, several times faster.
+        if ((flags.isEmpty() || flags == u"0") && width == 0 && conversion == u'f') {
+            char buffer[400];
+            const auto [end, error] =
+                std::to_chars(buffer, buffer + sizeof buffer, next->asDouble(),
+                              std::chars_format::fixed, precision < 0 ? 6 : precision);
+            if (error == std::errc()) {
+                ++next;
+                out += QLatin1StringView(buffer, end - buffer);
+                continue;
+            }
+        }
         const QString directive = QStringLiteral("%") + flags +
                                   (width ? QString::number(width) : QString()) +
                                   (precision >= 0 ? u'.' + QString::number(precision) : QString());
@@ -188,7 +231,7 @@ QString formatList(QStringView format, std::initializer_list<Arg> args)
         case u'E':
         case u'g':
         case u'G':
-            out += printOne(prefix + char(conversion), (next++)->asDouble());
+            out += printDouble(prefix + char(conversion), (next++)->asDouble());
             break;
         case u'p':
             out += QString::asprintf("%p", (next++)->asPointer());

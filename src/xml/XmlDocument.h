@@ -36,6 +36,13 @@ public:
     static std::unique_ptr<XmlDocument> fromElementString(const QString &text,
                                                           QString *error = nullptr);
 
+    /// Hands back a document that was only read, with the bytes it was parsed from:
+    /// the next parse of the very same bytes, in either mode, takes it instead of
+    /// parsing again. Discovery and import read the same file one after the other, and
+    /// a large document then costs one parse instead of two. Only a document that
+    /// parsed without any error (so without repairs) is kept, and only the latest one.
+    static void keepForReuse(std::unique_ptr<XmlDocument> document, const QByteArray &bytes);
+
     ~XmlDocument();
     XmlDocument(const XmlDocument &) = delete;
     XmlDocument &operator=(const XmlDocument &) = delete;
@@ -56,7 +63,10 @@ private:
     /// function anew, which would cost more than most of the queries themselves.
     _xmlXPathContext *xpathContext();
 
+    static std::unique_ptr<XmlDocument> takeForReuse(const QByteArray &bytes);
+
     _xmlDoc *m_doc;
+    bool m_parsedCleanly = false;
     _xmlXPathContext *m_xpathContext = nullptr;
     std::vector<_xmlNode *> m_detached;
 };

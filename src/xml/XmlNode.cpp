@@ -9,7 +9,9 @@
 #include <libxml/tree.h>
 #include <libxml/xpath.h>
 
+#include <algorithm>
 #include <memory>
+#include <optional>
 
 namespace {
 
@@ -42,6 +44,53 @@ struct XPathObjectDeleter
 {
     void operator()(xmlXPathObjectPtr object) const { xmlXPathFreeObject(object); }
 };
+
+/// Whether the UTF-16 unit at i (with its pair) is a character XML allows in an
+/// attribute written between double quotes, '&' aside. Steps over a surrogate pair.
+bool isLiteralUnit(QStringView text, qsizetype &i)
+{
+    const char16_t c = text[i].unicode();
+    if (c == u'<' || c == u'"' || c < 0x20 || c == 0xFFFE || c == 0xFFFF ||
+        QChar::isLowSurrogate(c))
+        return false;
+    if (QChar::isHighSurrogate(c)) {
+        if (i + 1 >= text.size() || !QChar::isLowSurrogate(text[i + 1].unicode()))
+            return false;
+        ++i;
+    }
+    return true;
+}
+
+/// The value an attribute text stands for; nothing unless it is one the parse reads
+/// literally apart from the predefined entities.
+std::optional<QString> literalAttributeValue(const QString &text)
+{
+    static const std::pair<QStringView, QChar> entities[] = {
+        {u"&amp;", u'&'}, {u"&lt;", u'<'}, {u"&gt;", u'>'}, {u"&quot;", u'"'}, {u"&apos;", u'\''}};
+    const QStringView view(text);
+    QString value;
+    qsizetype copied = 0; // the text before this is in value
+    for (qsizetype i = 0; i < view.size(); ++i) {
+        if (view[i] != u'&') {
+            if (!isLiteralUnit(view, i))
+                return std::nullopt;
+            continue;
+        }
+        const auto *entity =
+            std::find_if(std::begin(entities), std::end(entities),
+                         [&](const auto &e) { return view.sliced(i).startsWith(e.first); });
+        if (entity == std::end(entities))
+            return std::nullopt;
+        value += view.sliced(copied, i - copied);
+        value += entity->second;
+        i += entity->first.size() - 1;
+        copied = i + 1;
+    }
+    if (copied == 0)
+        return text; // no reference: the text is the value
+    value += view.sliced(copied);
+    return value;
+}
 
 } // namespace
 
@@ -169,6 +218,20 @@ XmlNode XmlNode::attributeForName(const QString &name) const
     return XmlNode(reinterpret_cast<xmlNodePtr>(xmlHasProp(m_node, xmlText(utf8))));
 }
 
+QString XmlNode::attributeValue(const char *name) const
+{
+    if (kind() != Kind::Element)
+        return QString();
+    const xmlAttrPtr attribute = xmlHasProp(m_node, reinterpret_cast<const xmlChar *>(name));
+    if (!attribute)
+        return QString();
+    // The usual value is one text node; read it in place rather than through a copy.
+    const xmlNode *text = attribute->children;
+    if (text && !text->next && text->type == XML_TEXT_NODE && text->content)
+        return QString::fromUtf8(reinterpret_cast<const char *>(text->content));
+    return XmlNode(reinterpret_cast<xmlNodePtr>(attribute)).stringValue();
+}
+
 QList<XmlNode> XmlNode::attributes() const
 {
     if (kind() != Kind::Element)
@@ -277,6 +340,38 @@ XmlNode XmlNode::insertSibling(const XmlNode &element, _xmlNode *(*add)(_xmlNode
     xmlNodePtr inserted = add(m_node, copy);
     if (!inserted)
         xmlFreeNode(copy);
+    return XmlNode(inserted);
+}
+
+XmlNode XmlNode::insertNewElement(Place place, const QString &name,
+                                  const QList<AttributeText> &attributes)
+{
+    const bool asChild = place == Place::LastChild;
+    if (!m_node || !m_node->doc || (asChild ? kind() != Kind::Element : !m_node->parent) ||
+        kind() == Kind::Attribute)
+        return XmlNode();
+    QList<QByteArray> values;
+    values.reserve(attributes.size());
+    for (const AttributeText &attribute : attributes) {
+        const std::optional<QString> value = literalAttributeValue(attribute.text);
+        if (!value)
+            return XmlNode();
+        values << value->toUtf8();
+    }
+    xmlNodePtr element = xmlNewDocNode(m_node->doc, nullptr, xmlText(name.toUtf8()), nullptr);
+    if (!element)
+        return XmlNode();
+    for (qsizetype i = 0; i < attributes.size(); ++i) {
+        if (!xmlNewProp(element, xmlText(attributes[i].name.toUtf8()), xmlText(values[i]))) {
+            xmlFreeNode(element);
+            return XmlNode();
+        }
+    }
+    xmlNodePtr inserted = asChild                  ? xmlAddChild(m_node, element)
+                          : place == Place::Before ? xmlAddPrevSibling(m_node, element)
+                                                   : xmlAddNextSibling(m_node, element);
+    if (!inserted)
+        xmlFreeNode(element);
     return XmlNode(inserted);
 }
 

@@ -55,6 +55,9 @@ public:
 
     /// The attribute node of an element, or nil.
     XmlNode attributeForName(const QString &name) const;
+    /// The value of an element's attribute; null when it has none. For reading the
+    /// same attribute of many elements: no handle and no copy of the name are made.
+    QString attributeValue(const char *name) const;
     /// An element's attribute nodes in document order (detach one to remove it).
     QList<XmlNode> attributes() const;
 
@@ -80,6 +83,28 @@ public:
     /// one has no parent.
     XmlNode insertSiblingBefore(const XmlNode &element);
     XmlNode insertSiblingAfter(const XmlNode &element);
+
+    /// An attribute as written between double quotes: its text, references and all.
+    struct AttributeText
+    {
+        QString name;
+        QString text;
+    };
+    enum class Place
+    {
+        LastChild,
+        Before,
+        After
+    };
+    /// Makes the element that parsing `<name a="text" .../>` would give, right in this
+    /// document (a parser costs many times more for one small element), and puts it
+    /// as this element's last child or as this node's previous or next sibling. Nil,
+    /// with nothing changed, when a text holds anything the parse would treat
+    /// otherwise or refuse: a double quote, '<', a reference other than the five
+    /// predefined entities, a tab or line break (which the parse makes blanks), or a
+    /// character XML does not allow. Parse the written-out element then.
+    XmlNode insertNewElement(Place place, const QString &name,
+                             const QList<AttributeText> &attributes);
 
     /// The node's own path expression ("/fcpxml/library/event/project/sequence[2]"),
     /// which finds this node again when evaluated on the document.

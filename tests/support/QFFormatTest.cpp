@@ -23,6 +23,8 @@ TEST(QFFormat, SystemDirectives)
     EXPECT_EQ(format(u"%lu", qint64(-1)), "18446744073709551615");
     EXPECT_EQ(format(u"%0.2f GB", 23.4567), "23.46 GB");
     EXPECT_EQ(format(u"%0.0f/%0.0fs", 300300.0, 30000.0), "300300/30000s");
+    EXPECT_EQ(format(u"%0.0f %0.0f %0.0f %0.0f", 0.5, 1.5, 100600.5, -0.5), "0 2 100600 -0");
+    EXPECT_EQ(format(u"%f %e", 1.0 / 3, 1e300), "0.333333 1.000000e+300");
     EXPECT_EQ(format(u"Stripped character %C", QChar(u'\u00e9')),
               QString::fromUtf8("Stripped character é"));
     EXPECT_EQ(format(u"Unable to create folder %s.\n", QStringLiteral("/x y")),

@@ -9,6 +9,7 @@
 
 #include <QDir>
 #include <QElapsedTimer>
+#include <QRandomGenerator>
 #include <QTemporaryDir>
 #include <QUrl>
 
@@ -123,6 +124,53 @@ TEST_F(LoggedTest, TextThatCannotBeWrittenIsLoggedNotPrinted)
         element.toPrettyString();
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
     EXPECT_TRUE(log().contains(u"XML output error: ")) << log().toStdString();
+}
+
+TEST(XmlDocument, AKeptDocumentServesOnlyTheSameBytesAndNeverARepairedOne)
+{
+    const QByteArray wellFormed = "<a><b>x</b></a>";
+    auto kept = parse(wellFormed, XmlDocument::Parsing::Repairing);
+    const XmlNode keptRoot = kept->rootElement();
+    XmlDocument::keepForReuse(std::move(kept), wellFormed);
+    EXPECT_EQ(parse("<a><b>y</b></a>")->rootElement().stringValue(), u"y");
+    const auto reused = parse(wellFormed);
+    EXPECT_EQ(reused->rootElement(), keptRoot);
+    EXPECT_NE(parse(wellFormed)->rootElement(), keptRoot); // taken once
+
+    // The strict parse must still refuse what only the repairing one accepted.
+    const QByteArray broken = "<a><b>x</a>";
+    XmlDocument::keepForReuse(parse(broken, XmlDocument::Parsing::Repairing), broken);
+    EXPECT_EQ(parse(broken), nullptr);
+}
+
+TEST(XmlDocument, AnElementMadeFromAttributeTextsIsTheOneTheParseGives)
+{
+    const QStringList pieces = {
+        u"a"_qs,          u" "_qs,      u"&amp;"_qs,  u"&lt;"_qs, u"&gt;"_qs,       u"&quot;"_qs,
+        u"&apos;"_qs,     u"&#233;"_qs, u"&"_qs,      u"&amp"_qs, u"<"_qs,          u">"_qs,
+        u"\""_qs,         u"'"_qs,      u"\t"_qs,     u"\n"_qs,   u"\x01"_qs,       u"\u00e9"_qs,
+        u"\U0001F3AC"_qs, u"\xd800"_qs, u"\ufffe"_qs, u"/"_qs,    u"1001/30000s"_qs};
+    QRandomGenerator random(7);
+    int built = 0;
+    for (int round = 0; round < 5000; ++round) {
+        QString first, second;
+        for (int i = int(random.bounded(5)); i > 0; --i)
+            first += pieces[random.bounded(int(pieces.size()))];
+        for (int i = int(random.bounded(3)); i > 0; --i)
+            second += pieces[random.bounded(int(pieces.size()))];
+        const auto document = parse("<clip/>");
+        const XmlNode direct = document->rootElement().insertNewElement(
+            XmlNode::Place::LastChild, u"marker"_qs,
+            {{u"value"_qs, first}, {u"duration"_qs, second}});
+        const auto parsed = XmlDocument::fromElementString(
+            QStringLiteral("<marker value=\"%1\" duration=\"%2\" />").arg(first, second));
+        if (!direct)
+            continue;
+        ++built;
+        ASSERT_TRUE(parsed) << first.toStdString() << " | " << second.toStdString();
+        EXPECT_EQ(direct.toPrettyString(), parsed->rootElement().toPrettyString());
+    }
+    EXPECT_GT(built, 500); // the direct way is the usual one
 }
 
 TEST(XmlDocument, ModeratelyDeepDocumentsParse)
