@@ -112,15 +112,21 @@ std::optional<SequenceItem> chooseItem(const QList<SequenceItem> &items,
 /// Copies an FCPX result (file or bundle) to where --output asked for it.
 bool deliverFCPXResult(const QString &result, const QString &output)
 {
-    if (QFileInfo(result).isDir())
-        return QFFileManager::copyFile(result, output, false);
     QFError error;
-    const std::optional<QByteArray> bytes = QFFileContents::read(result, &error);
-    if (bytes && QFFileContents::writeAtomically(output, *bytes, &error))
-        return true;
-    printError(QStringLiteral("the result could not be copied to %1: %2")
-                   .arg(output, error.localizedDescription()));
-    return false;
+    bool copied = false;
+    if (QFileInfo(result).isDir()) {
+        copied = QFFileManager::copyFile(result, output, false);
+    } else {
+        const std::optional<QByteArray> bytes = QFFileContents::read(result, &error);
+        copied = bytes && QFFileContents::writeAtomically(output, *bytes, &error);
+    }
+    if (!copied)
+        printError(QStringLiteral("the result %1 could not be copied to %2%3")
+                       .arg(result, output,
+                            error.domain.isEmpty()
+                                ? QString()
+                                : QStringLiteral(": ") + error.localizedDescription()));
+    return copied;
 }
 
 void printResult(const QString &path)
