@@ -31,9 +31,13 @@ test: build
 test-asan:
 	@$(MAKE) --no-print-directory test PRESET=asan
 
+# Every benchmark, then bench/RESULTS.md from their figures.
 bench: build
-	@$(BUILD)/bench/cuebridge-bench --benchmark_counters_tabular=true
-	@bench/import-bench $(BUILD)
+	@$(BUILD)/bench/cuebridge-bench --benchmark_counters_tabular=true \
+	  --benchmark_out=$(BUILD)/bench/micro.json --benchmark_out_format=json
+	@bench/import-bench $(BUILD) $(BUILD)/bench/imports.tsv
+	@bench/write-results $(BUILD)/bench/micro.json $(BUILD)/bench/imports.tsv > bench/RESULTS.md
+	@echo "figures written to bench/RESULTS.md"
 
 fuzz:
 	@scripts/install-deps --fuzz

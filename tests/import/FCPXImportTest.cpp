@@ -3,6 +3,7 @@
 
 #include "import/FCPXImport.h"
 #include "import/ImportSettings.h"
+#include "import/TargetDiscovery.h"
 #include "support/QFWorkspace.h"
 #include "xml/QFXMLParser.h"
 #include "xml/XmlDocument.h"
@@ -414,6 +415,20 @@ TEST_F(FCPXImportTest, AProjectIsSentRenamedAsANewFileAndTheUsersFileIsKept)
               (QStringList{u"process start"_qs, u"process stop"_qs,
                            u"sheet Markers successfully imported"_qs, u"process stop"_qs}));
     EXPECT_TRUE(log().contains(QStringLiteral("Writing data to temp file %1...").arg(path)));
+}
+
+TEST_F(FCPXImportTest, ATargetChangedAfterDiscoveryIsReadAgain)
+{
+    RecordingHost discovery;
+    const QString target = file(u"cut.fcpxml"_qs, library(fourClips));
+    TargetDiscovery::openFilename(discovery, target);
+    TargetDiscovery::updateProject(discovery, target);
+    ASSERT_EQ(discovery.items.size(), 1);
+
+    QString changed = fourClips;
+    importInto(library(changed.replace(u"name=\"A\""_qs, u"name=\"Changed\""_qs)),
+               markerList({{"m", "", "00:00:01:00"}}));
+    EXPECT_EQ(markers(), QStringList{u"Changed 2500/2500s m"_qs});
 }
 
 TEST_F(FCPXImportTest, ALibraryKeepsItsProjectName)

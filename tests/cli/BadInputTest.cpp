@@ -1,0 +1,288 @@
+// cuebridge-import against every kind of bad input: each case ends with its message
+// and exit status within a bounded time, and no file of the user's changes.
+
+#include "QtPrinters.h"
+#include "TempHome.h"
+
+#include <QDir>
+#include <QDirIterator>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QProcess>
+#include <QStringEncoder>
+
+#include <functional>
+#include <map>
+
+#include <unistd.h>
+
+namespace {
+
+const QString data = QStringLiteral(CUEBRIDGE_TEST_DATA);
+const QByteArray oneMarker = "#\tTrack\tName\tComment\tStart\tDuration\tColor\n"
+                             "1\tV1\tA\tc\t00:01:50:00\t00:00:05:00\tRed\n";
+
+class BadInput : public testing::Test
+{
+public:
+    QString path(const QString &name) const { return QDir(home.path()).filePath(name); }
+    QString write(const QString &name, const QByteArray &bytes)
+    {
+        TempHome::write(path(name), bytes);
+        return path(name);
+    }
+    QString copy(const QString &dataFile)
+    {
+        return write(dataFile, TempHome::read(data + u'/' + dataFile));
+    }
+    QString markers() { return write(u"markers.txt"_qs, oneMarker); }
+
+    /// Every file of the user's (the home without its hidden and temporary folders).
+    std::map<QString, QByteArray> files() const
+    {
+        std::map<QString, QByteArray> contents;
+        QDirIterator it(home.path(), QDir::Files | QDir::Hidden, QDirIterator::Subdirectories);
+        while (it.hasNext()) {
+            const QString file = it.next();
+            const QString relative = QDir(home.path()).relativeFilePath(file);
+            if (!relative.startsWith(u'.') && !relative.startsWith(u"temporary/") &&
+                !relative.startsWith(u"tmp/"))
+                contents[relative] = TempHome::read(file);
+        }
+        return contents;
+    }
+
+    TempHome home;
+};
+
+struct Case
+{
+    const char *name;
+    std::function<QStringList(BadInput &)> arguments;
+    int status;
+    const char *said; ///< in standard output or error
+    bool needsPermissions = false;
+    friend void PrintTo(const Case &c, std::ostream *os) { *os << c.name; }
+};
+
+class Matrix : public BadInput, public testing::WithParamInterface<Case>
+{
+};
+
+TEST_P(Matrix, EndsWithItsMessageAndChangesNoFile)
+{
+    const Case &c = GetParam();
+    if (c.needsPermissions && ::geteuid() == 0)
+        GTEST_SKIP() << "file permissions do not bind the superuser";
+    const QStringList arguments = c.arguments(*this);
+    const auto before = files();
+
+    QProcess process;
+    QElapsedTimer timer;
+    timer.start();
+    process.start(QStringLiteral(CUEBRIDGE_IMPORT), QStringList{u"-q"_qs} + arguments);
+    ASSERT_TRUE(process.waitForFinished(60000)) << "no end within a minute";
+    const QString said =
+        QString::fromUtf8(process.readAllStandardOutput() + process.readAllStandardError());
+    EXPECT_EQ(process.exitStatus(), QProcess::NormalExit) << said.toStdString();
+    EXPECT_EQ(process.exitCode(), c.status) << said.toStdString();
+    EXPECT_TRUE(said.contains(QString::fromUtf8(c.said))) << said.toStdString();
+    EXPECT_TRUE(files() == before) << "a file changed";
+}
+
+QByteArray utf16be(const QByteArray &utf8)
+{
+    QStringEncoder encoder(QStringConverter::Utf16BE);
+    return encoder(QString::fromUtf8(utf8));
+}
+
+QByteArray deep(const QByteArray &open, const QByteArray &close, int depth)
+{
+    return open.repeated(depth) + close.repeated(depth);
+}
+
+const QByteArray entityLoop = R"(<?xml version="1.0"?>
+<!DOCTYPE fcpxml [<!ENTITY a "&b;"><!ENTITY b "&a;">]>
+<fcpxml version="1.8"><library><event><project name="&a;"><sequence format="r1"><spine/>
+</sequence></project></event></library></fcpxml>)";
+
+const QByteArray externalEntity = R"(<?xml version="1.0"?>
+<!DOCTYPE fcpxml [<!ENTITY secret SYSTEM "file:///etc/passwd">]>
+<fcpxml version="1.8"><library><event><project name="&secret;"><sequence format="r1"><spine/>
+</sequence></project></event></library></fcpxml>)";
+
+const QString noSequence = QStringLiteral("Unable to find sequence");
+
+INSTANTIATE_TEST_SUITE_P(
+    Cli, Matrix,
+    testing::Values(
+        Case{"EmptyMarkerList",
+             [](BadInput &test) {
+                 return QStringList{test.write(u"m.txt"_qs, ""), test.copy(u"library.fcpxml"_qs)};
+             },
+             2, "Unable to read marker list"},
+        Case{"EmptyXmemlTarget",
+             [](BadInput &test) {
+                 return QStringList{test.markers(), test.write(u"t.xml"_qs, "")};
+             },
+             2, "Unable to find the sequence"},
+        Case{"EmptyFcpxTarget",
+             [](BadInput &test) {
+                 return QStringList{test.markers(), test.write(u"t.fcpxml"_qs, "")};
+             },
+             2, "Unable to find sequence"},
+        Case{"BinaryMarkerList",
+             [](BadInput &test) {
+                 return QStringList{test.write(u"m.txt"_qs, QByteArray("\x00\x01\xfe\x80\x0a", 5) +
+                                                                QByteArray(4000, '\x9c')),
+                                    test.copy(u"library.fcpxml"_qs)};
+             },
+             2, "Unable to read marker list"},
+        Case{"BinaryFcpxTarget",
+             [](BadInput &test) {
+                 return QStringList{
+                     test.markers(),
+                     test.write(u"t.fcpxml"_qs, QByteArray("\x89PNG\r\n\x1a\n\0", 9))};
+             },
+             2, "Unable to find sequence"},
+        Case{"OnlyAHeader",
+             [](BadInput &test) {
+                 return QStringList{test.write(u"m.txt"_qs, "#\tTrack\tName\tComment\n"),
+                                    test.copy(u"library.fcpxml"_qs)};
+             },
+             3, ""},
+        Case{"FiftyMegabyteLineAsMarkerList",
+             [](BadInput &test) {
+                 return QStringList{test.write(u"m.txt"_qs, QByteArray(50 << 20, 'x')),
+                                    test.copy(u"library.fcpxml"_qs)};
+             },
+             64, "too large for a marker list"},
+        Case{"FiftyMegabyteLineAsXmemlTarget",
+             [](BadInput &test) {
+                 return QStringList{
+                     test.markers(),
+                     test.write(u"t.xml"_qs, "<xmeml version=\"5\"><sequence><name>" +
+                                                 QByteArray(50 << 20, 'x') +
+                                                 "</name></sequence></xmeml>")};
+             },
+             2, "Unable to find the sequence"},
+        Case{"FiftyMegabyteLineAsFcpxTarget",
+             [](BadInput &test) {
+                 return QStringList{
+                     test.markers(),
+                     test.write(u"t.fcpxml"_qs, "<fcpxml version=\"1.8\"><project name=\"" +
+                                                    QByteArray(50 << 20, 'x') + "\"/></fcpxml>")};
+             },
+             2, "Unable to find sequence"},
+        Case{"Utf16BigEndianWithoutByteOrderMarkReadsAsText",
+             [](BadInput &test) {
+                 return QStringList{test.write(u"m.txt"_qs, utf16be(oneMarker)),
+                                    test.copy(u"library.fcpxml"_qs)};
+             },
+             0, "Markers successfully imported"},
+        Case{"NulBytesInAName",
+             [](BadInput &test) {
+                 return QStringList{
+                     test.write(u"m.txt"_qs,
+                                QByteArray(oneMarker).replace("\tA\t", QByteArray("\tA\0B\t", 5))),
+                     test.copy(u"library.fcpxml"_qs)};
+             },
+             0, "Markers successfully imported"},
+        Case{"MarkerListAsTarget",
+             [](BadInput &test) {
+                 return QStringList{test.markers(), test.markers()};
+             },
+             2, "Final Cut Pro 7 is not running"},
+        Case{"TargetAsMarkerList",
+             [](BadInput &test) {
+                 return QStringList{test.copy(u"project.xml"_qs), test.copy(u"library.fcpxml"_qs)};
+             },
+             3, ""},
+        Case{"FolderAsMarkerList",
+             [](BadInput &test) {
+                 return QStringList{test.home.path(), test.copy(u"library.fcpxml"_qs)};
+             },
+             64, "is a folder"},
+        Case{"FolderAsTarget",
+             [](BadInput &test) {
+                 QDir(test.home.path()).mkpath(u"cut.fcpxml"_qs);
+                 return QStringList{test.markers(), test.path(u"cut.fcpxml"_qs)};
+             },
+             64, "is a folder"},
+        Case{"UnreadableMarkerList",
+             [](BadInput &test) {
+                 const QString list = test.markers();
+                 QFile::setPermissions(list, QFileDevice::WriteOwner);
+                 return QStringList{list, test.copy(u"library.fcpxml"_qs)};
+             },
+             64, "cannot be read", true},
+        Case{"UnreadableFcpxTarget",
+             [](BadInput &test) {
+                 const QString target = test.copy(u"library.fcpxml"_qs);
+                 QFile::setPermissions(target, QFileDevice::WriteOwner);
+                 return QStringList{test.markers(), target};
+             },
+             64, "cannot be read", true},
+        Case{"ReadOnlyTargetFolder",
+             [](BadInput &test) {
+                 const QString target = test.write(u"locked/project.xml"_qs,
+                                                   TempHome::read(data + u"/project.xml"_qs));
+                 QFile::setPermissions(test.path(u"locked"_qs),
+                                       QFileDevice::ReadOwner | QFileDevice::ExeOwner);
+                 return QStringList{test.markers(), target};
+             },
+             2, "Failed to write marker data to disk.", true},
+        Case{"EntityLoopFcpx",
+             [](BadInput &test) {
+                 return QStringList{test.markers(), test.write(u"t.fcpxml"_qs, entityLoop)};
+             },
+             2, "Unable to find sequence"},
+        Case{"ExternalEntityIsNeverRead",
+             [](BadInput &test) {
+                 return QStringList{test.markers(), test.write(u"t.fcpxml"_qs, externalEntity)};
+             },
+             2, "Unable to find sequence"},
+        Case{"HundredThousandDeepXmeml",
+             [](BadInput &test) {
+                 return QStringList{
+                     test.markers(),
+                     test.write(u"t.xml"_qs, "<xmeml version=\"5\">" +
+                                                 deep("<sequence>", "</sequence>", 100000) +
+                                                 "</xmeml>")};
+             },
+             2, "Unable to find the sequence"}),
+    [](const auto &param) { return std::string(param.param.name); });
+
+#ifndef __SANITIZE_ADDRESS__
+// Left out of the sanitizer run, which would need several times the memory and time.
+TEST_F(BadInput, ATwoHundredMegabyteLibraryImportsInBoundedTime)
+{
+    QByteArray spine;
+    spine.reserve(210 << 20);
+    for (int i = 0; spine.size() < (200 << 20); ++i)
+        spine += "<asset-clip name=\"C" + QByteArray::number(i) + "\" ref=\"r2\" offset=\"" +
+                 QByteArray::number(i * 2) +
+                 "s\" duration=\"2s\" format=\"r1\"><keyword start=\"0s\" duration=\"2s\" "
+                 "value=\"Selects, interview, take two\"/></asset-clip>\n";
+    const QByteArray library =
+        "<?xml version=\"1.0\"?>\n<fcpxml version=\"1.8\"><resources><format id=\"r1\" "
+        "frameDuration=\"100/2500s\"/><asset id=\"r2\" src=\"file:///m.mov\" start=\"0s\" "
+        "duration=\"9999999s\"/></resources><library><event name=\"E\"><project name=\"Big\">"
+        "<sequence format=\"r1\"><spine>" +
+        spine + "</spine></sequence></project></event></library></fcpxml>\n";
+    const QString target = write(u"big.fcpxml"_qs, library);
+    spine.clear();
+
+    QProcess process;
+    QElapsedTimer timer;
+    timer.start();
+    process.start(QStringLiteral(CUEBRIDGE_IMPORT), {u"-q"_qs, markers(), target});
+    ASSERT_TRUE(process.waitForFinished(120000));
+    EXPECT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();
+    EXPECT_TRUE(process.readAllStandardOutput().startsWith("Markers successfully imported"));
+    EXPECT_EQ(TempHome::read(target), library);
+    std::printf("200 MB library imported in %.1f s\n", double(timer.elapsed()) / 1000);
+}
+#endif
+
+} // namespace
