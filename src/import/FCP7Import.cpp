@@ -198,10 +198,7 @@ void FCP7Import::startProcessingWithSettings(ImportHost &host, const ImportSetti
         MarkerListText::readForImport(host.markerListPath(), keep, keep);
     QFLog::appendLog(u"Line count: %li", markerText.lineCount);
     if (markerText.lineCount < 2) {
-        QFLog::appendLog(u"Error: unable to load marker list");
-        host.showAlert(QStringLiteral("Unable to read marker list"),
-                       QStringLiteral("The file may be corrupt, empty or in an invalid format."),
-                       window);
+        MarkerListText::reportUnreadable(host);
         return stop();
     }
 

@@ -216,10 +216,7 @@ QString FCPXImport::startProcessingFCPXWithSettings(ImportHost &host,
     const MarkerListText::ImportText markerText =
         MarkerListText::readForImport(host.markerListPath(), logReadError, nullptr);
     if (markerText.lineCount < 2) {
-        QFLog::appendLog(u"Error: unable to load marker list");
-        host.showAlert(QStringLiteral("Unable to read marker list"),
-                       QStringLiteral("The file may be corrupt, empty or in an invalid format."),
-                       window);
+        MarkerListText::reportUnreadable(host);
         return stop();
     }
     QFLog::appendLog(u"Line count: %li", markerText.lineCount);

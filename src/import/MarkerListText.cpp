@@ -112,4 +112,12 @@ ImportText readForImport(const QString &path, const ReadFailure &readFailed,
     return read;
 }
 
+void reportUnreadable(ImportHost &host)
+{
+    QFLog::appendLog(u"Error: unable to load marker list");
+    host.showAlert(QStringLiteral("Unable to read marker list"),
+                   QStringLiteral("The file may be corrupt, empty or in an invalid format."),
+                   ImportHost::AlertParent::DocumentWindow);
+}
+
 } // namespace MarkerListText

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "import/ImportHost.h"
 #include "support/QFError.h"
 
 #include <QByteArray>
@@ -56,5 +57,8 @@ struct ImportText
 using ReadFailure = std::function<void(const QFError &)>;
 ImportText readForImport(const QString &path, const ReadFailure &readFailed,
                          const ReadFailure &otherFailed);
+
+/// Logs and shows what the import procedures say of a list of fewer than two lines.
+void reportUnreadable(ImportHost &host);
 
 } // namespace MarkerListText
