@@ -5,10 +5,7 @@
 
 #include "FuzzInput.h"
 #include "diagnostics/QFLog.h"
-#include "import/FCP7Import.h"
-#include "import/FCPXImport.h"
-#include "import/ImportHost.h"
-#include "import/TargetDiscovery.h"
+#include "import/ImportSession.h"
 #include "xml/XmlDocument.h"
 
 #include <QDir>
@@ -16,30 +13,29 @@
 #include <QFileInfo>
 #include <QTemporaryDir>
 
+#include <atomic>
+
+/// A front end that only counts what it is shown.
 class FuzzHost : public ImportHost
 {
 public:
     explicit FuzzHost(const QString &markerList) : m_markerList(markerList) {}
 
-    TargetKind &targetKind() override { return kind; }
+    TargetKind &targetKind() override { return m_kind; }
     QString markerListPath() const override { return m_markerList; }
     void setProjectPath(const QString &) override {}
     void setLoadSpinnerRunning(bool) override {}
     void setProcessSpinnerRunning(bool) override {}
-    void disableUI() override { items.clear(); }
+    void disableUI() override {}
     void enableUI(bool) override {}
-    void addItemToSequencePopUp(const SequenceItem &item) override { items << item; }
+    void addItemToSequencePopUp(const SequenceItem &) override {}
     void setToDoMarkerCheckEnabled(bool) override {}
-    void showAlert(const QString &messageText, const QString &, AlertParent) override
-    {
-        alerts << messageText;
-    }
+    void showAlert(const ImportOutcome &) override { ++alerts; }
 
-    TargetKind kind;
-    QList<SequenceItem> items;
-    QStringList alerts;
+    std::atomic<int> alerts{0};
 
 private:
+    TargetKind m_kind;
     QString m_markerList;
 };
 
@@ -75,43 +71,40 @@ inline QByteArray fuzzRead(const QString &path)
     return file.open(QIODevice::ReadOnly) ? file.readAll() : QByteArray();
 }
 
-/// Discovers the target as the command line does and imports into its first item (or,
-/// when none is listed, into what the procedure makes of nothing). Checks that a run
-/// ends with at most one outcome; that an XMEML file is either a whole document after
-/// a successful import or untouched; that an FCPX result is a document and the
-/// user's FCPX file is never written.
+/// Discovers the target through a session, as every front end does, and imports into
+/// its first item (or, when none is listed, into nothing). Checks that a run ends
+/// with at most one alert; that an XMEML file is either a whole document after a
+/// successful import or untouched; that an FCPX result is a document and the user's
+/// FCPX file is never written.
 inline void fuzzImport(const QString &markerList, const QString &target)
 {
     FuzzHost host(markerList);
-    TargetDiscovery::openFilename(host, target);
-    TargetDiscovery::updateProject(host, target);
-    const QString chosen = host.items.isEmpty() ? QString() : host.items.first().representedObject;
+    ImportSession session(host);
+    session.openFilename(target);
+    session.waitForIdle();
+    if (!session.items().isEmpty())
+        session.chooseItem(session.items().first());
     const QByteArray before = fuzzRead(target);
-    ImportSettings settings;
-    settings.filename = target;
-    settings.frameOffset = -30;
-    host.alerts.clear();
-    if (host.kind.isFCPX) {
-        host.kind.isEvent =
-            !host.items.isEmpty() && host.items.first().image == SequenceItem::Image::FCPXEvent;
-        settings.sequenceXPath = chosen;
-        settings.todoMarkersEnabled = true;
-        settings.handOffResult = false;
-        const QString result = FCPXImport::startProcessingFCPXWithSettings(host, settings);
-        FUZZ_CHECK(host.alerts.size() <= 1);
-        if (!result.isNull()) {
-            FUZZ_CHECK(XmlDocument::fromBytes(fuzzRead(result)) != nullptr);
-            QFile::remove(result);
+    host.alerts = 0;
+    ImportOptions options;
+    options.frameOffset = -30;
+    options.todoMarkersEnabled = true;
+    options.handOffResult = false;
+    session.sendToFCP(options);
+    session.waitForIdle();
+    const ImportOutcome outcome = session.lastOutcome();
+    FUZZ_CHECK(host.alerts <= 1);
+    FUZZ_CHECK(outcome.hasAlert() == (host.alerts == 1));
+    if (host.targetKind().isFCPX) {
+        if (outcome.wroteResult()) {
+            FUZZ_CHECK(XmlDocument::fromBytes(fuzzRead(outcome.resultPath)) != nullptr);
+            QFile::remove(outcome.resultPath);
         }
         FUZZ_CHECK(fuzzRead(target) == before);
+    } else if (outcome.wroteResult()) {
+        FUZZ_CHECK(XmlDocument::fromBytes(fuzzRead(target)) != nullptr);
     } else {
-        settings.uuid = chosen;
-        FCP7Import::startProcessingWithSettings(host, settings);
-        FUZZ_CHECK(host.alerts.size() <= 1);
-        if (host.alerts.value(0) == u"Markers successfully imported")
-            FUZZ_CHECK(XmlDocument::fromBytes(fuzzRead(target)) != nullptr);
-        else
-            FUZZ_CHECK(fuzzRead(target) == before);
+        FUZZ_CHECK(fuzzRead(target) == before);
     }
     // Written entries are freed by the log's writer; waiting for it keeps each run's
     // allocations balanced.

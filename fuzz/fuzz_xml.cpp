@@ -5,6 +5,7 @@
 #include "FuzzInput.h"
 #include "diagnostics/QFLog.h"
 #include "time/QFFCPXMLParser.h"
+#include "xml/QFFCPXMLMarkerReader.h"
 #include "xml/QFXMLParser.h"
 #include "xml/XmlDocument.h"
 
@@ -164,9 +165,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
         scratch.write(bytes);
         scratch.close();
         for (const QVariantMap &record :
-             QFFCPXMLParser::markersFromXMLFile(scratch.fileName(), true, true, false, 1))
+             QFFCPXMLMarkerReader::markersFromXMLFile(scratch.fileName(), true, true, false, 1))
             FUZZ_CHECK(record.isEmpty() || record.contains(QStringLiteral("startTimecode")));
-        QFFCPXMLParser::markersFromXMLFile(scratch.fileName(), false);
+        QFFCPXMLMarkerReader::markersFromXMLFile(scratch.fileName(), false);
     }
     // Written entries are freed by the log's writer; waiting for it here keeps each run's
     // allocations balanced, so the fuzzer need not hunt for leaks after every input.

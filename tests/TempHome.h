@@ -18,8 +18,8 @@ public:
     TempHome()
     {
         EXPECT_TRUE(m_dir.isValid());
-        for (const char *variable :
-             {"HOME", "XDG_CONFIG_HOME", "XDG_STATE_HOME", "XDG_CACHE_HOME", "XDG_DATA_HOME", "TMPDIR"})
+        for (const char *variable : {"HOME", "XDG_CONFIG_HOME", "XDG_STATE_HOME", "XDG_CACHE_HOME",
+                                     "XDG_DATA_HOME", "TMPDIR"})
             m_saved.append({variable, qgetenv(variable)});
         qputenv("HOME", m_dir.path().toUtf8());
         qputenv("XDG_CONFIG_HOME", (m_dir.path() + "/.config").toUtf8());

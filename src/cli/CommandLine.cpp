@@ -1,6 +1,10 @@
 #include "CommandLine.h"
 
+#include "import/ImportHost.h"
+#include "import/MarkerListText.h"
+
 #include <QCommandLineParser>
+#include <QFileInfo>
 
 namespace {
 
@@ -13,6 +17,7 @@ QString CommandLine::helpText()
 {
     return QStringLiteral(
         "Usage: cuebridge-import [options] MARKER_LIST TARGET\n"
+        "       cuebridge-import --list TARGET\n"
         "\n"
         "Imports a tab-separated marker list into a Final Cut Pro 7 XML (XMEML) file, a\n"
         "project open in Final Cut Pro 7, or a Final Cut Pro X .fcpxml file or .fcpxmld\n"
@@ -70,17 +75,21 @@ CommandLine CommandLine::parse(const QStringList &arguments)
         line.help = true;
         return line;
     }
-    const QStringList positional = parser.positionalArguments();
+    line.list = parser.isSet(list);
+    QStringList positional = parser.positionalArguments();
+    // Listing reads no marker list; one given anyway is left unread.
+    if (line.list && positional.size() == 1)
+        positional.prepend(QString());
     if (positional.size() != 2) {
         line.error =
             positional.size() < 2
-                ? QStringLiteral("a marker list and a target are needed")
+                ? (line.list ? QStringLiteral("a target is needed")
+                             : QStringLiteral("a marker list and a target are needed"))
                 : QStringLiteral("too many arguments: %1").arg(positional.mid(2).join(u' '));
         return line;
     }
     line.markerList = positional[0];
     line.target = positional[1];
-    line.list = parser.isSet(list);
     line.clear = parser.isSet(clear);
     line.todo = parser.isSet(todo);
     line.open = parser.isSet(open);
@@ -109,4 +118,54 @@ CommandLine CommandLine::parse(const QStringList &arguments)
                              .arg(parser.value(unit));
     }
     return line;
+}
+
+QString CommandLine::checkPaths() const
+{
+    const QFileInfo markers(markerList);
+    if (list) {
+        // Listing reads no marker list.
+    } else if (!markers.exists()) {
+        return QStringLiteral("%1: no such file").arg(markerList);
+    } else if (markers.isDir()) {
+        return QStringLiteral("%1 is a folder, not a marker list").arg(markerList);
+    } else if (!markers.isReadable()) {
+        return QStringLiteral("%1 cannot be read (permission denied)").arg(markerList);
+    } else if (markers.size() > MarkerListText::maximumFileSize) {
+        return QStringLiteral("%1 is %2 MB, too large for a marker list (up to %3 MB are read)")
+            .arg(markerList)
+            .arg(markers.size() / (1024 * 1024))
+            .arg(MarkerListText::maximumFileSize / (1024 * 1024));
+    }
+
+    const QFileInfo targetFile(target);
+    const TargetFormat format = targetFormatForPath(target);
+    if (!targetFile.exists())
+        return QStringLiteral("%1: no such file").arg(target);
+    if (targetFile.isDir() && format != TargetFormat::FCPXBundle)
+        return QStringLiteral("%1 is a folder, not an XML file or Final Cut Pro project")
+            .arg(target);
+    if (!targetFile.isReadable())
+        return QStringLiteral("%1 cannot be read (permission denied)").arg(target);
+    if (!output)
+        return QString();
+    if (format == TargetFormat::FCP7Project)
+        return QStringLiteral("--output needs an XML file as the target; a Final Cut Pro 7 "
+                              "project gets its result inside the editor");
+    const QFileInfo outputFile(*output);
+    if (outputFile.isDir())
+        return QStringLiteral("--output %1 is a folder; give the path of the file to write")
+            .arg(*output);
+    if (!QFileInfo(outputFile.absolutePath()).isDir())
+        return QStringLiteral("--output %1: the folder %2 does not exist")
+            .arg(*output, outputFile.absolutePath());
+    if (format != TargetFormat::XMEMLFile && outputFile.exists() &&
+        outputFile.canonicalFilePath() == targetFile.canonicalFilePath())
+        return QStringLiteral("--output %1 is the target itself; a Final Cut Pro X document is "
+                              "never rewritten, give another path")
+            .arg(*output);
+    if (format == TargetFormat::FCPXBundle && outputFile.exists())
+        return QStringLiteral("--output %1 already exists; a bundle is not written over")
+            .arg(*output);
+    return QString();
 }

@@ -26,5 +26,8 @@ struct CommandLine
     QString error;
 
     static CommandLine parse(const QStringList &arguments);
+    /// What must hold before anything is read: the paths usable, the options fitting
+    /// the target. Empty when all is well, else what is wrong.
+    QString checkPaths() const;
     static QString helpText();
 };

@@ -1,7 +1,5 @@
 #include "TerminalHost.h"
 
-#include "support/QFMainThread.h"
-
 #include <QFileInfo>
 #include <QRegularExpression>
 
@@ -9,16 +7,15 @@
 
 namespace {
 
+QMutex printing;
+
 void printLine(std::FILE *stream, const QString &text)
 {
-    performOnMainThreadAndWait([stream, line = (text + u'\n').toUtf8()] {
-        std::fputs(line.constData(), stream);
-        std::fflush(stream);
-    });
+    const QByteArray line = (text + u'\n').toUtf8();
+    QMutexLocker lock(&printing);
+    std::fputs(line.constData(), stream);
+    std::fflush(stream);
 }
-
-const QString successMessage = QStringLiteral("Markers successfully imported");
-const QString partialMessage = QStringLiteral("Some markers failed to import");
 
 } // namespace
 
@@ -34,6 +31,7 @@ void TerminalHost::setProjectPath(const QString &path)
 
 void TerminalHost::setLoadSpinnerRunning(bool running)
 {
+    QMutexLocker lock(&m_mutex);
     if (running)
         progress(QStringLiteral("Looking for sequences in %1…").arg(m_projectPath));
 }
@@ -45,70 +43,33 @@ void TerminalHost::setProcessSpinnerRunning(bool running)
                      .arg(QFileInfo(m_markerListPath).fileName()));
 }
 
-void TerminalHost::disableUI()
+void TerminalHost::showAlert(const ImportOutcome &outcome)
 {
-    QMutexLocker lock(&m_mutex);
-    m_items.clear();
-    m_importEnabled = false;
+    printLine(outcome.wroteResult() ? stdout : stderr, alertLine(outcome));
 }
 
-void TerminalHost::enableUI(bool)
-{
-    QMutexLocker lock(&m_mutex);
-    m_importEnabled = true;
-}
-
-void TerminalHost::addItemToSequencePopUp(const SequenceItem &item)
-{
-    QMutexLocker lock(&m_mutex);
-    m_items.append(item);
-}
-
-void TerminalHost::showAlert(const QString &messageText, const QString &informativeText,
-                             AlertParent)
-{
-    const Alert alert{messageText, informativeText};
-    {
-        QMutexLocker lock(&m_mutex);
-        m_alerts.append(alert);
-    }
-    const bool outcome = messageText == successMessage || messageText == partialMessage;
-    printLine(outcome ? stdout : stderr, alertLine(alert));
-}
-
-QList<SequenceItem> TerminalHost::items() const
-{
-    QMutexLocker lock(&m_mutex);
-    return m_items;
-}
-
-bool TerminalHost::importEnabled() const
-{
-    QMutexLocker lock(&m_mutex);
-    return m_importEnabled;
-}
-
-QList<TerminalHost::Alert> TerminalHost::alerts() const
-{
-    QMutexLocker lock(&m_mutex);
-    return m_alerts;
-}
-
-QString TerminalHost::alertLine(const Alert &alert)
+QString TerminalHost::alertLine(const ImportOutcome &outcome)
 {
     static const QRegularExpression lineBreaks(QStringLiteral("[\r\n]+"));
     const QString informative =
-        alert.informativeText.trimmed().replace(lineBreaks, QStringLiteral(" "));
-    return informative.isEmpty() ? alert.messageText
-                                 : alert.messageText + QStringLiteral(": ") + informative;
+        outcome.informativeText.trimmed().replace(lineBreaks, QStringLiteral(" "));
+    return informative.isEmpty() ? outcome.messageText
+                                 : outcome.messageText + QStringLiteral(": ") + informative;
 }
 
-int TerminalHost::exitStatus(const QList<Alert> &alerts)
+int TerminalHost::exitStatus(const ImportOutcome &outcome)
 {
-    if (alerts.isEmpty())
-        return 3;
-    const QString &last = alerts.last().messageText;
-    return last == successMessage ? 0 : last == partialMessage ? 1 : 2;
+    switch (outcome.status) {
+    case ImportOutcome::Status::Imported:
+        return 0;
+    case ImportOutcome::Status::SomeMarkersFailed:
+        return 1;
+    case ImportOutcome::Status::Failed:
+        return 2;
+    case ImportOutcome::Status::NothingImported:
+        break;
+    }
+    return 3;
 }
 
 void TerminalHost::progress(const QString &text) const

@@ -2,9 +2,10 @@
 
 #include "fcp7link/QFAppleEvents.h"
 
+#include "FCP7Console.h"
+#include "diagnostics/QFException.h"
 #include "diagnostics/QFLog.h"
 #include "fcp7link/AETransport.h"
-#include "fcp7link/FCP7Console.h"
 #include "support/QFFormat.h"
 #include "support/QFWorkspace.h"
 

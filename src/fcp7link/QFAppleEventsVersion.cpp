@@ -3,8 +3,9 @@
 
 #include "fcp7link/QFAppleEvents.h"
 
+#include "FCP7Console.h"
+#include "diagnostics/QFException.h"
 #include "diagnostics/QFLog.h"
-#include "fcp7link/FCP7Console.h"
 #include "support/QFFormat.h"
 #include "support/QFLocalPaths.h"
 #include "support/QFPropertyList.h"

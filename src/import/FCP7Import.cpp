@@ -1,17 +1,16 @@
-#include "FCP7Import.h"
+#include "import/FCP7Import.h"
 
 #include "diagnostics/QFLog.h"
 #include "fcp7link/QFAppleEvents.h"
 #include "import/MarkerListText.h"
 #include "import/QFFCP7MarkerListParser.h"
+#include "import/TimelineMarker.h"
 #include "import/UserTextEscaping.h"
 #include "support/QFFileContents.h"
+#include "time/FrameRate.h"
 #include "time/QFNumberReader.h"
-#include "time/QFTimecode.h"
 #include "xml/QFXMLParser.h"
 #include "xml/XmlDocument.h"
-
-#include <QFileInfo>
 
 #include <algorithm>
 #include <limits>
@@ -54,25 +53,29 @@ int int32Value(const QString &text)
                                   std::numeric_limits<int>::max()));
 }
 
-struct TimecodeSettings
-{
-    bool ntsc = false;
-    bool dropFrame = false;
-    int timebase = 0;
-    int startFrame = 0;
-};
-
-TimecodeSettings readTimecodeSettings(const XmlNode &sequence)
+/// The sequence's rate and start, from its timecode element.
+FrameRate readFrameRate(const XmlNode &sequence)
 {
     const auto value = [&sequence](const char16_t *query) {
         return FCP7Import::valueForXPath(QString::fromUtf16(query), sequence);
     };
-    TimecodeSettings settings;
-    settings.ntsc = value(u"./timecode/rate/ntsc").toLower() == u"true";
-    settings.dropFrame = value(u"./timecode/displayformat").toLower() == u"df";
-    settings.timebase = int32Value(value(u"./timecode/rate/timebase"));
-    settings.startFrame = int32Value(value(u"./timecode/frame"));
-    return settings;
+    FrameRate rate;
+    rate.ntsc = value(u"./timecode/rate/ntsc").toLower() == u"true";
+    rate.dropFrame = value(u"./timecode/displayformat").toLower() == u"df";
+    rate.timebase = int32Value(value(u"./timecode/rate/timebase"));
+    // Signed in the document: a negative start wraps as the timecode arithmetic does.
+    rate.startFrame = quint64(qint64(int32Value(value(u"./timecode/frame"))));
+    return rate;
+}
+
+/// The output, with the internal subset of the user's document when it has one: the
+/// sequence may refer to the entities declared there.
+QString bareSequenceDocument(const QString &version, const QString &doctype, const QString &content)
+{
+    return QFFormat::format(u"<?xml version=\"1.0\" encoding=\"UTF-8\"?>%@<xmeml version=\"%@\">"
+                            u"%@</xmeml>",
+                            doctype.isNull() ? QStringLiteral("<!DOCTYPE xmeml>") : doctype,
+                            version, content);
 }
 
 QString bin(const QString &uuid, const QString &sequence)
@@ -80,6 +83,37 @@ QString bin(const QString &uuid, const QString &sequence)
     return QFFormat::format(u"<bin><uuid>%@</uuid><updatebehavior>add</updatebehavior>"
                             u"<name>Imported Markers</name><children>%@</children></bin>",
                             uuid, sequence);
+}
+
+/// Replaces the XMEML file at the end of a successful run, and only with a document
+/// that parses, so that the user's file is never left unreadable. An earlier failure
+/// in the error slot is reported as a failed write.
+ImportOutcome writeXMEMLFile(ImportHost &host, const QByteArray &bytes, const QString &path,
+                             QFError &errorSlot)
+{
+    QString parseError;
+    if (!XmlDocument::fromBytes(bytes, XmlDocument::Parsing::Strict, &parseError))
+        errorSlot = QFError::make(QStringLiteral("com.quillfen"), 2,
+                                  QStringLiteral("NSLocalizedDescription"),
+                                  QStringLiteral("The changed sequence is not well-formed XML, so "
+                                                 "the file was left as it was. ") +
+                                      parseError);
+    else
+        QFFileContents::writeAtomically(path, bytes, &errorSlot);
+    host.setProcessSpinnerRunning(false);
+    if (!errorSlot.domain.isEmpty())
+        return host.report(
+            ImportOutcome::failed(QStringLiteral("Failed to write marker data to disk."),
+                                  errorSlot.localizedDescription()));
+    return host.report(
+        {ImportOutcome::Status::Imported, QStringLiteral("Markers successfully imported"),
+         host.targetKind().isSequenceOnly
+             ? QStringLiteral("The markers were imported into the XML file.\n\nPlease reimport "
+                              "the XML file into your editing application.")
+             : QStringLiteral("The markers were imported into a copy of the sequence inside the "
+                              "Imported Markers bin.\n\nPlease reimport the XML file into your "
+                              "editing application."),
+         ImportOutcome::AlertParent::DocumentWindow, path});
 }
 
 } // namespace
@@ -123,11 +157,20 @@ QString FCP7Import::markerElementText(const QString &name, const QString &commen
         name, comment, 0, color.red, color.green, color.blue, qint32(in), qint32(out), ppro);
 }
 
-void FCP7Import::startProcessingWithSettings(ImportHost &host, const ImportSettings &settings)
+ImportOutcome FCP7Import::startProcessingWithSettings(ImportHost &host,
+                                                      const ImportSettings &settings,
+                                                      ParsedTarget *parsed)
 {
-    const auto window = ImportHost::AlertParent::DocumentWindow;
-    const auto freeStanding = ImportHost::AlertParent::None;
-    const auto stop = [&host] { host.setProcessSpinnerRunning(false); };
+    using Parent = ImportOutcome::AlertParent;
+    const auto stop = [&host](const ImportOutcome &outcome = ImportOutcome()) {
+        host.setProcessSpinnerRunning(false);
+        return outcome;
+    };
+    // The alerts of the failures below come before the spinner stops.
+    const auto fail = [&host, &stop](const QString &message, const QString &informative,
+                                     Parent parent = Parent::DocumentWindow) {
+        return stop(host.report(ImportOutcome::failed(message, informative, parent)));
+    };
     const TargetKind &kind = host.targetKind();
 
     host.setProcessSpinnerRunning(true);
@@ -141,14 +184,14 @@ void FCP7Import::startProcessingWithSettings(ImportHost &host, const ImportSetti
     const std::optional<QByteArray> data =
         kind.isXMLFile ? QFFileContents::read(filename)
                        : QFAppleEvents::getItemXMLData(uuid, filename, true);
-    if (!data) {
-        host.showAlert(QFFormat::format(u"Unable to get data for UUID %@", uuid),
-                       QStringLiteral("Cuebridge has been aborted."), window);
-        return stop();
-    }
+    if (!data)
+        return fail(QFFormat::format(u"Unable to get data for UUID %@", uuid),
+                    QStringLiteral("Cuebridge has been aborted."));
 
     // Strict: a document that is not well-formed finds no sequence below.
-    const std::unique_ptr<XmlDocument> document = XmlDocument::fromBytes(*data);
+    std::unique_ptr<XmlDocument> document = parsed ? parsed->take(*data) : nullptr;
+    if (!document)
+        document = XmlDocument::fromBytes(*data);
     const XmlNode top = document ? document->node() : XmlNode();
     QString version = QFXMLParser::stringValueForQuery(QStringLiteral("./xmeml[1]/@version"), top);
     if (version.isEmpty())
@@ -161,11 +204,9 @@ void FCP7Import::startProcessingWithSettings(ImportHost &host, const ImportSetti
             ? QFXMLParser::nodeForQuery(QStringLiteral("./xmeml[1]/sequence[1]"), top)
             : QFXMLParser::nodeForQuery(
                   QFFormat::format(u"./xmeml[1]//sequence/uuid[\"%@\"]/..", uuid), top);
-    const auto sequenceNotFound = [&] {
-        host.showAlert(QStringLiteral("Unable to find the sequence"),
-                       QStringLiteral("An error occurred getting the data from Final Cut Pro."),
-                       window);
-        stop();
+    const auto sequenceNotFound = [&fail] {
+        return fail(QStringLiteral("Unable to find the sequence"),
+                    QStringLiteral("An error occurred getting the data from Final Cut Pro."));
     };
     if (!sequence)
         return sequenceNotFound();
@@ -186,9 +227,9 @@ void FCP7Import::startProcessingWithSettings(ImportHost &host, const ImportSetti
             marker.detach();
     }
 
-    const TimecodeSettings timecode = readTimecodeSettings(sequence);
-    QFLog::appendLog(u"Start frame: %li", timecode.startFrame);
-    QFLog::appendLog(u"Timebase: %li", timecode.timebase);
+    const FrameRate rate = readFrameRate(sequence);
+    QFLog::appendLog(u"Start frame: %li", qint64(rate.startFrame));
+    QFLog::appendLog(u"Timebase: %li", rate.timebase);
 
     // One error slot for the marker list reads and the final write: an earlier
     // failure is still there after a successful write, and is reported.
@@ -197,12 +238,10 @@ void FCP7Import::startProcessingWithSettings(ImportHost &host, const ImportSetti
     const MarkerListText::ImportText markerText =
         MarkerListText::readForImport(host.markerListPath(), keep, keep);
     QFLog::appendLog(u"Line count: %li", markerText.lineCount);
-    if (markerText.lineCount < 2) {
-        MarkerListText::reportUnreadable(host);
-        return stop();
-    }
+    if (markerText.lineCount < 2)
+        return stop(MarkerListText::reportUnreadable(host));
 
-    const qint64 offset = settings.offsetInFrames(timecode.timebase);
+    const qint64 offset = settings.offsetInFrames(rate.timebase);
     const QList<QFMarkerRecord> records =
         QFFCP7MarkerListParser::parseMarkersFromText(markerText.text);
     if (records.size() < 2)
@@ -210,65 +249,33 @@ void FCP7Import::startProcessingWithSettings(ImportHost &host, const ImportSetti
 
     const bool stripWhitespace = UserTextEscaping::stripWhitespaceEnabled();
     for (qsizetype i = 1; i < records.size(); ++i) {
-        const QFMarkerRecord &record = records[i];
-        QFLog::appendLog(u"Tab count: %i", record.size());
-        if (record.size() != 7)
+        QFLog::appendLog(u"Tab count: %i", records[i].size());
+        if (records[i].size() != 7)
             continue;
-        const QString name = UserTextEscaping::escapeUserInputForXML(record[2], stripWhitespace);
-        const QString comment = UserTextEscaping::escapeUserInputForXML(record[3], stripWhitespace);
-        const QString &start = record[4];
-        const QString &duration = record[5];
-        const QString colorName = record[6].trimmed();
-
-        // Unsigned as the timecode arithmetic is: a marker before the sequence start
-        // wraps and reads negative below.
-        const quint64 startFrames = QFTimecode::frameCountFromTimecode(
-            start, timecode.timebase, timecode.ntsc, timecode.dropFrame,
-            quint64(qint64(timecode.startFrame)));
-        const quint64 durationFrames = QFTimecode::frameCountFromTimecode(
-            duration, timecode.timebase, timecode.ntsc, timecode.dropFrame, 0);
-        const qint64 in = std::max<qint64>(qint64(startFrames + quint64(offset)), 0);
-        qint64 out = -1;
-        if (durationFrames != 0) {
-            const qint64 end = qint64(startFrames + durationFrames);
-            out = end < 0 ? end : qint64(quint64(end) + quint64(offset));
-        }
-        if (out < 0)
-            out = -1;
-
-        QFLog::appendLog(u"Marker name: %@", name);
-        QFLog::appendLog(u"Comment: %@", comment);
-        QFLog::appendLog(u"Start timecode: %@", start);
-        QFLog::appendLog(u"Duration timecode: %@", duration);
-        QFLog::appendLog(u"Color name: %@", colorName);
-        QFLog::appendLog(u"Marker start pos: %li", in);
-        QFLog::appendLog(u"Marker duration: %li", durationFrames);
-        QFLog::appendLog(u"Marker out pos: %li", out);
-
+        const TimelineMarker marker =
+            TimelineMarker::make(MarkerRecord::fromRecord(records[i]), rate, offset,
+                                 stripWhitespace, TimelineMarker::Arithmetic::WholeFrames);
         QString error;
-        const auto marker = XmlDocument::fromElementString(
-            markerElementText(name, comment, colorName, in, out), &error);
-        if (!marker) {
-            host.showAlert(QStringLiteral("Unable to create marker"), error, freeStanding);
-            return stop();
-        }
-        sequence.addChild(marker->rootElement());
+        const auto element = XmlDocument::fromElementString(
+            markerElementText(marker.name, marker.comment, marker.record.color, marker.in,
+                              marker.out),
+            &error);
+        if (!element)
+            return fail(QStringLiteral("Unable to create marker"), error, Parent::None);
+        sequence.addChild(element->rootElement());
     }
 
     QString output;
     if (kind.isSequenceOnly) {
-        output = QFFormat::format(u"<?xml version=\"1.0\" encoding=\"UTF-8\"?><!DOCTYPE xmeml>"
-                                  u"<xmeml version=\"%@\">%@</xmeml>",
-                                  version, sequence.toPrettyString());
+        output = bareSequenceDocument(version, document->internalSubsetDeclaration(),
+                                      sequence.toPrettyString());
     } else if (kind.isXMLFile) {
         const QString whole = QString::fromUtf8(document->toPrettyXml());
         const QLatin1StringView children("<children>");
         const qsizetype at = whole.indexOf(children);
-        if (at < 0) {
-            host.showAlert(QStringLiteral("Unable to find child element"),
-                           QStringLiteral("The XML format is invalid."), freeStanding);
-            return stop();
-        }
+        if (at < 0)
+            return fail(QStringLiteral("Unable to find child element"),
+                        QStringLiteral("The XML format is invalid."), Parent::None);
         const qsizetype split = at + children.size();
         const QString copy = bin(QFAppleEvents::generateUUID(), sequence.toPrettyString());
         output.reserve(whole.size() + copy.size());
@@ -283,37 +290,21 @@ void FCP7Import::startProcessingWithSettings(ImportHost &host, const ImportSetti
     }
     output = QFAppleEvents::escapeCharactersInXMLString(output);
 
-    if (QFileInfo(filename).suffix().toLower() == u"xml") {
-        QFFileContents::writeAtomically(settings.outputPath.value_or(filename), output.toUtf8(),
-                                        &errorSlot);
-        stop();
-        if (!errorSlot.domain.isEmpty()) {
-            host.showAlert(QStringLiteral("Failed to write marker data to disk."),
-                           errorSlot.localizedDescription(), window);
-        } else {
-            host.showAlert(
-                QStringLiteral("Markers successfully imported"),
-                kind.isSequenceOnly
-                    ? QStringLiteral("The markers were imported into the XML file.\n\nPlease "
-                                     "reimport the XML file into your editing application.")
-                    : QStringLiteral("The markers were imported into a copy of the sequence "
-                                     "inside the Imported Markers bin.\n\nPlease reimport the "
-                                     "XML file into your editing application."),
-                window);
-        }
-        return;
-    }
+    if (targetFormatForPath(filename) == TargetFormat::XMEMLFile)
+        return writeXMEMLFile(host, output.toUtf8(), settings.outputPath.value_or(filename),
+                              errorSlot);
 
     if (QFAppleEvents::sendXMLToFCP(output, filename)) {
         QFAppleEvents::openItem(newUUID, filename, true);
         stop();
-        host.showAlert(QStringLiteral("Markers successfully imported"),
-                       QStringLiteral("The markers were imported into a copy of the sequence "
-                                      "inside the Imported Markers bin."),
-                       window);
-    } else {
-        stop();
-        host.showAlert(QStringLiteral("Failed to send marker data to Final Cut Pro"),
-                       QStringLiteral("Please report this error to Quillfen."), window);
+        return host.report({ImportOutcome::Status::Imported,
+                            QStringLiteral("Markers successfully imported"),
+                            QStringLiteral("The markers were imported into a copy of the sequence "
+                                           "inside the Imported Markers bin."),
+                            Parent::DocumentWindow, QString()});
     }
+    stop();
+    return host.report(
+        ImportOutcome::failed(QStringLiteral("Failed to send marker data to Final Cut Pro"),
+                              QStringLiteral("Please report this error to Quillfen.")));
 }

@@ -2,6 +2,7 @@
 
 #include "import/ImportHost.h"
 #include "import/ImportSettings.h"
+#include "import/TargetDiscovery.h"
 #include "xml/XmlNode.h"
 
 #include <QString>
@@ -14,10 +15,13 @@ class FCP7Import
 public:
     FCP7Import() = delete;
 
-    /// One whole import, on a worker thread. Every end stops the host's spinner; the
-    /// outcome is reported through the host's alerts (two ends are silent: no uuid
-    /// chosen, fewer than one marker in the list).
-    static void startProcessingWithSettings(ImportHost &host, const ImportSettings &settings);
+    /// One whole import, on a worker thread. Every end stops the host's spinner and
+    /// shows the outcome's alert (two ends are silent: no uuid chosen, fewer than one
+    /// marker in the list). A target file that discovery parsed is taken from parsed
+    /// when the file is unchanged.
+    static ImportOutcome startProcessingWithSettings(ImportHost &host,
+                                                     const ImportSettings &settings,
+                                                     ParsedTarget *parsed = nullptr);
 
     /// Gives the sequence the name "<old id>-Cuebridge": the id attribute becomes it
     /// and is then the element's only attribute, and the first name child takes it

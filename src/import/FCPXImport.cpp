@@ -1,18 +1,19 @@
-#include "FCPXImport.h"
+#include "import/FCPXImport.h"
 
 #include "diagnostics/QFLog.h"
 #include "import/FCPXPlacement.h"
 #include "import/MarkerListText.h"
 #include "import/QFFCP7MarkerListParser.h"
 #include "import/TargetDiscovery.h"
+#include "import/TimelineMarker.h"
 #include "import/UserTextEscaping.h"
 #include "support/QFFileContents.h"
 #include "support/QFFileManager.h"
 #include "support/QFLocalPaths.h"
 #include "support/QFWorkspace.h"
+#include "time/FrameRate.h"
 #include "time/QFFCPXMLParser.h"
 #include "time/QFNumberReader.h"
-#include "time/QFTimecode.h"
 #include "xml/QFXMLParser.h"
 #include "xml/XmlDocument.h"
 
@@ -26,7 +27,7 @@
 
 namespace {
 
-const auto window = ImportHost::AlertParent::DocumentWindow;
+const auto window = ImportOutcome::AlertParent::DocumentWindow;
 
 /// The project becomes "<name>-Cuebridge", so the editor imports it beside the
 /// user's own. A project inside a library has no such attribute and keeps its name.
@@ -38,50 +39,37 @@ void renameProject(const XmlNode &document)
         name.setStringValue(QFFormat::format(u"%@-Cuebridge", name.stringValue()));
 }
 
-/// The sequence's timing, from its format resource and its own attributes.
-struct Timing
-{
-    QString frameDuration;
-    double fps = 0;
-    qint64 multiplier = 0;
-    int timebase = 0;
-    bool ntsc = false;
-    bool dropFrame = false;
-};
-
-Timing readTiming(const XmlNode &document, const XmlNode &sequence)
+/// The sequence's rate, from its format resource and its own attributes; the frame
+/// duration as written there is the duration of every marker.
+FrameRate readFrameRate(const XmlNode &document, const XmlNode &sequence, QString *frameDuration)
 {
     const QString formatId = sequence.attributeForName(QStringLiteral("format")).stringValue();
-    Timing timing;
     // The resources of a project-form document are inside the project.
-    timing.frameDuration = QFXMLParser::stringValueForQuery(
+    *frameDuration = QFXMLParser::stringValueForQuery(
         QFFormat::format(
             u"./fcpxml[1]/project[1]/resources[1]/format[@id=\"%@\"]/@frameDuration[1]", formatId),
         document);
-    if (timing.frameDuration.isNull())
-        timing.frameDuration = QFXMLParser::stringValueForQuery(
+    if (frameDuration->isNull())
+        *frameDuration = QFXMLParser::stringValueForQuery(
             QFFormat::format(u"./fcpxml[1]/resources[1]/format[@id=\"%@\"]/@frameDuration[1]",
                              formatId),
             document);
     QFLog::appendLog(u"format: %@", formatId);
-    QFLog::appendLog(u"dur: %@", timing.frameDuration);
+    QFLog::appendLog(u"dur: %@", *frameDuration);
 
-    timing.fps = QFFCPXMLParser::fpsFromFrameDuration(timing.frameDuration);
-    timing.multiplier = QFFCPXMLParser::multiplierFromFrameDuration(timing.frameDuration);
-    timing.timebase = QFNumberReader::toInt32(std::ceil(timing.fps));
-    timing.ntsc = timing.timebase > timing.fps;
-    timing.dropFrame = QFXMLParser::stringValueForQuery(QStringLiteral("./@tcFormat[1]/text()"),
-                                                        sequence) == u"DF";
+    const FrameRate rate = FrameRate::fromFrameDuration(
+        *frameDuration, QFXMLParser::stringValueForQuery(QStringLiteral("./@tcFormat[1]/text()"),
+                                                         sequence) == u"DF");
     // Logged only: the list's timecodes are absolute, like the clips' offsets.
     const double startFrame =
         QFFCPXMLParser::secondsFromTimeString(
             QFXMLParser::stringValueForQuery(QStringLiteral("./@tcStart"), sequence)) *
-        timing.fps;
-    QFLog::appendLog(u"FPS: %f", timing.fps);
-    QFLog::appendLog(u"Timebase: %i", timing.timebase);
-    QFLog::appendLog(u"NTSC: %i", int(timing.ntsc));
+        rate.fps;
+    QFLog::appendLog(u"FPS: %f", rate.fps);
+    QFLog::appendLog(u"Timebase: %i", rate.timebase);
+    QFLog::appendLog(u"NTSC: %i", int(rate.ntsc));
     QFLog::appendLog(u"Start frame: %li", QFNumberReader::toInt64(startFrame));
-    return timing;
+    return rate;
 }
 
 /// The elements of the primary storyline (the first spine) that take markers, in
@@ -135,43 +123,59 @@ QString markerElementText(const QList<XmlNode::AttributeText> &attributes)
 }
 
 /// Writes the changed document to the temporary folder (a bundle holding it for
-/// bundle input) and hands it to the editor when asked. Answers what was handed over.
-QString writeResult(const XmlDocument &document, bool package, bool handOff)
+/// bundle input) and hands it to the editor when asked. Answers what was written, or
+/// a null string with error set.
+QString writeResult(const XmlDocument &document, bool package, bool handOff, QString *error)
 {
     const QString resultPath = QFLocalPaths::tempFile() + QStringLiteral(".fcpxml");
     QFLog::appendLog(u"Writing data to temp file %@...", resultPath);
-    // Not atomic, and a failure is not reported: the file is a new one in the
-    // temporary folder, and the editor says so when it cannot read it.
+    // Not atomic: the file is a new one in the temporary folder.
     QFile result(resultPath);
-    if (result.open(QIODevice::WriteOnly))
-        result.write(document.toPrettyXml());
+    const QByteArray bytes = document.toPrettyXml();
+    if (!result.open(QIODevice::WriteOnly) || result.write(bytes) != bytes.size() ||
+        !result.flush()) {
+        *error = result.errorString();
+        QFLog::appendLog(u"Failed to write %@: %@", resultPath, *error);
+        return QString();
+    }
     result.close();
 
-    QString opened = resultPath;
+    QString written = resultPath;
     if (package) {
         const QString bundlePath = QFLocalPaths::tempFile() + QStringLiteral(".fcpxmld");
         if (QFFileManager::createDirectory(bundlePath)) {
-            QFFileManager::copyFile(resultPath,
-                                    QDir(bundlePath).filePath(QStringLiteral("Info.fcpxml")));
-            opened = bundlePath;
+            const QString info = QDir(bundlePath).filePath(QStringLiteral("Info.fcpxml"));
+            if (!QFFileManager::copyFile(resultPath, info)) {
+                *error = QStringLiteral("The document could not be copied into the bundle %1.")
+                             .arg(bundlePath);
+                QFLog::appendLog(u"Failed to copy %@ to %@", resultPath, info);
+                return QString();
+            }
+            written = bundlePath;
         } else {
             QFLog::appendLog(u"Failed to create folder %@", bundlePath);
         }
     }
     if (handOff)
-        QFWorkspace::shared().openFile(opened, FCPXImport::finalCutProBundleIdentifier,
+        QFWorkspace::shared().openFile(written, FCPXImport::finalCutProBundleIdentifier,
                                        QFWorkspace::Asynchronous);
-    return opened;
+    return written;
 }
 
 } // namespace
 
-QString FCPXImport::startProcessingFCPXWithSettings(ImportHost &host,
-                                                    const ImportSettings &settings)
+ImportOutcome FCPXImport::startProcessingFCPXWithSettings(ImportHost &host,
+                                                          const ImportSettings &settings,
+                                                          ParsedTarget *parsed)
 {
-    const auto stop = [&host] {
+    const auto stop = [&host](const ImportOutcome &outcome = ImportOutcome()) {
         host.setProcessSpinnerRunning(false);
-        return QString();
+        return outcome;
+    };
+    // The alerts of the failures below come before the spinner stops.
+    const auto fail = [&host, &stop](const QString &message, const QString &informative,
+                                     ImportOutcome::AlertParent parent = window) {
+        return stop(host.report(ImportOutcome::failed(message, informative, parent)));
     };
     host.setProcessSpinnerRunning(true);
     const QString filename = settings.filename;
@@ -179,97 +183,78 @@ QString FCPXImport::startProcessingFCPXWithSettings(ImportHost &host,
 
     // The two bundle failures give up as discovery does, leaving this spinner turning.
     const bool package = QFFileManager::isPackageAtPath(filename);
-    const QString documentPath = TargetDiscovery::fcpxmlDocumentPath(host, filename);
+    ImportOutcome bundleFailure;
+    const QString documentPath =
+        TargetDiscovery::fcpxmlDocumentPath(host, filename, &bundleFailure);
     if (documentPath.isNull())
-        return QString();
+        return bundleFailure;
 
     QFError readError;
     const std::optional<QByteArray> data = QFFileContents::read(documentPath, &readError);
-    if (!data) {
-        host.showAlert(QStringLiteral("Unable to get data for project"),
-                       readError.localizedDescription(), window);
-        return stop();
-    }
+    if (!data)
+        return fail(QStringLiteral("Unable to get data for project"),
+                    readError.localizedDescription());
     // Strict: a document that is not well-formed finds no sequence below.
-    const std::unique_ptr<XmlDocument> document = XmlDocument::fromBytes(*data);
+    std::unique_ptr<XmlDocument> document = parsed ? parsed->take(*data) : nullptr;
+    if (!document)
+        document = XmlDocument::fromBytes(*data);
     const XmlNode top = document ? document->node() : XmlNode();
     renameProject(top);
 
     QString xpathError;
     const QList<XmlNode> matches = top.nodesForXPath(sequenceXPath, &xpathError);
-    if (matches.isEmpty()) {
-        host.showAlert(QStringLiteral("Unable to find sequence"),
-                       xpathError.isNull() ? QStringLiteral("") : xpathError, window);
-        return stop();
-    }
+    if (matches.isEmpty())
+        return fail(QStringLiteral("Unable to find sequence"),
+                    xpathError.isNull() ? QStringLiteral("") : xpathError);
     const XmlNode sequence = matches.first();
     if (settings.clearExistingMarkers) {
         for (XmlNode marker : QFXMLParser::nodesForQuery(QStringLiteral(".//marker"), sequence))
             marker.detach();
     }
 
-    const Timing timing = readTiming(top, sequence);
+    QString frameDuration;
+    const FrameRate rate = readFrameRate(top, sequence, &frameDuration);
+    const qint64 multiplier = QFFCPXMLParser::multiplierFromFrameDuration(frameDuration);
 
     const auto logReadError = [](const QFError &error) {
         QFLog::appendLog(u"Error importing markers: %@", error.localizedDescription());
     };
     const MarkerListText::ImportText markerText =
         MarkerListText::readForImport(host.markerListPath(), logReadError, nullptr);
-    if (markerText.lineCount < 2) {
-        MarkerListText::reportUnreadable(host);
-        return stop();
-    }
+    if (markerText.lineCount < 2)
+        return stop(MarkerListText::reportUnreadable(host));
     QFLog::appendLog(u"Line count: %li", markerText.lineCount);
     const QList<QFMarkerRecord> records =
         QFFCP7MarkerListParser::parseMarkersFromText(markerText.text);
 
-    const qint64 offsetFrames = settings.offsetInFrames(timing.timebase);
+    const qint64 offsetFrames = settings.offsetInFrames(rate.timebase);
     const QList<XmlNode> clips = storylineClips(sequence, host.targetKind().isEvent);
     if (clips.isEmpty()) {
         QFLog::appendLog(u"Error: no clips found");
-        host.showAlert(QStringLiteral("Unable to locate clips"),
-                       QStringLiteral("No video clips could be found in the timeline."), window);
-        return stop();
+        return fail(QStringLiteral("Unable to locate clips"),
+                    QStringLiteral("No video clips could be found in the timeline."));
     }
     if (records.size() < 2)
         return stop();
 
-    const FCPXClipRanges ranges(clips, timing.fps);
+    const FCPXClipRanges ranges(clips, rate.fps);
     FCPXMarkerInsertion insertion;
     const bool stripWhitespace = UserTextEscaping::stripWhitespaceEnabled();
     const bool todo = settings.todoMarkersEnabled.value_or(false);
-    const double timeScale = timing.fps * double(timing.multiplier);
+    const double timeScale = rate.fps * double(multiplier);
     bool someFailed = false;
     for (qsizetype i = 1; i < records.size(); ++i) {
-        const QFMarkerRecord &record = records[i];
-        const QString name = UserTextEscaping::escapeUserInputForXML(record[2], stripWhitespace);
-        const QString comment = UserTextEscaping::escapeUserInputForXML(record[3], stripWhitespace);
-        const auto frames = [&timing](const QString &timecode) {
-            return double(QFTimecode::frameCountFromTimecode(timecode, timing.timebase, timing.ntsc,
-                                                             timing.dropFrame, 0));
-        };
-        const double startFrames = frames(record[4]);
-        const double durationFrames = frames(record[5]);
-        const double position = std::max(0.0, startFrames + double(offsetFrames));
-        const double out =
-            durationFrames == 0 ? -1.0 : startFrames + durationFrames + double(offsetFrames);
-
-        QFLog::appendLog(u"Marker name: %@", name);
-        QFLog::appendLog(u"Comment: %@", comment);
-        QFLog::appendLog(u"Start timecode: %@", record[4]);
-        QFLog::appendLog(u"Duration timecode: %@", record[5]);
-        QFLog::appendLog(u"Color name: %@", record[6]);
-        QFLog::appendLog(u"Marker start pos: %0.0f", position);
-        QFLog::appendLog(u"Marker duration: %li", QFNumberReader::toInt64(durationFrames));
-        QFLog::appendLog(u"Marker out pos: %li", QFNumberReader::toInt64(out));
-
+        const TimelineMarker marker =
+            TimelineMarker::make(MarkerRecord::fromRecord(records[i]), rate, offsetFrames,
+                                 stripWhitespace, TimelineMarker::Arithmetic::RealFrames);
+        const double position = marker.position;
         const FCPXClipRanges::Clip *clip = ranges.clipAt(position);
         if (!clip) {
-            QFLog::appendLog(u"Clip not found for marker %@ at %0.0f", name, position);
+            QFLog::appendLog(u"Clip not found for marker %@ at %0.0f", marker.name, position);
             someFailed = true;
             continue;
         }
-        const double local = position - clip->offset + clip->start * timing.fps;
+        const double local = position - clip->offset + clip->start * rate.fps;
         QString start;
         if (clip->element.name() == u"transition") {
             // Kept as the editor has always received it: the timeline frame number,
@@ -278,40 +263,45 @@ QString FCPXImport::startProcessingFCPXWithSettings(ImportHost &host,
             QFLog::appendLog(u"orig marker start pos: %f", position);
             start = QFFormat::format(u"%0.0f/%0.0fs", position * timeScale, timeScale);
         } else {
-            start = QFFormat::format(u"%0.0f/%0.0fs", local * double(timing.multiplier), timeScale);
+            start = QFFormat::format(u"%0.0f/%0.0fs", local * double(multiplier), timeScale);
         }
 
         // Built in place when the texts allow; otherwise the parse of the written-out
         // element decides, and names what is wrong.
-        const auto attributes = markerAttributes(start, timing.frameDuration, name, comment, todo);
+        const auto attributes =
+            markerAttributes(start, frameDuration, marker.name, marker.comment, todo);
         if (insertion.insertNew(clip->element, attributes))
             continue;
         QString error;
-        const auto marker = XmlDocument::fromElementString(markerElementText(attributes), &error);
-        if (!marker) {
-            host.showAlert(QStringLiteral("Unable to create marker"), error,
-                           ImportHost::AlertParent::None);
-            return stop();
-        }
-        insertion.insert(clip->element, marker->rootElement());
+        const auto element = XmlDocument::fromElementString(markerElementText(attributes), &error);
+        if (!element)
+            return fail(QStringLiteral("Unable to create marker"), error,
+                        ImportOutcome::AlertParent::None);
+        insertion.insert(clip->element, element->rootElement());
     }
 
-    const QString result = writeResult(*document, package, settings.handOffResult);
+    // A result that cannot be written is no success, and nothing is handed over.
+    QString writeError;
+    const QString result = writeResult(*document, package, settings.handOffResult, &writeError);
+    if (result.isNull())
+        return fail(QStringLiteral("Failed to write marker data to disk."), writeError);
     host.setProcessSpinnerRunning(false);
+    ImportOutcome outcome;
     if (someFailed) {
-        host.showAlert(QStringLiteral("Some markers failed to import"),
-                       QStringLiteral("Make sure the starting timecode of the marker list matches "
-                                      "that of your timeline or use the Offset field to "
-                                      "compensate."),
-                       window);
+        outcome = {ImportOutcome::Status::SomeMarkersFailed,
+                   QStringLiteral("Some markers failed to import"),
+                   QStringLiteral("Make sure the starting timecode of the marker list matches that "
+                                  "of your timeline or use the Offset field to compensate."),
+                   window, result};
     } else {
-        host.showAlert(QStringLiteral("Markers successfully imported"),
-                       settings.handOffResult
-                           ? QStringLiteral("A copy of your project was sent to Final Cut Pro.")
-                           : QStringLiteral("A copy of your project was written for Final Cut "
-                                            "Pro to import."),
-                       window);
+        outcome = {ImportOutcome::Status::Imported, QStringLiteral("Markers successfully imported"),
+                   settings.handOffResult
+                       ? QStringLiteral("A copy of your project was sent to Final Cut Pro.")
+                       : QStringLiteral("A copy of your project was written for Final Cut Pro "
+                                        "to import."),
+                   window, result};
     }
+    host.report(outcome);
     host.setProcessSpinnerRunning(false);
-    return result;
+    return outcome;
 }

@@ -2,6 +2,7 @@
 
 #include "import/ImportHost.h"
 #include "import/ImportSettings.h"
+#include "import/TargetDiscovery.h"
 
 #include <QString>
 
@@ -17,11 +18,12 @@ public:
     /// The application the result is opened with.
     static inline const QString finalCutProBundleIdentifier = QStringLiteral("com.apple.FinalCut");
 
-    /// One whole import, on a worker thread. The outcome is reported through the
-    /// host's alerts; one end is silent (fewer than one marker in the list). Answers
-    /// the result handed (or, without settings.handOffResult, ready) to the editor: a
-    /// new ".fcpxml" file, or a new ".fcpxmld" bundle for bundle input. Null when
-    /// nothing was written.
-    static QString startProcessingFCPXWithSettings(ImportHost &host,
-                                                   const ImportSettings &settings);
+    /// One whole import, on a worker thread. The outcome's alert is shown through the
+    /// host; one end is silent (fewer than one marker in the list). The outcome's
+    /// result is what was handed (or, without settings.handOffResult, made ready) to
+    /// the editor: a new ".fcpxml" file, or a new ".fcpxmld" bundle for bundle input.
+    /// A target file that discovery parsed is taken from parsed when it is unchanged.
+    static ImportOutcome startProcessingFCPXWithSettings(ImportHost &host,
+                                                         const ImportSettings &settings,
+                                                         ParsedTarget *parsed = nullptr);
 };

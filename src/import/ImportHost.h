@@ -1,5 +1,7 @@
 #pragma once
 
+#include "import/ImportOutcome.h"
+
 #include <QString>
 
 #include <atomic>
@@ -17,6 +19,16 @@ struct TargetKind
     /// The FCPX selection is an event clip rather than a project.
     std::atomic<bool> isEvent{false};
 };
+
+/// The kinds of target, told apart by the file extension alone (in any case).
+enum class TargetFormat
+{
+    FCP7Project, ///< any other extension: a project reached through Final Cut Pro 7
+    XMEMLFile,   ///< ".xml"
+    FCPXFile,    ///< ".fcpxml"
+    FCPXBundle   ///< ".fcpxmld"
+};
+TargetFormat targetFormatForPath(const QString &path);
 
 /// One entry of the sequence menu: a title and what it stands for (a sequence uuid
 /// for Final Cut Pro 7, an element's XPath for FCPX).
@@ -63,12 +75,15 @@ public:
     virtual void addItemToSequencePopUp(const SequenceItem &item) = 0;
     virtual void setToDoMarkerCheckEnabled(bool enabled) = 0;
 
-    enum class AlertParent
+    /// Shows the outcome's alert and returns once the user has answered it. Called
+    /// only for outcomes that have one.
+    virtual void showAlert(const ImportOutcome &outcome) = 0;
+
+    /// Shows the outcome's alert, when it has one, and gives the outcome back.
+    ImportOutcome report(const ImportOutcome &outcome)
     {
-        DocumentWindow,
-        None
-    };
-    /// Shows an alert and returns once the user has answered it.
-    virtual void showAlert(const QString &messageText, const QString &informativeText,
-                           AlertParent parent) = 0;
+        if (outcome.hasAlert())
+            showAlert(outcome);
+        return outcome;
+    }
 };

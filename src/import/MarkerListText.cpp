@@ -112,12 +112,12 @@ ImportText readForImport(const QString &path, const ReadFailure &readFailed,
     return read;
 }
 
-void reportUnreadable(ImportHost &host)
+ImportOutcome reportUnreadable(ImportHost &host)
 {
     QFLog::appendLog(u"Error: unable to load marker list");
-    host.showAlert(QStringLiteral("Unable to read marker list"),
-                   QStringLiteral("The file may be corrupt, empty or in an invalid format."),
-                   ImportHost::AlertParent::DocumentWindow);
+    return host.report(ImportOutcome::failed(
+        QStringLiteral("Unable to read marker list"),
+        QStringLiteral("The file may be corrupt, empty or in an invalid format.")));
 }
 
 } // namespace MarkerListText

@@ -59,6 +59,6 @@ ImportText readForImport(const QString &path, const ReadFailure &readFailed,
                          const ReadFailure &otherFailed);
 
 /// Logs and shows what the import procedures say of a list of fewer than two lines.
-void reportUnreadable(ImportHost &host);
+ImportOutcome reportUnreadable(ImportHost &host);
 
 } // namespace MarkerListText

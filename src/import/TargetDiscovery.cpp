@@ -12,37 +12,62 @@
 
 #include <memory>
 
+TargetFormat targetFormatForPath(const QString &path)
+{
+    const QString extension = QFileInfo(path).suffix().toLower();
+    if (extension == u"fcpxml")
+        return TargetFormat::FCPXFile;
+    if (extension == u"fcpxmld")
+        return TargetFormat::FCPXBundle;
+    return extension == u"xml" ? TargetFormat::XMEMLFile : TargetFormat::FCP7Project;
+}
+
+ParsedTarget::ParsedTarget(std::unique_ptr<XmlDocument> document, const QByteArray &bytes)
+    : m_document(std::move(document)), m_bytes(bytes)
+{}
+
+std::unique_ptr<XmlDocument> ParsedTarget::take(const QByteArray &bytes)
+{
+    std::unique_ptr<XmlDocument> document = std::move(m_document);
+    if (!document || !document->parsedCleanly() || m_bytes.size() != bytes.size() ||
+        m_bytes != bytes)
+        return nullptr;
+    return document;
+}
+
 bool TargetDiscovery::openFilename(ImportHost &host, const QString &path)
 {
     if (path.isNull() || !QFileInfo::exists(path))
         return false;
-    const QString extension = QFileInfo(path).suffix().toLower();
+    const TargetFormat format = targetFormatForPath(path);
     TargetKind &kind = host.targetKind();
-    if (extension == u"fcpxml" || extension == u"fcpxmld") {
+    if (format == TargetFormat::FCPXFile || format == TargetFormat::FCPXBundle) {
         kind.isFCPX = true;
         kind.isXMLFile = true;
         kind.isSequenceOnly = false;
     } else {
         kind.isFCPX = false;
-        kind.isXMLFile = extension == u"xml";
+        kind.isXMLFile = format == TargetFormat::XMEMLFile;
     }
     QFUserDefaults::standardUserDefaults().setObject(path, lastProjectKey);
     host.setProjectPath(path);
     return true;
 }
 
-void TargetDiscovery::updateProject(ImportHost &host, const QString &path)
+TargetDiscovery::Result TargetDiscovery::updateProject(ImportHost &host, const QString &path)
 {
+    Result result;
     host.disableUI();
     if (path.isEmpty())
-        return;
+        return result;
     if (host.targetKind().isFCPX)
-        discoverFCPX(host, path);
+        discoverFCPX(host, path, result);
     else
-        discoverFCP7(host, path);
+        discoverFCP7(host, path, result);
+    return result;
 }
 
-void TargetDiscovery::discoverFCP7(ImportHost &host, const QString &path)
+void TargetDiscovery::discoverFCP7(ImportHost &host, const QString &path, Result &result)
 {
     TargetKind &kind = host.targetKind();
     host.setLoadSpinnerRunning(true);
@@ -73,26 +98,30 @@ void TargetDiscovery::discoverFCP7(ImportHost &host, const QString &path)
     for (const XmlNode &sequence : std::as_const(sequences)) {
         const XmlNode name = FCP7Import::nodeForXPath(QStringLiteral("./name[1]"), sequence);
         const XmlNode uuid = FCP7Import::nodeForXPath(QStringLiteral("./uuid[1]"), sequence);
-        if (name && uuid)
-            host.addItemToSequencePopUp(
+        if (name && uuid) {
+            result.items.append(
                 {name.stringValue(), uuid.stringValue(), SequenceItem::Image::Sequence});
+            host.addItemToSequencePopUp(result.items.last());
+        }
     }
     if (!sequences.isEmpty())
         host.enableUI(true);
     host.setToDoMarkerCheckEnabled(false);
     host.setLoadSpinnerRunning(false);
-    XmlDocument::keepForReuse(std::move(file), bytes); // the import reads the same file
+    result.parsed = ParsedTarget(std::move(file), bytes);
 }
 
-QString TargetDiscovery::fcpxmlDocumentPath(ImportHost &host, const QString &path)
+QString TargetDiscovery::fcpxmlDocumentPath(ImportHost &host, const QString &path,
+                                            ImportOutcome *failure)
 {
     if (!QFFileManager::isPackageAtPath(path))
         return path;
-    const auto giveUp = [&host](const QString &informativeText) {
+    const auto giveUp = [&host, failure](const QString &informativeText) {
         host.enableUI(true);
         host.setLoadSpinnerRunning(false);
-        host.showAlert(QStringLiteral("Failed to open file"), informativeText,
-                       ImportHost::AlertParent::None);
+        *failure =
+            host.report(ImportOutcome::failed(QStringLiteral("Failed to open file"),
+                                              informativeText, ImportOutcome::AlertParent::None));
         return QString();
     };
     const QDir bundle(path);
@@ -116,13 +145,13 @@ QString TargetDiscovery::fcpxmlDocumentPath(ImportHost &host, const QString &pat
     return giveUp(QStringLiteral("Could not locate any XML files inside bundle."));
 }
 
-void TargetDiscovery::discoverFCPX(ImportHost &host, const QString &path)
+void TargetDiscovery::discoverFCPX(ImportHost &host, const QString &path, Result &result)
 {
     host.targetKind().isEvent = false;
     host.enableUI(false);
     host.setLoadSpinnerRunning(true);
 
-    const QString documentPath = fcpxmlDocumentPath(host, path);
+    const QString documentPath = fcpxmlDocumentPath(host, path, &result.outcome);
     if (documentPath.isNull())
         return;
     const QByteArray bytes = QFFileContents::read(documentPath).value_or(QByteArray());
@@ -141,8 +170,11 @@ void TargetDiscovery::discoverFCPX(ImportHost &host, const QString &path)
         return;
     }
     for (const XmlNode &sequence : sequences) {
-        if (const XmlNode name = FCP7Import::nodeForXPath(QStringLiteral("../@name[1]"), sequence))
-            host.addItemToSequencePopUp({name.stringValue(), sequence.xPath()});
+        if (const XmlNode name =
+                FCP7Import::nodeForXPath(QStringLiteral("../@name[1]"), sequence)) {
+            result.items.append({name.stringValue(), sequence.xPath()});
+            host.addItemToSequencePopUp(result.items.last());
+        }
     }
     if (!sequences.isEmpty())
         host.enableUI(true);
@@ -150,13 +182,14 @@ void TargetDiscovery::discoverFCPX(ImportHost &host, const QString &path)
     const QList<XmlNode> clips =
         root.nodesForXPath(QStringLiteral("(./project/clip | ./library[1]/event[1]/project/clip)"));
     for (const XmlNode &clip : clips) {
-        if (const XmlNode name = FCP7Import::nodeForXPath(QStringLiteral("./@name[1]"), clip))
-            host.addItemToSequencePopUp(
-                {name.stringValue(), clip.xPath(), SequenceItem::Image::FCPXEvent});
+        if (const XmlNode name = FCP7Import::nodeForXPath(QStringLiteral("./@name[1]"), clip)) {
+            result.items.append({name.stringValue(), clip.xPath(), SequenceItem::Image::FCPXEvent});
+            host.addItemToSequencePopUp(result.items.last());
+        }
     }
     if (!clips.isEmpty())
         host.enableUI(true);
     host.setToDoMarkerCheckEnabled(true);
     host.setLoadSpinnerRunning(false);
-    XmlDocument::keepForReuse(std::move(document), bytes); // the import reads the same file
+    result.parsed = ParsedTarget(std::move(document), bytes);
 }

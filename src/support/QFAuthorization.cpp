@@ -103,7 +103,8 @@ bool QFAuthorization::authCopyFile(const QString &source, const QString &destina
     }
     if (!QFileInfo::exists(source))
         return false;
-    const QStringList arguments = {"-f", "-p", "-R", source, destination};
+    const QStringList arguments = {QStringLiteral("-f"), QStringLiteral("-p"), QStringLiteral("-R"),
+                                   source, destination};
     if (QFLocalPaths::isSuperuser()) {
         QFTaskEx::runTaskAndReturn(QStringLiteral("/bin/cp"), arguments);
         return true;
@@ -114,7 +115,7 @@ bool QFAuthorization::authCopyFile(const QString &source, const QString &destina
 
 bool QFAuthorization::authCreateDir(const QString &path)
 {
-    const QStringList arguments = {"-p", path};
+    const QStringList arguments = {QStringLiteral("-p"), path};
     if (QFLocalPaths::isSuperuser()) {
         QFTaskEx::runTaskAndReturn(QStringLiteral("/bin/mkdir"), arguments);
         return true;

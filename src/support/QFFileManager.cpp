@@ -23,6 +23,7 @@
 #include <unistd.h>
 #else
 #include <sys/stat.h>
+
 #endif
 
 namespace {
@@ -92,7 +93,9 @@ bool QFFileManager::isDirectoryAtPath(const QString &path)
 bool QFFileManager::isPackageAtPath(const QString &path)
 {
     static const QStringList packageExtensions = {
-        "app", "fcpxmld", "fcpbundle", "bundle", "framework", "plugin", "kext", "pkg", "rtfd"};
+        QStringLiteral("app"),    QStringLiteral("fcpxmld"),   QStringLiteral("fcpbundle"),
+        QStringLiteral("bundle"), QStringLiteral("framework"), QStringLiteral("plugin"),
+        QStringLiteral("kext"),   QStringLiteral("pkg"),       QStringLiteral("rtfd")};
     const QFileInfo info(QFLocalPaths::stripTrailingSlash(path));
     return !path.isEmpty() && info.isDir() &&
            packageExtensions.contains(info.suffix(), Qt::CaseInsensitive);
@@ -209,10 +212,14 @@ bool QFFileManager::compressFile(const QString &source, const QString &destinati
     // in) or inside it (only its contents), as ditto's --keepParent decides.
     const QFileInfo info(QFLocalPaths::stripTrailingSlash(source));
     if (includeParent || !info.isDir())
-        QFTaskEx::runTaskInDirectory(archiverPath(), {"-r", "-q", "-y", target, info.fileName()},
+        QFTaskEx::runTaskInDirectory(archiverPath(),
+                                     {QStringLiteral("-r"), QStringLiteral("-q"),
+                                      QStringLiteral("-y"), target, info.fileName()},
                                      info.absolutePath());
     else
-        QFTaskEx::runTaskInDirectory(archiverPath(), {"-r", "-q", "-y", target, "."},
+        QFTaskEx::runTaskInDirectory(archiverPath(),
+                                     {QStringLiteral("-r"), QStringLiteral("-q"),
+                                      QStringLiteral("-y"), target, QStringLiteral(".")},
                                      info.absoluteFilePath());
 #endif
     return fileExistsAtPath(target);

@@ -82,7 +82,7 @@ QString QFTaskEx::decode(const QByteArray &data, Encoding encoding)
     QString text;
     text.reserve(data.size());
     for (const char c : data)
-        text += (uchar(c) < 0x80) ? QChar(uchar(c)) : QChar(QChar::ReplacementCharacter);
+        text += (uchar(c) < 0x80) ? QChar(char16_t(uchar(c))) : QChar(QChar::ReplacementCharacter);
     return text;
 }
 

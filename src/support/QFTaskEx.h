@@ -1,6 +1,6 @@
 #pragma once
 
-#include "QFProcess.h"
+#include "support/QFProcess.h"
 
 #include <QByteArray>
 #include <QString>

@@ -2,7 +2,6 @@
 
 #include <QList>
 #include <QString>
-#include <QVariantMap>
 #include <QtGlobal>
 
 /// Final Cut Pro X documents: rational time values ("1001/30000s", "3600s").
@@ -27,16 +26,4 @@ public:
 
     /// The frame duration's numerator (1001 for "1001/30000s"); 0 when absent.
     static qint64 multiplierFromFrameDuration(const QString &frameDuration);
-
-    /// The markers on the clips of the first project's sequence of a library-form
-    /// .fcpxml file, in document order: {"name", "seconds"} records, or {"name",
-    /// "startTimecode"} with useTimecode (a marker without a value gives an empty
-    /// record). Only markers within the used part of their clip count, both ends
-    /// included. mainStorylineOnly leaves out connected clips and nested storylines;
-    /// stripDuplicates keeps one marker per timeline time; a relativeHour of 0 or more
-    /// rewrites the timecode's hour. An unreadable file gives an empty list.
-    static QList<QVariantMap> markersFromXMLFile(const QString &path, bool useTimecode,
-                                                 bool stripDuplicates = false,
-                                                 bool mainStorylineOnly = true,
-                                                 qint64 relativeHour = -1);
 };

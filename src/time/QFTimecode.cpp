@@ -265,7 +265,9 @@ QString QFTimecode::timeOfDayTimecode(int timebase, bool ntsc, bool dropFrame)
     const QTime now = QTime::currentTime();
     const double hundredths = now.msec() / 10;
     const qint64 frames = toInt64(std::floor(hundredths / 100.0 * rate));
-    auto field = [](qint64 value) { return twoDigitPrefix(value) + QString::number(value); };
+    auto field = [](qint64 value) -> QString {
+        return twoDigitPrefix(value) + QString::number(value);
+    };
     return field(now.hour()) + u':' + field(now.minute()) + u':' + field(now.second()) +
            (dropFrame ? u';' : u':') + field(frames);
 }
@@ -308,7 +310,7 @@ QString QFTimecode::sanitizeTimecodeForFilename(const QString &timecode)
 QString QFTimecode::formatHours(qint64 hours, qint64 mins, qint64 secs, qint64 frames,
                                 bool dropFrame)
 {
-    auto field = [](qint64 value) {
+    auto field = [](qint64 value) -> QString {
         return twoDigitPrefix(value) + QString::number(quint64(value));
     };
     return field(hours) + u':' + field(mins) + u':' + field(secs) + (dropFrame ? u';' : u':') +

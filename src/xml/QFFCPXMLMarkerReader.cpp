@@ -1,10 +1,10 @@
-// The marker reader of QFFCPXMLParser lives with the XML layer it queries through.
+#include "xml/QFFCPXMLMarkerReader.h"
 
 #include "time/QFFCPXMLParser.h"
 
 #include "support/QFFormat.h"
+#include "time/FrameRate.h"
 #include "time/QFNumberReader.h"
-#include "time/QFTimecode.h"
 #include "xml/QFXMLParser.h"
 #include "xml/XmlDocument.h"
 
@@ -15,32 +15,21 @@
 
 namespace {
 
-struct TimecodeSettings
+/// The rate of the first format of the resources, whichever one the sequence uses,
+/// with the drop-frame flag and start of the first project's sequence.
+FrameRate readFrameRate(const XmlNode &document)
 {
-    double fps = 30.0;
-    int timebase = 30;
-    bool ntsc = false;
-    bool dropFrame = false;
-    quint64 startFrame = 0;
-};
-
-TimecodeSettings readTimecodeSettings(const XmlNode &document)
-{
-    TimecodeSettings settings;
-    // The first format of the resources, whichever one the sequence uses.
     const QString frameDuration = QFXMLParser::stringValueForQuery(
         QStringLiteral("./fcpxml[1]/resources[1]/format/@frameDuration[1]"), document);
-    settings.fps = QFFCPXMLParser::fpsFromFrameDuration(frameDuration);
-    settings.timebase = QFNumberReader::toInt32(std::ceil(settings.fps));
-    settings.ntsc = settings.timebase > settings.fps;
-    settings.dropFrame =
+    const bool dropFrame =
         QFXMLParser::stringValueForQuery(
             QStringLiteral("./fcpxml[1]/library[1]//project[1]/sequence[1]/@tcFormat[1]"),
             document) == u"DF";
+    FrameRate rate = FrameRate::fromFrameDuration(frameDuration, dropFrame);
     const double start = QFFCPXMLParser::secondsFromTimeString(QFXMLParser::stringValueForQuery(
         QStringLiteral("./fcpxml[1]/library[1]//project[1]/sequence[1]/@tcStart"), document));
-    settings.startFrame = QFNumberReader::toUInt64(std::ceil(settings.fps * start));
-    return settings;
+    rate.startFrame = QFNumberReader::toUInt64(std::ceil(rate.fps * start));
+    return rate;
 }
 
 double secondsOf(const QString &query, const XmlNode &node)
@@ -68,17 +57,17 @@ QString withRelativeHour(const QString &timecode, qint64 relativeHour)
 
 } // namespace
 
-QList<QVariantMap> QFFCPXMLParser::markersFromXMLFile(const QString &path, bool useTimecode,
-                                                      bool stripDuplicates, bool mainStorylineOnly,
-                                                      qint64 relativeHour)
+QList<QVariantMap> QFFCPXMLMarkerReader::markersFromXMLFile(const QString &path, bool useTimecode,
+                                                            bool stripDuplicates,
+                                                            bool mainStorylineOnly,
+                                                            qint64 relativeHour)
 {
     QList<QVariantMap> markers;
     const std::unique_ptr<XmlDocument> parsed = XmlDocument::fromFile(path);
     if (!parsed)
         return markers;
     const XmlNode document = parsed->node();
-    const TimecodeSettings settings =
-        useTimecode ? readTimecodeSettings(document) : TimecodeSettings();
+    const FrameRate rate = useTimecode ? readFrameRate(document) : FrameRate();
 
     const QString markerQuery =
         mainStorylineOnly
@@ -109,10 +98,8 @@ QList<QVariantMap> QFFCPXMLParser::markersFromXMLFile(const QString &path, bool 
         if (!text.isNull()) {
             record.insert(QStringLiteral("name"), text);
             if (useTimecode) {
-                const quint64 frames = QFNumberReader::toUInt64(settings.fps * time);
                 QString timecode =
-                    QFTimecode::timecodeFromFrameCount(frames, settings.timebase, settings.ntsc,
-                                                       settings.dropFrame, settings.startFrame);
+                    rate.timecodeFromFrames(QFNumberReader::toUInt64(rate.fps * time));
                 if (relativeHour >= 0)
                     timecode = withRelativeHour(timecode, relativeHour);
                 record.insert(QStringLiteral("startTimecode"), timecode);

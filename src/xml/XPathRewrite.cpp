@@ -1,4 +1,4 @@
-#include "xml/XPathRewrite.h"
+#include "XPathRewrite.h"
 
 #include <QStringList>
 

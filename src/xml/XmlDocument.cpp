@@ -1,11 +1,10 @@
 #include "xml/XmlDocument.h"
 
-#include "xml/XmlErrors.h"
+#include "XmlErrors.h"
 
 #include "diagnostics/QFLog.h"
 
 #include <QFile>
-#include <QMutex>
 
 #include <libxml/parser.h>
 #include <libxml/tree.h>
@@ -20,43 +19,7 @@ namespace {
 // depth, text size and entity expansion stay on.
 constexpr int safeOptions = XML_PARSE_NONET | XML_PARSE_NOBLANKS | XML_PARSE_NOCDATA;
 
-/// The one document kept for the next parse of the same bytes.
-struct Reusable
-{
-    QMutex mutex;
-    QByteArray bytes;
-    std::unique_ptr<XmlDocument> document;
-};
-
-Reusable &reusable()
-{
-    static Reusable slot;
-    return slot;
-}
-
 } // namespace
-
-void XmlDocument::keepForReuse(std::unique_ptr<XmlDocument> document, const QByteArray &bytes)
-{
-    if (!document || !document->m_parsedCleanly || !document->m_detached.empty())
-        return;
-    Reusable &slot = reusable();
-    std::unique_ptr<XmlDocument> replaced;
-    QMutexLocker lock(&slot.mutex);
-    replaced = std::move(slot.document); // freed after the lock is released
-    slot.document = std::move(document);
-    slot.bytes = bytes;
-}
-
-std::unique_ptr<XmlDocument> XmlDocument::takeForReuse(const QByteArray &bytes)
-{
-    Reusable &slot = reusable();
-    QMutexLocker lock(&slot.mutex);
-    if (!slot.document || slot.bytes.size() != bytes.size() || slot.bytes != bytes)
-        return nullptr;
-    slot.bytes.clear();
-    return std::move(slot.document);
-}
 
 XmlDocument::XmlDocument(xmlDocPtr doc) : m_doc(doc)
 {
@@ -80,9 +43,6 @@ std::unique_ptr<XmlDocument> XmlDocument::fromBytes(const QByteArray &bytes, Par
             *error = QStringLiteral("The document is too large to be read.");
         return nullptr;
     }
-    // Without errors, the repairing and the strict parse build the same tree.
-    if (auto document = takeForReuse(bytes))
-        return document;
     ensureLibxmlInitialised();
     XmlErrors errors;
     const int options = safeOptions | (parsing == Parsing::Repairing ? XML_PARSE_RECOVER : 0);
@@ -146,6 +106,19 @@ QByteArray XmlDocument::toPrettyXml() const
     QByteArray bytes(reinterpret_cast<const char *>(memory), size);
     xmlFree(memory);
     return bytes;
+}
+
+QString XmlDocument::internalSubsetDeclaration() const
+{
+    xmlDtdPtr subset = m_doc->intSubset;
+    if (!subset || !subset->children)
+        return QString();
+    xmlBufferPtr buffer = xmlBufferCreate();
+    xmlNodeDump(buffer, m_doc, reinterpret_cast<xmlNodePtr>(subset), 0, 0);
+    QString text = QString::fromUtf8(reinterpret_cast<const char *>(xmlBufferContent(buffer)),
+                                     xmlBufferLength(buffer));
+    xmlBufferFree(buffer);
+    return text;
 }
 
 void XmlDocument::keepDetached(xmlNodePtr node)

@@ -36,13 +36,6 @@ public:
     static std::unique_ptr<XmlDocument> fromElementString(const QString &text,
                                                           QString *error = nullptr);
 
-    /// Hands back a document that was only read, with the bytes it was parsed from:
-    /// the next parse of the very same bytes, in either mode, takes it instead of
-    /// parsing again. Discovery and import read the same file one after the other, and
-    /// a large document then costs one parse instead of two. Only a document that
-    /// parsed without any error (so without repairs) is kept, and only the latest one.
-    static void keepForReuse(std::unique_ptr<XmlDocument> document, const QByteArray &bytes);
-
     ~XmlDocument();
     XmlDocument(const XmlDocument &) = delete;
     XmlDocument &operator=(const XmlDocument &) = delete;
@@ -54,6 +47,14 @@ public:
     /// The whole document, indented, encoded in UTF-8.
     QByteArray toPrettyXml() const;
 
+    /// Whether the parse met no error, so needed no repair: the strict and the repairing
+    /// parse of the same bytes then build the same tree.
+    bool parsedCleanly() const { return m_parsedCleanly; }
+    /// The document type declaration with its internal subset ("<!DOCTYPE xmeml [...]>"),
+    /// which declares the entities the document may refer to; null when the document
+    /// declares nothing in one.
+    QString internalSubsetDeclaration() const;
+
 private:
     explicit XmlDocument(_xmlDoc *doc);
     friend class XmlNode;
@@ -62,8 +63,6 @@ private:
     /// One evaluation context for all queries: making one registers every XPath
     /// function anew, which would cost more than most of the queries themselves.
     _xmlXPathContext *xpathContext();
-
-    static std::unique_ptr<XmlDocument> takeForReuse(const QByteArray &bytes);
 
     _xmlDoc *m_doc;
     bool m_parsedCleanly = false;

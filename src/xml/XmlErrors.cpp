@@ -1,4 +1,4 @@
-#include "xml/XmlErrors.h"
+#include "XmlErrors.h"
 
 #include <libxml/globals.h>
 #include <libxml/parser.h>

@@ -1,8 +1,8 @@
 #include "xml/XmlNode.h"
 
-#include "xml/XPathRewrite.h"
+#include "XPathRewrite.h"
+#include "XmlErrors.h"
 #include "xml/XmlDocument.h"
-#include "xml/XmlErrors.h"
 
 #include "diagnostics/QFLog.h"
 

@@ -6,7 +6,6 @@
 
 #include <QDir>
 #include <QDirIterator>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
 #include <QStandardPaths>
@@ -81,7 +80,13 @@ TEST_P(Matrix, EndsWithItsMessageAndChangesNoFile)
             GTEST_SKIP() << "file permissions do not bind the superuser, and runuser is missing";
         QFile::setPermissions(home.path(), QFile::permissions(home.path()) |
                                                QFileDevice::ReadOther | QFileDevice::ExeOther);
-        command = QStringList{runuser, u"-u"_qs, u"nobody"_qs, u"--"_qs} + command;
+        // The build tree may lie where that user cannot go (root's own home): the
+        // program is run from a copy in the home, which the comparison leaves out.
+        const QString copy = path(u".bin/cuebridge-import"_qs);
+        QDir().mkpath(path(u".bin"_qs));
+        QFile::setPermissions(path(u".bin"_qs), QFile::permissions(home.path()));
+        ASSERT_TRUE(QFile::copy(command.first(), copy));
+        command = QStringList{runuser, u"-u"_qs, u"nobody"_qs, u"--"_qs, copy, u"-q"_qs};
     }
     const QStringList arguments = c.arguments(*this);
     const auto before = files();
@@ -138,7 +143,7 @@ INSTANTIATE_TEST_SUITE_P(
              [](BadInput &test) {
                  return QStringList{test.markers(), test.write(u"t.xml"_qs, "")};
              },
-             2, "Unable to find the sequence"},
+             3, "lists no sequence to import into"},
         Case{"EmptyFcpxTarget",
              [](BadInput &test) {
                  return QStringList{test.markers(), test.write(u"t.fcpxml"_qs, "")};
@@ -178,7 +183,7 @@ INSTANTIATE_TEST_SUITE_P(
                                                  QByteArray(50 << 20, 'x') +
                                                  "</name></sequence></xmeml>")};
              },
-             2, "Unable to find the sequence"},
+             3, "lists no sequence to import into"},
         Case{"FiftyMegabyteLineAsFcpxTarget",
              [](BadInput &test) {
                  return QStringList{
@@ -264,39 +269,7 @@ INSTANTIATE_TEST_SUITE_P(
                                                  deep("<sequence>", "</sequence>", 100000) +
                                                  "</xmeml>")};
              },
-             2, "Unable to find the sequence"}),
+             3, "lists no sequence to import into"}),
     [](const auto &param) { return std::string(param.param.name); });
-
-#ifndef __SANITIZE_ADDRESS__
-// Left out of the sanitizer run, which would need several times the memory and time.
-TEST_F(BadInput, ATwoHundredMegabyteLibraryImportsInBoundedTime)
-{
-    QByteArray spine;
-    spine.reserve(210 << 20);
-    for (int i = 0; spine.size() < (200 << 20); ++i)
-        spine += "<asset-clip name=\"C" + QByteArray::number(i) + "\" ref=\"r2\" offset=\"" +
-                 QByteArray::number(i * 2) +
-                 "s\" duration=\"2s\" format=\"r1\"><keyword start=\"0s\" duration=\"2s\" "
-                 "value=\"Selects, interview, take two\"/></asset-clip>\n";
-    const QByteArray library =
-        "<?xml version=\"1.0\"?>\n<fcpxml version=\"1.8\"><resources><format id=\"r1\" "
-        "frameDuration=\"100/2500s\"/><asset id=\"r2\" src=\"file:///m.mov\" start=\"0s\" "
-        "duration=\"9999999s\"/></resources><library><event name=\"E\"><project name=\"Big\">"
-        "<sequence format=\"r1\"><spine>" +
-        spine + "</spine></sequence></project></event></library></fcpxml>\n";
-    const QString target = write(u"big.fcpxml"_qs, library);
-    spine.clear();
-
-    QProcess process;
-    QElapsedTimer timer;
-    timer.start();
-    process.start(QStringLiteral(CUEBRIDGE_IMPORT), {u"-q"_qs, markers(), target});
-    ASSERT_TRUE(process.waitForFinished(120000));
-    EXPECT_EQ(process.exitCode(), 0) << process.readAllStandardError().toStdString();
-    EXPECT_TRUE(process.readAllStandardOutput().startsWith("Markers successfully imported"));
-    EXPECT_EQ(TempHome::read(target), library);
-    std::printf("200 MB library imported in %.1f s\n", double(timer.elapsed()) / 1000);
-}
-#endif
 
 } // namespace

@@ -357,13 +357,7 @@ INSTANTIATE_TEST_SUITE_P(
                 "format."},
         Refusal{
             "HugeMarkerList", QByteArray(17 * 1024 * 1024, '\t'), {}, {}, 64, "cuebridge-import: "},
-        Refusal{"TargetIsNotXml",
-                oneMarker,
-                "\x89PNG\r\n\x1a\n",
-                {u"-q"_qs},
-                2,
-                "Unable to find the sequence: An error occurred getting the data from Final Cut "
-                "Pro."},
+        Refusal{"TargetIsNotXml", oneMarker, "\x89PNG\r\n\x1a\n", {}, 3, "lists no sequence"},
         Refusal{"EntityBomb", oneMarker, bomb, {u"-q"_qs}, 2, "Unable to find the sequence"},
         Refusal{"WriteFails",
                 oneMarker,

@@ -43,11 +43,12 @@ public:
     {
         record(enabled ? u"todo on"_qs : u"todo off"_qs);
     }
-    void showAlert(const QString &messageText, const QString &informativeText,
-                   AlertParent parent) override
+    void showAlert(const ImportOutcome &outcome) override
     {
-        alerts << messageText + QStringLiteral(" / ") + informativeText;
-        record((parent == AlertParent::DocumentWindow ? u"sheet "_qs : u"alert "_qs) + messageText);
+        alerts << outcome.messageText + QStringLiteral(" / ") + outcome.informativeText;
+        record((outcome.alertParent == ImportOutcome::AlertParent::DocumentWindow ? u"sheet "_qs
+                                                                                  : u"alert "_qs) +
+               outcome.messageText);
     }
 
     TargetKind kind;

@@ -1,6 +1,6 @@
 // Reading markers back out of FCPXML documents.
 
-#include "time/QFFCPXMLParser.h"
+#include "xml/QFFCPXMLMarkerReader.h"
 
 #include "QtPrinters.h"
 #include "TempHome.h"
@@ -51,8 +51,8 @@ class MarkersOfTheLibrary : public testing::TestWithParam<ReaderCase>
 TEST_P(MarkersOfTheLibrary, AreReadInDocumentOrder)
 {
     const ReaderCase &c = GetParam();
-    EXPECT_EQ(describe(QFFCPXMLParser::markersFromXMLFile(library, c.useTimecode, c.stripDuplicates,
-                                                          c.mainStorylineOnly, c.relativeHour)),
+    EXPECT_EQ(describe(QFFCPXMLMarkerReader::markersFromXMLFile(
+                  library, c.useTimecode, c.stripDuplicates, c.mainStorylineOnly, c.relativeHour)),
               c.expected);
 }
 
@@ -115,11 +115,11 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST(QFFCPXMLMarkerReader, RecordsCarryNumbersAndStrings)
 {
-    const QList<QVariantMap> seconds = QFFCPXMLParser::markersFromXMLFile(library, false);
+    const QList<QVariantMap> seconds = QFFCPXMLMarkerReader::markersFromXMLFile(library, false);
     ASSERT_FALSE(seconds.isEmpty());
     EXPECT_EQ(seconds.first().keys(), (QStringList{"name", "seconds"}));
     EXPECT_EQ(seconds.first().value(u"seconds"_qs).typeId(), QMetaType::Double);
-    const QList<QVariantMap> timecodes = QFFCPXMLParser::markersFromXMLFile(library, true);
+    const QList<QVariantMap> timecodes = QFFCPXMLMarkerReader::markersFromXMLFile(library, true);
     ASSERT_FALSE(timecodes.isEmpty());
     EXPECT_EQ(timecodes.first().keys(), (QStringList{"name", "startTimecode"}));
 }
@@ -131,7 +131,8 @@ TEST(QFFCPXMLMarkerReader, ProjectFormMissingAndBrokenFilesGiveNothing)
     TempHome::write(broken, "<fcpxml><library><event>");
     for (const QString &path : {QStringLiteral(CUEBRIDGE_TEST_DATA "/project.fcpxml"),
                                 dir.filePath(u"missing.fcpxml"_qs), broken, dir.path()})
-        EXPECT_TRUE(QFFCPXMLParser::markersFromXMLFile(path, true).isEmpty()) << path.toStdString();
+        EXPECT_TRUE(QFFCPXMLMarkerReader::markersFromXMLFile(path, true).isEmpty())
+            << path.toStdString();
 }
 
 TEST(QFFCPXMLMarkerReader, SequenceStartDropFrameAndMissingValues)
@@ -148,12 +149,12 @@ TEST(QFFCPXMLMarkerReader, SequenceStartDropFrameAndMissingValues)
   </spine></sequence></project></event></library>
 </fcpxml>)");
     // 60 s is 1798 frames at 29.97; the start adds ceil(299.7) = 300: frame 2098 is 00:01:10;00.
-    EXPECT_EQ(describe(QFFCPXMLParser::markersFromXMLFile(path, true)),
+    EXPECT_EQ(describe(QFFCPXMLMarkerReader::markersFromXMLFile(path, true)),
               (QStringList{"A minute@00:01:10;00", "{}"}));
     // With a relative hour the drop-frame separator becomes a colon.
-    EXPECT_EQ(describe(QFFCPXMLParser::markersFromXMLFile(path, true, false, true, 5)),
+    EXPECT_EQ(describe(QFFCPXMLMarkerReader::markersFromXMLFile(path, true, false, true, 5)),
               (QStringList{"A minute@05:01:10:00", "{}"}));
-    EXPECT_EQ(describe(QFFCPXMLParser::markersFromXMLFile(path, false)),
+    EXPECT_EQ(describe(QFFCPXMLMarkerReader::markersFromXMLFile(path, false)),
               (QStringList{"A minute@60", "{}"}));
 }
 

@@ -126,23 +126,6 @@ TEST_F(LoggedTest, TextThatCannotBeWrittenIsLoggedNotPrinted)
     EXPECT_TRUE(log().contains(u"XML output error: ")) << log().toStdString();
 }
 
-TEST(XmlDocument, AKeptDocumentServesOnlyTheSameBytesAndNeverARepairedOne)
-{
-    const QByteArray wellFormed = "<a><b>x</b></a>";
-    auto kept = parse(wellFormed, XmlDocument::Parsing::Repairing);
-    const XmlNode keptRoot = kept->rootElement();
-    XmlDocument::keepForReuse(std::move(kept), wellFormed);
-    EXPECT_EQ(parse("<a><b>y</b></a>")->rootElement().stringValue(), u"y");
-    const auto reused = parse(wellFormed);
-    EXPECT_EQ(reused->rootElement(), keptRoot);
-    EXPECT_NE(parse(wellFormed)->rootElement(), keptRoot); // taken once
-
-    // The strict parse must still refuse what only the repairing one accepted.
-    const QByteArray broken = "<a><b>x</a>";
-    XmlDocument::keepForReuse(parse(broken, XmlDocument::Parsing::Repairing), broken);
-    EXPECT_EQ(parse(broken), nullptr);
-}
-
 TEST(XmlDocument, AnElementMadeFromAttributeTextsIsTheOneTheParseGives)
 {
     const QStringList pieces = {

@@ -1,0 +1,191 @@
+#include "import/ImportSession.h"
+
+#include "fcp7link/QFAppleEvents.h"
+#include "import/FCP7Import.h"
+#include "import/FCPXImport.h"
+
+#include <QThread>
+
+ImportSession::ImportSession(ImportHost &host, QObject *parent) : QObject(parent), m_host(host) {}
+
+ImportSession::~ImportSession()
+{
+    waitForIdle();
+}
+
+bool ImportSession::openFilename(const QString &path)
+{
+    if (!TargetDiscovery::openFilename(m_host, path))
+        return false;
+    {
+        QMutexLocker lock(&m_mutex);
+        m_targetPath = path;
+    }
+    discover(path);
+    return true;
+}
+
+void ImportSession::reloadSequences()
+{
+    discover(targetPath());
+}
+
+QString ImportSession::targetPath() const
+{
+    QMutexLocker lock(&m_mutex);
+    return m_targetPath;
+}
+
+bool ImportSession::needsMissingEditor(const QString &path)
+{
+    return targetFormatForPath(path) == TargetFormat::FCP7Project && !QFAppleEvents::isFCPRunning();
+}
+
+void ImportSession::discover(const QString &path)
+{
+    quint64 run = 0;
+    {
+        QMutexLocker lock(&m_mutex);
+        run = ++m_discoveryRun;
+    }
+    runOnWorker([this, path, run] {
+        TargetDiscovery::Result result = TargetDiscovery::updateProject(m_host, path);
+        {
+            // Two runs may overlap (a reload during a load); the latest one's list counts.
+            QMutexLocker lock(&m_mutex);
+            if (run != m_discoveryRun)
+                return;
+            m_items = result.items;
+            m_discoveryOutcome = result.outcome;
+            m_parsed = std::make_shared<ParsedTarget>(std::move(result.parsed));
+            m_chosen.reset();
+        }
+        emit discoveryFinished();
+    });
+}
+
+QList<SequenceItem> ImportSession::items() const
+{
+    QMutexLocker lock(&m_mutex);
+    return m_items;
+}
+
+ImportOutcome ImportSession::discoveryOutcome() const
+{
+    QMutexLocker lock(&m_mutex);
+    return m_discoveryOutcome;
+}
+
+void ImportSession::chooseItem(const std::optional<SequenceItem> &item)
+{
+    QMutexLocker lock(&m_mutex);
+    m_chosen = item;
+    if (m_host.targetKind().isFCPX)
+        m_host.targetKind().isEvent = item && item->image == SequenceItem::Image::FCPXEvent;
+}
+
+bool ImportSession::chooseItemNamed(const QString &wanted)
+{
+    const QList<SequenceItem> listed = items();
+    if (listed.isEmpty()) {
+        chooseItem(SequenceItem{wanted, wanted});
+        return true;
+    }
+    for (const auto &matches :
+         {+[](const SequenceItem &item, const QString &text) {
+              return item.representedObject == text;
+          },
+          +[](const SequenceItem &item, const QString &text) { return item.title == text; }}) {
+        for (const SequenceItem &item : listed) {
+            if (matches(item, wanted)) {
+                chooseItem(item);
+                return true;
+            }
+        }
+    }
+    return false;
+}
+
+ImportSettings ImportSession::settingsFor(const ImportOptions &options) const
+{
+    QMutexLocker lock(&m_mutex);
+    ImportSettings settings;
+    settings.filename = m_targetPath;
+    settings.clearExistingMarkers = options.clearExistingMarkers;
+    settings.frameOffset = options.frameOffset;
+    settings.frameOffsetUnitIndex = options.frameOffsetUnitIndex;
+    const std::optional<QString> chosen =
+        m_chosen ? std::optional(m_chosen->representedObject) : std::nullopt;
+    if (m_host.targetKind().isFCPX) {
+        settings.sequenceXPath = chosen;
+        settings.todoMarkersEnabled = options.todoMarkersEnabled;
+        settings.handOffResult = options.handOffResult;
+    } else {
+        settings.uuid = chosen;
+        settings.outputPath = options.outputPath;
+    }
+    return settings;
+}
+
+bool ImportSession::sendToFCP(const ImportOptions &options)
+{
+    const ImportSettings settings = settingsFor(options);
+    if (settings.filename.isEmpty())
+        return false;
+    std::shared_ptr<ParsedTarget> parsed;
+    {
+        QMutexLocker lock(&m_mutex);
+        parsed = std::move(m_parsed); // the import changes the document
+    }
+    runOnWorker([this, settings, parsed] {
+        const ImportOutcome outcome =
+            m_host.targetKind().isFCPX
+                ? FCPXImport::startProcessingFCPXWithSettings(m_host, settings, parsed.get())
+                : FCP7Import::startProcessingWithSettings(m_host, settings, parsed.get());
+        {
+            QMutexLocker lock(&m_mutex);
+            m_lastOutcome = outcome;
+        }
+        emit importFinished(outcome);
+    });
+    return true;
+}
+
+ImportOutcome ImportSession::lastOutcome() const
+{
+    QMutexLocker lock(&m_mutex);
+    return m_lastOutcome;
+}
+
+void ImportSession::runOnWorker(std::function<void()> work)
+{
+    QMutexLocker lock(&m_mutex);
+    // Threads that have ended are freed as new ones start.
+    m_workers.removeIf([](QThread *worker) {
+        if (!worker->isFinished())
+            return false;
+        worker->wait();
+        delete worker;
+        return true;
+    });
+    QThread *worker = QThread::create(std::move(work));
+    m_workers.append(worker);
+    worker->start();
+}
+
+void ImportSession::waitForIdle()
+{
+    for (;;) {
+        QList<QThread *> workers;
+        {
+            QMutexLocker lock(&m_mutex);
+            workers.swap(m_workers);
+        }
+        if (workers.isEmpty())
+            return;
+        for (QThread *worker : std::as_const(workers)) {
+            worker->wait();
+            delete worker;
+        }
+    }
+}

@@ -1,0 +1,100 @@
+#pragma once
+
+#include "import/ImportHost.h"
+#include "import/ImportSettings.h"
+#include "import/TargetDiscovery.h"
+
+#include <QList>
+#include <QMutex>
+#include <QObject>
+#include <QString>
+
+#include <memory>
+#include <optional>
+
+class QThread;
+
+/// What the user sets for one import, in the window or on the command line.
+struct ImportOptions
+{
+    bool clearExistingMarkers = false;
+    qint64 frameOffset = 0;
+    /// 0 frames, 1 seconds, 2 minutes, 3 hours.
+    int frameOffsetUnitIndex = 0;
+    /// FCPX only: the markers become to-do items.
+    bool todoMarkersEnabled = false;
+    /// XMEML only: where the result goes instead of the target itself.
+    std::optional<QString> outputPath;
+    /// FCPX only: whether the result is opened in the editor.
+    bool handOffResult = true;
+};
+
+/// The workflow of one marker list document, shared by every front end: adopting a
+/// target, discovering what it holds on a worker thread, choosing an item, and running
+/// the Final Cut Pro 7 or FCPX import on a worker thread with a typed outcome. The
+/// front end presents it through its ImportHost; the signals tell when work ends
+/// (delivered on the receiver's thread), and waitForIdle serves callers that block.
+class ImportSession : public QObject
+{
+    Q_OBJECT
+
+public:
+    explicit ImportSession(ImportHost &host, QObject *parent = nullptr);
+    /// Waits for the work under way: the host outlives the session.
+    ~ImportSession() override;
+
+    /// Adopts the target and starts its discovery. False (nothing changes) for a null
+    /// path or one where nothing exists.
+    bool openFilename(const QString &path);
+    /// Discovers the adopted target again.
+    void reloadSequences();
+    /// The adopted target; empty before any.
+    QString targetPath() const;
+    /// Whether the target is a project that only a running Final Cut Pro 7 can reach,
+    /// and the editor does not run.
+    static bool needsMissingEditor(const QString &path);
+
+    /// What the latest discovery listed, once it has ended.
+    QList<SequenceItem> items() const;
+    /// The alert the latest discovery ended with (Failed), or none.
+    ImportOutcome discoveryOutcome() const;
+
+    /// Chooses the item to import into, or none. An FCPX event clip is imported onto
+    /// that clip alone (isEvent).
+    void chooseItem(const std::optional<SequenceItem> &item);
+    /// Chooses the listed item whose represented object, or else whose title, is
+    /// wanted. When nothing is listed, an item standing for wanted itself, for the
+    /// import to look up. False when the list holds no such item.
+    bool chooseItemNamed(const QString &wanted);
+
+    /// The import settings: the target, the options, and the chosen item's represented
+    /// object as the uuid (FCP 7) or the XPath (FCPX) when an item is chosen.
+    ImportSettings settingsFor(const ImportOptions &options) const;
+    /// Starts the import with the options on a worker thread. False (nothing starts)
+    /// when no target is adopted.
+    bool sendToFCP(const ImportOptions &options);
+    /// The outcome of the latest import, once it has ended.
+    ImportOutcome lastOutcome() const;
+
+    /// Returns when no discovery or import runs.
+    void waitForIdle();
+
+signals:
+    void discoveryFinished();
+    void importFinished(const ImportOutcome &outcome);
+
+private:
+    void discover(const QString &path);
+    void runOnWorker(std::function<void()> work);
+
+    ImportHost &m_host;
+    mutable QMutex m_mutex;
+    QString m_targetPath;
+    quint64 m_discoveryRun = 0;
+    QList<SequenceItem> m_items;
+    ImportOutcome m_discoveryOutcome;
+    std::shared_ptr<ParsedTarget> m_parsed;
+    std::optional<SequenceItem> m_chosen;
+    ImportOutcome m_lastOutcome;
+    QList<QThread *> m_workers;
+};
