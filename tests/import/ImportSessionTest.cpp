@@ -1,0 +1,205 @@
+// One marker list document's workflow through the session, as every front end runs
+// it: adopt, discover, choose, import, and the typed outcome.
+
+#include "import/ImportSession.h"
+#include "support/QFWorkspace.h"
+#include "xml/XmlDocument.h"
+
+#include "LoggedTest.h"
+#include "QtPrinters.h"
+#include "RecordingHost.h"
+
+#include <QDir>
+
+namespace {
+
+using Status = ImportOutcome::Status;
+
+const QByteArray markerList = "#\tTrack\tName\tComment\tStart\tDuration\tColor\n"
+                              "1\tV1\tA\tc\t00:00:01:00\t00:00:00:00\tRed\n";
+
+/// A project holding a sequence and a clip of its own, listed with the event image.
+const QByteArray eventClip = R"(<?xml version="1.0"?>
+<fcpxml version="1.8"><resources><format id="r1" frameDuration="100/2500s"/></resources>
+<library><event name="E"><project name="P"><sequence format="r1"><spine>
+<gap name="G" offset="0s" duration="10s"/></spine></sequence>
+<clip name="Event clip" duration="10s" format="r1"/></project></event></library></fcpxml>)";
+
+class Handoffs : public QFWorkspace
+{
+public:
+    bool isApplicationRunning(const QString &) override { return false; }
+    QString pathForApplication(const QString &) override { return QString(); }
+    bool openFile(const QString &path, const QString &, LaunchOptions) override
+    {
+        opened << path;
+        return true;
+    }
+    QStringList opened;
+};
+
+class SessionTest : public LoggedTest
+{
+protected:
+    void SetUp() override
+    {
+        LoggedTest::SetUp();
+        QFWorkspace::setSharedForTesting(&workspace);
+    }
+    void TearDown() override
+    {
+        QFWorkspace::setSharedForTesting(nullptr);
+        LoggedTest::TearDown();
+    }
+
+    QString file(const QString &name, const QByteArray &bytes)
+    {
+        const QString path = QDir(home.path()).filePath(name);
+        TempHome::write(path, bytes);
+        return path;
+    }
+    QString copy(const QString &dataFile, const QString &as)
+    {
+        return file(as, TempHome::read(QStringLiteral(CUEBRIDGE_TEST_DATA "/") + dataFile));
+    }
+
+    /// Discovers the target, chooses the listed item with that title (or the first,
+    /// or none), imports and waits for the outcome.
+    ImportOutcome import(const QString &target, const QString &title = QString())
+    {
+        EXPECT_TRUE(session.openFilename(target));
+        session.waitForIdle();
+        const QList<SequenceItem> items = session.items();
+        for (const SequenceItem &item : items) {
+            if (title.isNull() || item.title == title) {
+                session.chooseItem(item);
+                break;
+            }
+        }
+        EXPECT_TRUE(session.sendToFCP(ImportOptions()));
+        session.waitForIdle();
+        return session.lastOutcome();
+    }
+
+    Handoffs workspace;
+    RecordingHost host{file(u"markers.txt"_qs, markerList)};
+    ImportSession session{host};
+};
+
+TEST_F(SessionTest, EveryKindOfTargetEndsWithItsOutcome)
+{
+    struct
+    {
+        const char *name;
+        QString target;
+        QString title;
+        Status status;
+        bool eventClip;
+    } const cases[] = {
+        {"XMEML project", copy(u"project.xml"_qs, u"p.xml"_qs), {}, Status::Imported, false},
+        {"bare sequence", copy(u"sequence.xml"_qs, u"s.xml"_qs), {}, Status::Imported, false},
+        {"FCPX project", copy(u"library.fcpxml"_qs, u"l.fcpxml"_qs), {}, Status::Imported, false},
+        {"FCPX event clip", file(u"e.fcpxml"_qs, eventClip), u"Event clip"_qs, Status::Imported,
+         true},
+        // Nothing listed and nothing chosen: no sequence is looked up at all.
+        {"no uuid",
+         file(u"nouuid.xml"_qs, "<xmeml><sequence id=\"s\"><name>S</name></sequence>"
+                                "</xmeml>"),
+         {},
+         Status::NothingImported,
+         false},
+        {"not XMEML", file(u"png.xml"_qs, "\x89PNG\r\n"), {}, Status::NothingImported, false},
+    };
+    for (const auto &c : cases) {
+        const QByteArray before = TempHome::read(c.target);
+        const ImportOutcome outcome = import(c.target, c.title);
+        EXPECT_EQ(outcome.status, c.status) << c.name << ": " << outcome.messageText.toStdString();
+        EXPECT_EQ(host.kind.isFCPX && host.kind.isEvent, c.eventClip) << c.name;
+        EXPECT_EQ(outcome.hasAlert(), !host.alerts.isEmpty()) << c.name;
+        if (c.status == Status::NothingImported)
+            EXPECT_EQ(TempHome::read(c.target), before) << c.name;
+        else
+            EXPECT_TRUE(XmlDocument::fromFile(outcome.resultPath)) << c.name;
+        host.alerts.clear();
+    }
+    EXPECT_EQ(workspace.opened.size(), 2) << "both FCPX results handed to the editor";
+}
+
+TEST_F(SessionTest, AnFcpxResultThatCannotBeWrittenIsAFailureAndNotHandedOver)
+{
+    qputenv("TMPDIR", "/proc"); // where not even the superuser makes files
+    const ImportOutcome outcome = import(copy(u"library.fcpxml"_qs, u"l.fcpxml"_qs));
+    EXPECT_EQ(outcome.status, Status::Failed);
+    EXPECT_EQ(outcome.messageText, u"Failed to write marker data to disk.");
+    EXPECT_TRUE(workspace.opened.isEmpty());
+}
+
+TEST_F(SessionTest, AnXmemlFileIsLeftAloneUnlessTheResultParses)
+{
+    // A text the output escaping cannot write whole (beyond the 16-bit range) would
+    // leave a file that does not parse: the file stays as it was.
+    const QString target = copy(u"project.xml"_qs, u"p.xml"_qs);
+    const QByteArray before = TempHome::read(target);
+    TempHome::write(host.markerListPath(),
+                    QByteArray(markerList).replace("\tA\t", "\tClap \xf0\x9f\x8e\xac\t"));
+    const ImportOutcome outcome = import(target);
+    EXPECT_EQ(outcome.messageText, u"Failed to write marker data to disk.");
+    EXPECT_EQ(TempHome::read(target), before);
+
+    const QByteArray sequence = R"(<?xml version="1.0"?>
+<!DOCTYPE xmeml [<!ENTITY studio "Quill &amp; Fen">]>
+<xmeml version="4"><sequence id="S"><uuid>U</uuid><name>By &studio;</name></sequence></xmeml>)";
+    const QString bare = file(u"bare.xml"_qs, sequence);
+    TempHome::write(host.markerListPath(), markerList);
+    EXPECT_EQ(import(bare).status, Status::Imported);
+    const auto written = XmlDocument::fromFile(bare);
+    ASSERT_TRUE(written) << TempHome::read(bare).toStdString();
+    EXPECT_TRUE(written->internalSubsetDeclaration().contains(u"<!ENTITY studio"));
+}
+
+TEST_F(SessionTest, TheImportTakesTheDiscoveredDocumentOnlyWhileTheFileIsUnchanged)
+{
+    const QByteArray document = "<a><b>x</b></a>";
+    ParsedTarget parsed(XmlDocument::fromBytes(document, XmlDocument::Parsing::Repairing),
+                        document);
+    EXPECT_EQ(parsed.take("<a><b>y</b></a>"), nullptr);
+    ParsedTarget same(XmlDocument::fromBytes(document, XmlDocument::Parsing::Repairing), document);
+    EXPECT_NE(same.take(document), nullptr);
+    EXPECT_EQ(same.take(document), nullptr) << "taken once";
+    // A strict parse must still refuse what only the repairing one accepted.
+    const QByteArray broken = "<a><b>x</a>";
+    ParsedTarget repaired(XmlDocument::fromBytes(broken, XmlDocument::Parsing::Repairing), broken);
+    EXPECT_EQ(repaired.take(broken), nullptr);
+
+    // Through the session: a file changed between discovery and import is read again.
+    const QString target = copy(u"sequence.xml"_qs, u"s.xml"_qs);
+    ASSERT_TRUE(session.openFilename(target));
+    session.waitForIdle();
+    session.chooseItem(session.items().value(0));
+    QByteArray changed = TempHome::read(target);
+    TempHome::write(target, changed.replace("<name>Selects</name>", "<name>Changed</name>"));
+    session.sendToFCP(ImportOptions());
+    session.waitForIdle();
+    EXPECT_EQ(session.lastOutcome().status, Status::Imported);
+    EXPECT_TRUE(log().contains(u"Marker name: A"));
+}
+
+TEST_F(SessionTest, ChoosingByNameFindsTheItemOrStandsForWhatWasAsked)
+{
+    ASSERT_TRUE(session.openFilename(file(u"e.fcpxml"_qs, eventClip)));
+    session.waitForIdle();
+    EXPECT_TRUE(session.chooseItemNamed(u"Event clip"_qs));
+    EXPECT_TRUE(host.kind.isEvent);
+    EXPECT_TRUE(session.chooseItemNamed(u"/fcpxml/library/event/project/sequence"_qs));
+    EXPECT_FALSE(host.kind.isEvent);
+    EXPECT_EQ(session.settingsFor({}).sequenceXPath, u"/fcpxml/library/event/project/sequence"_qs);
+    EXPECT_FALSE(session.chooseItemNamed(u"nothing of that name"_qs));
+
+    ASSERT_TRUE(session.openFilename(file(u"nouuid.xml"_qs, "<xmeml><sequence/></xmeml>")));
+    session.waitForIdle();
+    EXPECT_FALSE(session.settingsFor({}).uuid) << "nothing listed, nothing chosen";
+    EXPECT_TRUE(session.chooseItemNamed(u"U-9"_qs));
+    EXPECT_EQ(session.settingsFor({}).uuid, u"U-9"_qs);
+}
+
+} // namespace
