@@ -92,7 +92,7 @@ ImportOutcome writeXMEMLFile(ImportHost &host, const QByteArray &bytes, const QS
                              QFError &errorSlot)
 {
     QString parseError;
-    if (!XmlDocument::fromBytes(bytes, XmlDocument::Parsing::Strict, &parseError))
+    if (!XmlDocument::isWellFormed(bytes, &parseError))
         errorSlot = QFError::make(QStringLiteral("com.quillfen"), 2,
                                   QStringLiteral("NSLocalizedDescription"),
                                   QStringLiteral("The changed sequence is not well-formed XML, so "

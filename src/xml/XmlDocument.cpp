@@ -8,6 +8,7 @@
 
 #include <libxml/parser.h>
 #include <libxml/tree.h>
+#include <libxml/xmlreader.h>
 #include <libxml/xpath.h>
 
 #include <climits>
@@ -64,6 +65,25 @@ std::unique_ptr<XmlDocument> XmlDocument::fromBytes(const QByteArray &bytes, Par
     std::unique_ptr<XmlDocument> document(new XmlDocument(doc));
     document->m_parsedCleanly = !errors.any();
     return document;
+}
+
+bool XmlDocument::isWellFormed(const QByteArray &bytes, QString *error)
+{
+    ensureLibxmlInitialised();
+    XmlErrors errors;
+    int status = -1;
+    if (bytes.size() <= INT_MAX) {
+        xmlTextReaderPtr reader =
+            xmlReaderForMemory(bytes.constData(), int(bytes.size()), nullptr, nullptr, safeOptions);
+        status = reader ? 1 : -1;
+        while (status == 1)
+            status = xmlTextReaderRead(reader);
+        xmlFreeTextReader(reader);
+    }
+    if (status != 0 && error)
+        *error =
+            errors.any() ? errors.description() : QStringLiteral("The document could not be read.");
+    return status == 0;
 }
 
 std::unique_ptr<XmlDocument> XmlDocument::fromFile(const QString &path, Parsing parsing,

@@ -129,7 +129,11 @@ const QByteArray externalEntity = R"(<?xml version="1.0"?>
 <fcpxml version="1.8"><library><event><project name="&secret;"><sequence format="r1"><spine/>
 </sequence></project></event></library></fcpxml>)";
 
-const QString noSequence = QStringLiteral("Unable to find sequence");
+// A billion-laughs expansion: refused, never expanded.
+const QByteArray entityBomb = R"(<?xml version="1.0"?>
+<!DOCTYPE xmeml [<!ENTITY a "aaaaaaaaaa"><!ENTITY b "&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;">
+<!ENTITY c "&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;"><!ENTITY d "&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;">]>
+<xmeml version="5"><sequence id="s"><uuid>U</uuid><name>&d;&d;&d;&d;&d;&d;</name></sequence></xmeml>)";
 
 INSTANTIATE_TEST_SUITE_P(
     Cli, Matrix,
@@ -261,6 +265,28 @@ INSTANTIATE_TEST_SUITE_P(
                  return QStringList{test.markers(), test.write(u"t.fcpxml"_qs, externalEntity)};
              },
              2, "Unable to find sequence"},
+        Case{"EntityBombXmeml",
+             [](BadInput &test) {
+                 return QStringList{test.markers(), test.write(u"t.xml"_qs, entityBomb)};
+             },
+             2, "Unable to find the sequence"},
+        Case{"MissingMarkerList",
+             [](BadInput &test) {
+                 return QStringList{test.path(u"none.txt"_qs), test.copy(u"project.xml"_qs)};
+             },
+             64, "no such file"},
+        Case{"UnknownSequence",
+             [](BadInput &test) {
+                 return QStringList{u"--sequence"_qs, u"nope"_qs, test.markers(),
+                                    test.copy(u"project.xml"_qs)};
+             },
+             64, "holds no item"},
+        Case{"UsageErrors",
+             [](BadInput &test) {
+                 return QStringList{u"--unit"_qs, u"beats"_qs,    u"--offset"_qs,
+                                    u"12x"_qs,    test.markers(), test.copy(u"project.xml"_qs)};
+             },
+             64, "Try 'cuebridge-import --help'"},
         Case{"HundredThousandDeepXmeml",
              [](BadInput &test) {
                  return QStringList{

@@ -136,12 +136,6 @@ INSTANTIATE_TEST_SUITE_P(
                                           {"B", "c", "00:59:59:00", "00:00:00:10", "Red"}}),
                               {},
                               {{0, 100}, {0, -1}}},
-                    Placement{"EightFieldsAreSkipped",
-                              u"project.xml"_qs,
-                              markerList({{"A", "c", "01:00:01:00", "00:00:01:00", "Red\tmore"},
-                                          {"B", "c", "01:00:02:00", "00:00:01:00", "Red"}}),
-                              {},
-                              {{50, 75}}},
                     Placement{"OffsetInHours",
                               u"project.xml"_qs,
                               markerList({{"A", "c", "01:00:00:00", "00:00:01:00", "Red"},
@@ -299,116 +293,7 @@ TEST_F(Cli, OutputGoesElsewhereAndListShowsTheItems)
     EXPECT_EQ(list.out, u"Cut 3\t0F2D6C31-4B1E-4C55-9C3E-2A1B8F7D0001\n");
 }
 
-struct Refusal
-{
-    const char *name;
-    QByteArray markers;    ///< the marker list's bytes (empty: see arguments)
-    QByteArray target;     ///< bytes of target.xml (empty: a copy of project.xml)
-    QStringList arguments; ///< before the two paths; "@markers"/"@target" replace them
-    int status;
-    const char *said; ///< what standard error says
-    friend void PrintTo(const Refusal &c, std::ostream *os) { *os << c.name; }
-};
-
-class Refusals : public Cli, public testing::WithParamInterface<Refusal>
-{
-};
-
-TEST_P(Refusals, SayWhyAndLeaveEveryFileAsItWas)
-{
-    const Refusal &c = GetParam();
-    const QString target = c.target.isEmpty() ? copy(u"project.xml"_qs) : path(u"target.xml"_qs);
-    if (!c.target.isEmpty())
-        TempHome::write(target, c.target);
-    const QString list = markers(c.markers);
-    const QByteArray targetBefore = TempHome::read(target);
-    const QByteArray listBefore = TempHome::read(list);
-
-    QStringList arguments = c.arguments;
-    if (!arguments.contains(u"@paths"_qs))
-        arguments << list << target;
-    arguments.replaceInStrings(u"@home"_qs, home.path());
-    arguments.removeAll(u"@paths"_qs);
-    const Outcome result = run(arguments);
-    EXPECT_EQ(result.status, c.status) << result.out.toStdString() << result.err.toStdString();
-    EXPECT_TRUE(result.err.contains(QString::fromUtf8(c.said))) << result.err.toStdString();
-    EXPECT_TRUE(result.out.isEmpty()) << result.out.toStdString();
-    EXPECT_EQ(TempHome::read(target), targetBefore);
-    EXPECT_EQ(TempHome::read(list), listBefore);
-    EXPECT_EQ(QDir(home.path()).entryList(QDir::Files).size(), 2) << "no stray files";
-}
-
 const QByteArray oneMarker = markerList({{"A", "c", "01:00:10:00", "00:00:05:00", "Red"}});
-const QByteArray bomb = R"(<?xml version="1.0"?>
-<!DOCTYPE xmeml [<!ENTITY a "aaaaaaaaaa"><!ENTITY b "&a;&a;&a;&a;&a;&a;&a;&a;&a;&a;">
-<!ENTITY c "&b;&b;&b;&b;&b;&b;&b;&b;&b;&b;"><!ENTITY d "&c;&c;&c;&c;&c;&c;&c;&c;&c;&c;">]>
-<xmeml version="5"><sequence id="s"><uuid>U</uuid><name>&d;&d;&d;&d;&d;&d;</name></sequence></xmeml>)";
-
-INSTANTIATE_TEST_SUITE_P(
-    Import, Refusals,
-    testing::Values(
-        Refusal{"OnlyAHeaderIsASilentEnd", "#\tTrack\tName\n", {}, {u"-q"_qs}, 3, ""},
-        Refusal{"BinaryMarkerList",
-                QByteArray("\x00\x01\xfe\xff\x80\x81\x00\x0a\x0d", 9) + QByteArray(4000, '\x9c'),
-                {},
-                {u"-q"_qs},
-                2,
-                "Unable to read marker list: The file may be corrupt, empty or in an invalid "
-                "format."},
-        Refusal{
-            "HugeMarkerList", QByteArray(17 * 1024 * 1024, '\t'), {}, {}, 64, "cuebridge-import: "},
-        Refusal{"TargetIsNotXml", oneMarker, "\x89PNG\r\n\x1a\n", {}, 3, "lists no sequence"},
-        Refusal{"EntityBomb", oneMarker, bomb, {u"-q"_qs}, 2, "Unable to find the sequence"},
-        Refusal{"WriteFails",
-                oneMarker,
-                {},
-                {u"--output"_qs, u"/proc/cuebridge.xml"_qs},
-                2,
-                "Failed to write marker data to disk.: The file “cuebridge.xml” couldn’t be saved"},
-        Refusal{"MissingMarkerList",
-                oneMarker,
-                {},
-                {u"@home/none.txt"_qs, u"@home/project.xml"_qs, u"@paths"_qs},
-                64,
-                "cuebridge-import: "},
-        Refusal{"FolderAsMarkerList",
-                oneMarker,
-                {},
-                {u"@home"_qs, u"@home/project.xml"_qs, u"@paths"_qs},
-                64,
-                "cuebridge-import: "},
-        Refusal{"FolderAsTarget",
-                oneMarker,
-                {},
-                {u"@home/markers.txt"_qs, u"@home"_qs, u"@paths"_qs},
-                64,
-                "cuebridge-import: "},
-        Refusal{"ProjectNeedsTheEditor",
-                oneMarker,
-                {},
-                {u"@home/markers.txt"_qs, u"@home/markers.txt"_qs, u"@paths"_qs},
-                2,
-                "cuebridge-import: Final Cut Pro 7 is not running"},
-        Refusal{"UnknownUnit",
-                oneMarker,
-                {},
-                {u"--unit"_qs, u"beats"_qs},
-                64,
-                "cuebridge-import: --unit"},
-        Refusal{"OffsetNotANumber",
-                oneMarker,
-                {},
-                {u"--offset"_qs, u"12x"_qs},
-                64,
-                "cuebridge-import: --offset"},
-        Refusal{"UnknownSequence",
-                oneMarker,
-                {},
-                {u"--sequence"_qs, u"nope"_qs},
-                64,
-                "cuebridge-import: "},
-        Refusal{"UnknownOption", oneMarker, {}, {u"--colour"_qs}, 64, "cuebridge-import: "}),
-    [](const auto &param) { return std::string(param.param.name); });
 
 // --- Final Cut Pro X targets ------------------------------------------------------------
 
