@@ -15,9 +15,7 @@
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
-#include <cxxabi.h>
 #include <exception>
-#include <typeinfo>
 
 #include <fcntl.h>
 #include <unistd.h>

@@ -21,8 +21,6 @@
 #include <QFile>
 #include <QSet>
 
-#include <algorithm>
-#include <cmath>
 #include <memory>
 
 namespace {

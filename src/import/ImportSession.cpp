@@ -6,6 +6,8 @@
 
 #include <QThread>
 
+#include <algorithm>
+
 ImportSession::ImportSession(ImportHost &host, QObject *parent) : QObject(parent), m_host(host) {}
 
 ImportSession::~ImportSession()
@@ -91,19 +93,16 @@ bool ImportSession::chooseItemNamed(const QString &wanted)
         chooseItem(SequenceItem{wanted, wanted});
         return true;
     }
-    for (const auto &matches :
-         {+[](const SequenceItem &item, const QString &text) {
-              return item.representedObject == text;
-          },
-          +[](const SequenceItem &item, const QString &text) { return item.title == text; }}) {
-        for (const SequenceItem &item : listed) {
-            if (matches(item, wanted)) {
-                chooseItem(item);
-                return true;
-            }
-        }
-    }
-    return false;
+    auto found = std::find_if(listed.begin(), listed.end(), [&wanted](const SequenceItem &item) {
+        return item.representedObject == wanted;
+    });
+    if (found == listed.end())
+        found = std::find_if(listed.begin(), listed.end(),
+                             [&wanted](const SequenceItem &item) { return item.title == wanted; });
+    if (found == listed.end())
+        return false;
+    chooseItem(*found);
+    return true;
 }
 
 ImportSettings ImportSession::settingsFor(const ImportOptions &options) const
