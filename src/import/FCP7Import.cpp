@@ -162,15 +162,6 @@ ImportOutcome FCP7Import::startProcessingWithSettings(ImportHost &host,
                                                       ParsedTarget *parsed)
 {
     using Parent = ImportOutcome::AlertParent;
-    const auto stop = [&host](const ImportOutcome &outcome = ImportOutcome()) {
-        host.setProcessSpinnerRunning(false);
-        return outcome;
-    };
-    // The alerts of the failures below come before the spinner stops.
-    const auto fail = [&host, &stop](const QString &message, const QString &informative,
-                                     Parent parent = Parent::DocumentWindow) {
-        return stop(host.report(ImportOutcome::failed(message, informative, parent)));
-    };
     const TargetKind &kind = host.targetKind();
 
     host.setProcessSpinnerRunning(true);
@@ -178,15 +169,16 @@ ImportOutcome FCP7Import::startProcessingWithSettings(ImportHost &host,
     const QString uuid = settings.uuid.value_or(QString());
     QFLog::appendLog(u"Sequence UUID: %@", uuid);
     if (!settings.uuid)
-        return stop();
+        return host.endImport();
     QFLog::appendLog(u"Project filename: %@", filename);
 
     const std::optional<QByteArray> data =
         kind.isXMLFile ? QFFileContents::read(filename)
                        : QFAppleEvents::getItemXMLData(uuid, filename, true);
     if (!data)
-        return fail(QFFormat::format(u"Unable to get data for UUID %@", uuid),
-                    QStringLiteral("Cuebridge has been aborted."));
+        return host.endImport(
+            ImportOutcome::failed(QFFormat::format(u"Unable to get data for UUID %@", uuid),
+                                  QStringLiteral("Cuebridge has been aborted.")));
 
     // Strict: a document that is not well-formed finds no sequence below.
     std::unique_ptr<XmlDocument> document = parsed ? parsed->take(*data) : nullptr;
@@ -204,9 +196,10 @@ ImportOutcome FCP7Import::startProcessingWithSettings(ImportHost &host,
             ? QFXMLParser::nodeForQuery(QStringLiteral("./xmeml[1]/sequence[1]"), top)
             : QFXMLParser::nodeForQuery(
                   QFFormat::format(u"./xmeml[1]//sequence/uuid[\"%@\"]/..", uuid), top);
-    const auto sequenceNotFound = [&fail] {
-        return fail(QStringLiteral("Unable to find the sequence"),
-                    QStringLiteral("An error occurred getting the data from Final Cut Pro."));
+    const auto sequenceNotFound = [&host] {
+        return host.endImport(ImportOutcome::failed(
+            QStringLiteral("Unable to find the sequence"),
+            QStringLiteral("An error occurred getting the data from Final Cut Pro.")));
     };
     if (!sequence)
         return sequenceNotFound();
@@ -239,13 +232,13 @@ ImportOutcome FCP7Import::startProcessingWithSettings(ImportHost &host,
         MarkerListText::readForImport(host.markerListPath(), keep, keep);
     QFLog::appendLog(u"Line count: %li", markerText.lineCount);
     if (markerText.lineCount < 2)
-        return stop(MarkerListText::reportUnreadable(host));
+        return host.endImport(MarkerListText::unreadable());
 
     const qint64 offset = settings.offsetInFrames(rate.timebase);
     const QList<QFMarkerRecord> records =
         QFFCP7MarkerListParser::parseMarkersFromText(markerText.text);
     if (records.size() < 2)
-        return stop();
+        return host.endImport();
 
     const bool stripWhitespace = UserTextEscaping::stripWhitespaceEnabled();
     for (qsizetype i = 1; i < records.size(); ++i) {
@@ -261,7 +254,8 @@ ImportOutcome FCP7Import::startProcessingWithSettings(ImportHost &host,
                               marker.out),
             &error);
         if (!element)
-            return fail(QStringLiteral("Unable to create marker"), error, Parent::None);
+            return host.endImport(ImportOutcome::failed(QStringLiteral("Unable to create marker"),
+                                                        error, Parent::None));
         sequence.addChild(element->rootElement());
     }
 
@@ -274,8 +268,9 @@ ImportOutcome FCP7Import::startProcessingWithSettings(ImportHost &host,
         const QLatin1StringView children("<children>");
         const qsizetype at = whole.indexOf(children);
         if (at < 0)
-            return fail(QStringLiteral("Unable to find child element"),
-                        QStringLiteral("The XML format is invalid."), Parent::None);
+            return host.endImport(
+                ImportOutcome::failed(QStringLiteral("Unable to find child element"),
+                                      QStringLiteral("The XML format is invalid."), Parent::None));
         const qsizetype split = at + children.size();
         const QString copy = bin(QFAppleEvents::generateUUID(), sequence.toPrettyString());
         output.reserve(whole.size() + copy.size());
@@ -296,14 +291,14 @@ ImportOutcome FCP7Import::startProcessingWithSettings(ImportHost &host,
 
     if (QFAppleEvents::sendXMLToFCP(output, filename)) {
         QFAppleEvents::openItem(newUUID, filename, true);
-        stop();
+        host.setProcessSpinnerRunning(false);
         return host.report({ImportOutcome::Status::Imported,
                             QStringLiteral("Markers successfully imported"),
                             QStringLiteral("The markers were imported into a copy of the sequence "
                                            "inside the Imported Markers bin."),
                             Parent::DocumentWindow, QString()});
     }
-    stop();
+    host.setProcessSpinnerRunning(false);
     return host.report(
         ImportOutcome::failed(QStringLiteral("Failed to send marker data to Final Cut Pro"),
                               QStringLiteral("Please report this error to Quillfen.")));

@@ -166,15 +166,6 @@ ImportOutcome FCPXImport::startProcessingFCPXWithSettings(ImportHost &host,
                                                           const ImportSettings &settings,
                                                           ParsedTarget *parsed)
 {
-    const auto stop = [&host](const ImportOutcome &outcome = ImportOutcome()) {
-        host.setProcessSpinnerRunning(false);
-        return outcome;
-    };
-    // The alerts of the failures below come before the spinner stops.
-    const auto fail = [&host, &stop](const QString &message, const QString &informative,
-                                     ImportOutcome::AlertParent parent = window) {
-        return stop(host.report(ImportOutcome::failed(message, informative, parent)));
-    };
     host.setProcessSpinnerRunning(true);
     const QString filename = settings.filename;
     const QString sequenceXPath = settings.sequenceXPath.value_or(QString());
@@ -190,8 +181,8 @@ ImportOutcome FCPXImport::startProcessingFCPXWithSettings(ImportHost &host,
     QFError readError;
     const std::optional<QByteArray> data = QFFileContents::read(documentPath, &readError);
     if (!data)
-        return fail(QStringLiteral("Unable to get data for project"),
-                    readError.localizedDescription());
+        return host.endImport(ImportOutcome::failed(
+            QStringLiteral("Unable to get data for project"), readError.localizedDescription()));
     // Strict: a document that is not well-formed finds no sequence below.
     std::unique_ptr<XmlDocument> document = parsed ? parsed->take(*data) : nullptr;
     if (!document)
@@ -202,8 +193,9 @@ ImportOutcome FCPXImport::startProcessingFCPXWithSettings(ImportHost &host,
     QString xpathError;
     const QList<XmlNode> matches = top.nodesForXPath(sequenceXPath, &xpathError);
     if (matches.isEmpty())
-        return fail(QStringLiteral("Unable to find sequence"),
-                    xpathError.isNull() ? QStringLiteral("") : xpathError);
+        return host.endImport(
+            ImportOutcome::failed(QStringLiteral("Unable to find sequence"),
+                                  xpathError.isNull() ? QStringLiteral("") : xpathError));
     const XmlNode sequence = matches.first();
     if (settings.clearExistingMarkers) {
         for (XmlNode marker : QFXMLParser::nodesForQuery(QStringLiteral(".//marker"), sequence))
@@ -220,7 +212,7 @@ ImportOutcome FCPXImport::startProcessingFCPXWithSettings(ImportHost &host,
     const MarkerListText::ImportText markerText =
         MarkerListText::readForImport(host.markerListPath(), logReadError, nullptr);
     if (markerText.lineCount < 2)
-        return stop(MarkerListText::reportUnreadable(host));
+        return host.endImport(MarkerListText::unreadable());
     QFLog::appendLog(u"Line count: %li", markerText.lineCount);
     const QList<QFMarkerRecord> records =
         QFFCP7MarkerListParser::parseMarkersFromText(markerText.text);
@@ -229,11 +221,12 @@ ImportOutcome FCPXImport::startProcessingFCPXWithSettings(ImportHost &host,
     const QList<XmlNode> clips = storylineClips(sequence, host.targetKind().isEvent);
     if (clips.isEmpty()) {
         QFLog::appendLog(u"Error: no clips found");
-        return fail(QStringLiteral("Unable to locate clips"),
-                    QStringLiteral("No video clips could be found in the timeline."));
+        return host.endImport(ImportOutcome::failed(
+            QStringLiteral("Unable to locate clips"),
+            QStringLiteral("No video clips could be found in the timeline.")));
     }
     if (records.size() < 2)
-        return stop();
+        return host.endImport();
 
     const FCPXClipRanges ranges(clips, rate.fps);
     FCPXMarkerInsertion insertion;
@@ -273,8 +266,8 @@ ImportOutcome FCPXImport::startProcessingFCPXWithSettings(ImportHost &host,
         QString error;
         const auto element = XmlDocument::fromElementString(markerElementText(attributes), &error);
         if (!element)
-            return fail(QStringLiteral("Unable to create marker"), error,
-                        ImportOutcome::AlertParent::None);
+            return host.endImport(ImportOutcome::failed(QStringLiteral("Unable to create marker"),
+                                                        error, ImportOutcome::AlertParent::None));
         insertion.insert(clip->element, element->rootElement());
     }
 
@@ -282,7 +275,8 @@ ImportOutcome FCPXImport::startProcessingFCPXWithSettings(ImportHost &host,
     QString writeError;
     const QString result = writeResult(*document, package, settings.handOffResult, &writeError);
     if (result.isNull())
-        return fail(QStringLiteral("Failed to write marker data to disk."), writeError);
+        return host.endImport(ImportOutcome::failed(
+            QStringLiteral("Failed to write marker data to disk."), writeError));
     host.setProcessSpinnerRunning(false);
     ImportOutcome outcome;
     if (someFailed) {

@@ -86,4 +86,12 @@ public:
             showAlert(outcome);
         return outcome;
     }
+    /// Ends an import run early: the alert (when there is one), then the process
+    /// spinner stops.
+    ImportOutcome endImport(const ImportOutcome &outcome = ImportOutcome())
+    {
+        report(outcome);
+        setProcessSpinnerRunning(false);
+        return outcome;
+    }
 };

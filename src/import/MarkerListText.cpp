@@ -112,12 +112,12 @@ ImportText readForImport(const QString &path, const ReadFailure &readFailed,
     return read;
 }
 
-ImportOutcome reportUnreadable(ImportHost &host)
+ImportOutcome unreadable()
 {
     QFLog::appendLog(u"Error: unable to load marker list");
-    return host.report(ImportOutcome::failed(
+    return ImportOutcome::failed(
         QStringLiteral("Unable to read marker list"),
-        QStringLiteral("The file may be corrupt, empty or in an invalid format.")));
+        QStringLiteral("The file may be corrupt, empty or in an invalid format."));
 }
 
 } // namespace MarkerListText

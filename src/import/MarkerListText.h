@@ -58,7 +58,7 @@ using ReadFailure = std::function<void(const QFError &)>;
 ImportText readForImport(const QString &path, const ReadFailure &readFailed,
                          const ReadFailure &otherFailed);
 
-/// Logs and shows what the import procedures say of a list of fewer than two lines.
-ImportOutcome reportUnreadable(ImportHost &host);
+/// Logs and gives what the import procedures say of a list of fewer than two lines.
+ImportOutcome unreadable();
 
 } // namespace MarkerListText
