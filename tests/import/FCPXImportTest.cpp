@@ -3,13 +3,11 @@
 
 #include "import/FCPXImport.h"
 #include "import/ImportSettings.h"
-#include "import/TargetDiscovery.h"
-#include "support/QFWorkspace.h"
 #include "xml/QFXMLParser.h"
 #include "xml/XmlDocument.h"
 
 #include "FcpxmlDtd.h"
-#include "LoggedTest.h"
+#include "HandOffTest.h"
 #include "QtPrinters.h"
 #include "RecordingHost.h"
 
@@ -70,45 +68,11 @@ QByteArray markerList(std::initializer_list<std::array<const char *, 3>> records
     return text;
 }
 
-class RecordingWorkspace : public QFWorkspace
-{
-public:
-    bool isApplicationRunning(const QString &) override { return false; }
-    QString pathForApplication(const QString &) override { return QString(); }
-    bool openFile(const QString &path, const QString &bundleIdentifier,
-                  LaunchOptions options) override
-    {
-        opened << QStringLiteral("%1 with %2%3")
-                      .arg(path, bundleIdentifier,
-                           options.testFlag(Asynchronous) ? u" async"_qs : u""_qs);
-        return false;
-    }
-    QStringList opened;
-};
-
 using Adjust = std::function<void(ImportSettings &, TargetKind &)>;
 
-class FCPXImportTest : public LoggedTest
+class FCPXImportTest : public HandOffTest
 {
 protected:
-    void SetUp() override
-    {
-        LoggedTest::SetUp();
-        QFWorkspace::setSharedForTesting(&workspace);
-    }
-    void TearDown() override
-    {
-        QFWorkspace::setSharedForTesting(nullptr);
-        LoggedTest::TearDown();
-    }
-
-    QString file(const QString &name, const QByteArray &bytes)
-    {
-        const QString path = QDir(home.path()).filePath(name);
-        TempHome::write(path, bytes);
-        return path;
-    }
-
     /// Imports the marker list into the target (a document written to "cut.fcpxml", or
     /// the path given by adjust), checks that the target is left as it was and that
     /// a written result validates whenever the target did. The result's path.
@@ -175,7 +139,6 @@ protected:
         return QDir(home.tempPath()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot);
     }
 
-    RecordingWorkspace workspace;
     /// Whether a result must validate whenever its target did.
     bool checkDtd = true;
     std::unique_ptr<RecordingHost> host;

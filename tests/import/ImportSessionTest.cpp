@@ -2,10 +2,9 @@
 // it: adopt, discover, choose, import, and the typed outcome.
 
 #include "import/ImportSession.h"
-#include "support/QFWorkspace.h"
 #include "xml/XmlDocument.h"
 
-#include "LoggedTest.h"
+#include "HandOffTest.h"
 #include "QtPrinters.h"
 #include "RecordingHost.h"
 
@@ -25,39 +24,9 @@ const QByteArray eventClip = R"(<?xml version="1.0"?>
 <gap name="G" offset="0s" duration="10s"/></spine></sequence>
 <clip name="Event clip" duration="10s" format="r1"/></project></event></library></fcpxml>)";
 
-class Handoffs : public QFWorkspace
-{
-public:
-    bool isApplicationRunning(const QString &) override { return false; }
-    QString pathForApplication(const QString &) override { return QString(); }
-    bool openFile(const QString &path, const QString &, LaunchOptions) override
-    {
-        opened << path;
-        return true;
-    }
-    QStringList opened;
-};
-
-class SessionTest : public LoggedTest
+class SessionTest : public HandOffTest
 {
 protected:
-    void SetUp() override
-    {
-        LoggedTest::SetUp();
-        QFWorkspace::setSharedForTesting(&workspace);
-    }
-    void TearDown() override
-    {
-        QFWorkspace::setSharedForTesting(nullptr);
-        LoggedTest::TearDown();
-    }
-
-    QString file(const QString &name, const QByteArray &bytes)
-    {
-        const QString path = QDir(home.path()).filePath(name);
-        TempHome::write(path, bytes);
-        return path;
-    }
     QString copy(const QString &dataFile, const QString &as)
     {
         return file(as, TempHome::read(QStringLiteral(CUEBRIDGE_TEST_DATA "/") + dataFile));
@@ -81,7 +50,6 @@ protected:
         return session.lastOutcome();
     }
 
-    Handoffs workspace;
     RecordingHost host{file(u"markers.txt"_qs, markerList)};
     ImportSession session{host};
 };
