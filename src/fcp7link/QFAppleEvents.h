@@ -70,6 +70,7 @@ public:
     static QString generateUUID();
     /// The data without one trailing zero byte.
     static QByteArray formatData(const QByteArray &data);
-    /// Character references for units of 160 and above and for carriage returns.
+    /// Character references for units of 160 and above (a surrogate pair gives one, of
+    /// its code point) and for carriage returns.
     static QString escapeCharactersInXMLString(const QString &text);
 };

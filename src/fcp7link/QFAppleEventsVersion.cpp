@@ -146,8 +146,12 @@ QString QFAppleEvents::escapeCharactersInXMLString(const QString &text)
         if (escaped.isNull())
             escaped.reserve(size + size / 8);
         escaped.append(units + runStart, i - runStart);
+        // XML has no reference to a surrogate: a pair is one reference to its code point.
+        char32_t codePoint = unit;
+        if (QChar::isHighSurrogate(unit) && i + 1 < size && units[i + 1].isLowSurrogate())
+            codePoint = QChar::surrogateToUcs4(unit, units[++i].unicode());
         escaped += u"&#";
-        escaped += QString::number(unit);
+        escaped += QString::number(codePoint);
         escaped += u';';
         runStart = i + 1;
     }

@@ -14,6 +14,7 @@
 #include "time/FrameRate.h"
 #include "time/QFFCPXMLParser.h"
 #include "time/QFNumberReader.h"
+#include "xml/FCPXMLDtd.h"
 #include "xml/QFXMLParser.h"
 #include "xml/XmlDocument.h"
 
@@ -229,7 +230,8 @@ ImportOutcome FCPXImport::startProcessingFCPXWithSettings(ImportHost &host,
         return host.endImport();
 
     const FCPXClipRanges ranges(clips, rate.fps);
-    FCPXMarkerInsertion insertion;
+    const FCPXMLDtd &dtd = FCPXMLDtd::forDocument(*document);
+    FCPXMarkerInsertion insertion(dtd);
     const bool stripWhitespace = UserTextEscaping::stripWhitespaceEnabled();
     const bool todo = settings.todoMarkersEnabled.value_or(false);
     const double timeScale = rate.fps * double(multiplier);
@@ -269,6 +271,16 @@ ImportOutcome FCPXImport::startProcessingFCPXWithSettings(ImportHost &host,
             return host.endImport(ImportOutcome::failed(QStringLiteral("Unable to create marker"),
                                                         error, ImportOutcome::AlertParent::None));
         insertion.insert(clip->element, element->rootElement());
+    }
+
+    // The editor refuses a whole document that breaks its DTD; one that did so before
+    // the import is written as it always was.
+    if (const QString problem = insertion.check(); !problem.isNull()) {
+        QFLog::appendLog(u"Result does not follow the FCPXML %@ DTD: %@", dtd.version(), problem);
+        const auto input = XmlDocument::fromBytes(*data);
+        if (input && dtd.checkDocument(*input).isNull())
+            return host.endImport(ImportOutcome::failed(QStringLiteral("Unable to create marker"),
+                                                        problem, ImportOutcome::AlertParent::None));
     }
 
     // A result that cannot be written is no success, and nothing is handed over.

@@ -14,61 +14,6 @@ double seconds(const XmlNode &element, const char *attribute)
     return QFFCPXMLParser::secondsFromTimeString(element.attributeValue(attribute));
 }
 
-using NameSet = QSet<QString>;
-
-NameSet names(std::initializer_list<const char16_t *> list)
-{
-    NameSet set;
-    for (const char16_t *name : list)
-        set.insert(QString::fromUtf16(name));
-    return set;
-}
-
-/// What a marker follows: notes, timing, adjustments and the story elements.
-const NameSet &storyElements()
-{
-    static const NameSet set = names({u"note",
-                                      u"conform-rate",
-                                      u"timeMap",
-                                      u"adjust-corners",
-                                      u"adjust-conform",
-                                      u"adjust-transform",
-                                      u"adjust-blend",
-                                      u"adjust-stabilization",
-                                      u"adjust-rollingShutter",
-                                      u"adjust-volume",
-                                      u"adjust-panner",
-                                      u"audio",
-                                      u"video",
-                                      u"clip",
-                                      u"title",
-                                      u"caption",
-                                      u"mc-clip",
-                                      u"ref-clip",
-                                      u"sync-clip",
-                                      u"asset-clip",
-                                      u"audition",
-                                      u"spine",
-                                      u"transition",
-                                      u"mc-source",
-                                      u"gap"});
-    return set;
-}
-
-/// What a marker precedes.
-const NameSet &laterElements()
-{
-    static const NameSet set = names({u"chapter-marker", u"rating", u"keyword", u"analysis-marker",
-                                      u"audio-channel-source", u"metadata", u"filter-video-mask"});
-    return set;
-}
-
-const NameSet &filters()
-{
-    static const NameSet set = names({u"filter-video", u"filter-audio"});
-    return set;
-}
-
 } // namespace
 
 FCPXClipRanges::FCPXClipRanges(const QList<XmlNode> &clips, double fps)
@@ -112,18 +57,17 @@ const FCPXClipRanges::Clip *FCPXClipRanges::clipAt(double position) const
     return index < starting - m_clips.begin() ? &m_clips[size_t(index)] : nullptr;
 }
 
-FCPXMarkerInsertion::Place FCPXMarkerInsertion::placeIn(const XmlNode &clip)
+FCPXMarkerInsertion::Place FCPXMarkerInsertion::placeIn(const XmlNode &clip) const
 {
-    const bool transition = clip.name() == u"transition";
+    const FCPXMLDtd::MarkerOrder &order = m_dtd.markerOrder(clip.name());
     Place place;
     for (XmlNode child = clip.childAt(0); child; child = child.nextSibling()) {
         const QString name = child.name();
         if (name.isNull())
             continue;
-        const bool filter = filters().contains(name);
-        if (storyElements().contains(name) || (transition && filter))
+        if (order.before.contains(name))
             place.after = child;
-        else if (!place.before && (laterElements().contains(name) || (!transition && filter)))
+        else if (!place.before && order.after.contains(name))
             place.before = child;
     }
     return place;
@@ -132,9 +76,18 @@ FCPXMarkerInsertion::Place FCPXMarkerInsertion::placeIn(const XmlNode &clip)
 const FCPXMarkerInsertion::Place &FCPXMarkerInsertion::placeFor(const XmlNode &clip)
 {
     auto found = m_places.find(clip);
-    if (found == m_places.end())
+    if (found == m_places.end()) {
         found = m_places.insert(clip, placeIn(clip));
+        m_changed.append(clip);
+    }
     return *found;
+}
+
+XmlNode FCPXMarkerInsertion::inserted(const XmlNode &marker)
+{
+    if (marker)
+        m_changed.append(marker);
+    return marker;
 }
 
 XmlNode FCPXMarkerInsertion::insertNew(const XmlNode &clip,
@@ -143,18 +96,25 @@ XmlNode FCPXMarkerInsertion::insertNew(const XmlNode &clip,
     static const QString marker = QStringLiteral("marker");
     const Place &place = placeFor(clip);
     if (place.after)
-        return XmlNode(place.after).insertNewElement(XmlNode::Place::After, marker, attributes);
+        return inserted(
+            XmlNode(place.after).insertNewElement(XmlNode::Place::After, marker, attributes));
     if (place.before)
-        return XmlNode(place.before).insertNewElement(XmlNode::Place::Before, marker, attributes);
-    return XmlNode(clip).insertNewElement(XmlNode::Place::LastChild, marker, attributes);
+        return inserted(
+            XmlNode(place.before).insertNewElement(XmlNode::Place::Before, marker, attributes));
+    return inserted(XmlNode(clip).insertNewElement(XmlNode::Place::LastChild, marker, attributes));
 }
 
 XmlNode FCPXMarkerInsertion::insert(const XmlNode &clip, const XmlNode &marker)
 {
     const Place &place = placeFor(clip);
     if (place.after)
-        return XmlNode(place.after).insertSiblingAfter(marker);
+        return inserted(XmlNode(place.after).insertSiblingAfter(marker));
     if (place.before)
-        return XmlNode(place.before).insertSiblingBefore(marker);
-    return XmlNode(clip).addChild(marker);
+        return inserted(XmlNode(place.before).insertSiblingBefore(marker));
+    return inserted(XmlNode(clip).addChild(marker));
+}
+
+QString FCPXMarkerInsertion::check() const
+{
+    return m_dtd.checkElements(m_changed);
 }

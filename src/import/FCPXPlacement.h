@@ -1,5 +1,6 @@
 #pragma once
 
+#include "xml/FCPXMLDtd.h"
 #include "xml/XmlNode.h"
 
 #include <QHash>
@@ -38,21 +39,28 @@ private:
     std::vector<double> m_reach;
 };
 
-/// Inserts new markers into clips where the FCPXML element order wants them: after
-/// the clip's story elements and adjustments, before its ratings, keywords and
-/// metadata; filters after the markers of a clip but before those of a transition.
+/// Inserts new markers into clips where the DTD of the document's version wants them:
+/// after the last child its content model places before markers, else before the
+/// first of the markers' group or behind it, else at the end.
 ///
-/// While a clip holds any story element or adjustment, each new marker goes directly
+/// While a clip holds any element placed before markers, each new marker goes directly
 /// after the last of them, so the markers of one import land in reverse order there.
 /// That is the order the editor has always received and is kept.
 class FCPXMarkerInsertion
 {
 public:
+    explicit FCPXMarkerInsertion(const FCPXMLDtd &dtd) : m_dtd(dtd) {}
+
     /// Makes a marker element with the attributes as written into the clip, without a
     /// parser; nil when a text needs one (see XmlNode::insertNewElement).
     XmlNode insertNew(const XmlNode &clip, const QList<XmlNode::AttributeText> &attributes);
     /// Inserts a copy of a parsed marker element into the clip; the inserted node.
     XmlNode insert(const XmlNode &clip, const XmlNode &marker);
+
+    /// Checks every clip that received markers, and the markers, against the DTD: a
+    /// null string when all fit, else the validator's message. Costs what was
+    /// touched, not the document.
+    QString check() const;
 
 private:
     /// The neighbour a new marker goes next to; both nil means at the end.
@@ -61,10 +69,14 @@ private:
         XmlNode after;
         XmlNode before;
     };
-    static Place placeIn(const XmlNode &clip);
+    Place placeIn(const XmlNode &clip) const;
     const Place &placeFor(const XmlNode &clip);
+    XmlNode inserted(const XmlNode &marker);
 
-    // Markers are neither story elements nor ratings, so a clip's place stays valid
-    // while markers are added to it.
+    const FCPXMLDtd &m_dtd;
+    // Markers are placed neither before nor after themselves, so a clip's place stays
+    // valid while markers are added to it.
     QHash<XmlNode, Place> m_places;
+    /// The clips that received markers and the markers, in the order they came.
+    QList<XmlNode> m_changed;
 };

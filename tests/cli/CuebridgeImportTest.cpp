@@ -224,6 +224,40 @@ TEST_F(Cli, UserTextIsEscapedOnceAndColoursFollowTheirTable)
     }
 }
 
+TEST_F(Cli, TextBeyondTheBasicPlaneComesBackWhole)
+{
+    // Review notes carry emoji, and so do the names editors give their work.
+    const char *name = "Clap \xf0\x9f\x8e\xac";
+    const char *comment = "Retake \xf0\x9f\x98\x80 \xf0\x9d\x84\x9e";
+    const QByteArray list = markerList({{name, comment, "01:00:10:00", "00:00:05:00", "Red"}});
+    const struct
+    {
+        QString file;
+        QByteArray named, renamed;
+        QString xpath, expected;
+    } targets[] = {{u"sequence.xml"_qs, "id=\"Selects\"", "id=\"Selects \xf0\x9f\x8e\x9e\"",
+                    u"sequence/name"_qs, u"Selects \U0001F39E-Cuebridge"_qs},
+                   {u"project.xml"_qs, "<name>Review</name>",
+                    "<name>Review \xf0\x9f\x8e\x9e</name>", u"project/name"_qs,
+                    u"Review \U0001F39E"_qs}};
+    for (const auto &target : targets) {
+        const QString path = copy(target.file);
+        TempHome::write(path, TempHome::read(path).replace(target.named, target.renamed));
+        const Outcome result = run({markers(list), path});
+        ASSERT_EQ(result.status, 0) << result.err.toStdString();
+        const auto doc = XmlDocument::fromFile(path);
+        ASSERT_TRUE(doc) << TempHome::read(path).toStdString();
+        const QList<XmlNode> added = Cli::added(*doc);
+        ASSERT_EQ(added.size(), 1) << target.file.toStdString();
+        EXPECT_EQ(added[0].nodesForXPath(u"name"_qs).value(0).stringValue(),
+                  QString::fromUtf8(name));
+        EXPECT_EQ(added[0].nodesForXPath(u"comment"_qs).value(0).stringValue(),
+                  QString::fromUtf8(comment));
+        EXPECT_EQ(doc->rootElement().nodesForXPath(target.xpath).value(0).stringValue(),
+                  target.expected);
+    }
+}
+
 TEST_F(Cli, ABareSequenceComesBackAloneAProjectGainsABin)
 {
     const QByteArray list = markerList({{"A", "c", "01:00:10:00", "00:00:05:00", "Red"}});

@@ -467,8 +467,9 @@ TEST_F(LinkTest, NoInstalledEditorMeansVersionSeven)
 TEST(QFAppleEvents, EscapingDataAndUuids)
 {
     EXPECT_EQ(QFAppleEvents::escapeCharactersInXMLString(u"Caf\u00e9\r\n"_qs), u"Caf&#233;&#13;\n");
-    EXPECT_EQ(QFAppleEvents::escapeCharactersInXMLString(QString::fromUcs4(U"\U0001F3AC")),
-              u"&#55356;&#57260;");
+    EXPECT_EQ(
+        QFAppleEvents::escapeCharactersInXMLString(QString::fromUcs4(U"\U0001F3AC\U0001D11E")),
+        u"&#127916;&#119070;");
     const QString high = QString(QChar(128)) + QChar(159) + u"<&>"_qs;
     EXPECT_EQ(QFAppleEvents::escapeCharactersInXMLString(high), high);
     EXPECT_TRUE(QFAppleEvents::escapeCharactersInXMLString(QString()).isNull());

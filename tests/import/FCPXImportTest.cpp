@@ -319,25 +319,28 @@ INSTANTIATE_TEST_SUITE_P(
                         <video ref="r2" offset="0s" duration="10s"/>
                         <filter-video ref="r4" name="Look"/>
                       </clip>)"_qs,
-                  {u"video"_qs, u"2"_qs, u"1"_qs, u"filter-video"_qs}}));
+                  {u"video"_qs, u"2"_qs, u"1"_qs, u"filter-video"_qs}},
+        Insertion{"AfterAdjustmentsOfLaterVersions",
+                  uR"(<asset-clip name="C" ref="r2" offset="0s" duration="10s">
+                        <conform-rate srcFrameRate="25"/>
+                        <adjust-crop mode="trim"><trim-rect left="1"/></adjust-crop>
+                      </asset-clip>)"_qs,
+                  {u"conform-rate"_qs, u"adjust-crop"_qs, u"2"_qs, u"1"_qs}},
+        Insertion{"BeforeTheRoleSourcesOfARefClip",
+                  uR"(<ref-clip name="C" ref="r2" offset="0s" duration="10s">
+                        <audio-role-source role="dialogue"/>
+                      </ref-clip>)"_qs,
+                  {u"1"_qs, u"2"_qs, u"audio-role-source"_qs}}));
 
-// The placement rule knows neither adjust-crop nor audio-role-source, so the DTD's
-// order is broken there; the editor has always received it so, and it is kept.
-TEST_F(FCPXImportTest, ThePlacementRuleIsKeptWhereTheFormatOrdersOtherwise)
+// A result its version's DTD refuses is not written, unless the document broke the
+// DTD before the import: the editor has always received those.
+TEST_F(FCPXImportTest, AnInvalidDocumentIsWrittenAsBefore)
 {
-    const QByteArray document = library(QStringLiteral(
-        R"(<asset-clip name="C" ref="r2" offset="0s" duration="10s">
-             <conform-rate srcFrameRate="25"/><adjust-crop mode="trim"><trim-rect left="1"/></adjust-crop>
-           </asset-clip>
-           <ref-clip name="R" ref="r2" offset="10s" duration="10s">
-             <audio-role-source role="dialogue"/>
-           </ref-clip>)"));
-    ASSERT_EQ(FcpxmlDtd::problems(document), QString());
-    checkDtd = false;
-    importInto(document, markerList({{"c", "", "00:00:01:00"}, {"r", "", "00:00:11:00"}}));
-    EXPECT_EQ(children(u"C"_qs), (QStringList{u"conform-rate"_qs, u"c"_qs, u"adjust-crop"_qs}));
-    EXPECT_EQ(children(u"R"_qs), (QStringList{u"audio-role-source"_qs, u"r"_qs}));
-    EXPECT_NE(FcpxmlDtd::problems(output), QString());
+    const Adjust intoTheSequence = [](ImportSettings &, TargetKind &kind) { kind.isEvent = true; };
+    const QByteArray invalid = library(fourClips).replace("<spine>", "<spine bogus=\"1\">");
+    importInto(invalid, markerList({{"m", "", "00:00:01:00"}}), intoTheSequence);
+    EXPECT_FALSE(result.isNull()) << host->alerts.join(u'\n').toStdString();
+    EXPECT_TRUE(log().contains(u"Result does not follow the FCPXML 1.8 DTD: "));
 }
 
 TEST_F(FCPXImportTest, ClearingRemovesNestedMarkersButNotChapterMarkers)
@@ -510,7 +513,15 @@ INSTANTIATE_TEST_SUITE_P(
                 markers = markerList({{"ok", "", "00:00:01:00"}, {"bell\x07", "", "00:00:02:00"}});
             },
             {u"process start"_qs, u"alert Unable to create marker"_qs, u"process stop"_qs},
-            u"Unable to create marker / "_qs}));
+            u"Unable to create marker / "_qs},
+        End{"AResultThatBreaksItsDtd",
+            [](QByteArray &, QByteArray &, Adjust &adjust) {
+                // The sequence itself as the clip: a sequence takes no markers.
+                adjust = [](ImportSettings &, TargetKind &kind) { kind.isEvent = true; };
+            },
+            {u"process start"_qs, u"alert Unable to create marker"_qs, u"process stop"_qs},
+            u"Unable to create marker / line 13: Element sequence content does not follow the "
+            u"DTD"_qs}));
 
 TEST_F(FCPXImportTest, UnreadableFrameDurationsAndClipTimesPlaceNothingButStillWrite)
 {

@@ -1,13 +1,15 @@
-// The clip search of the FCPX import: whatever the clips, the logarithmic search
-// answers what a scan in document order answers.
+// Where the FCPX import puts markers: the clip search answers what a scan in document
+// order answers, and the insertion keeps every clip valid under its version's DTD.
 
 #include "import/FCPXPlacement.h"
 #include "time/QFFCPXMLParser.h"
+#include "xml/FCPXMLDtd.h"
 #include "xml/XmlDocument.h"
 
 #include <gtest/gtest.h>
 
 #include <QRandomGenerator>
+#include <QStringList>
 
 #include <functional>
 
@@ -104,5 +106,78 @@ INSTANTIATE_TEST_SUITE_P(
                           return times(cursor - 3, 3);
                       }
                   }}));
+
+// --- Insertion among a clip's children ------------------------------------------
+
+/// Children real exports carry, each list in the order of the newest DTD. A clip gets
+/// those its version allows it, so the same list serves every version and kind.
+const QStringList childLists[] = {
+    {u"note"_qs, u"conform-rate"_qs, u"adjust-colorConform"_qs},
+    {u"conform-rate"_qs, u"timeMap"_qs, u"adjust-crop"_qs, u"adjust-transform"_qs,
+     u"adjust-volume"_qs, u"filter-video"_qs, u"filter"_qs, u"filter-audio"_qs},
+    {u"adjust-stabilization"_qs, u"keyword"_qs, u"rating"_qs, u"audio-channel-source"_qs,
+     u"audio-role-source"_qs, u"sync-source"_qs, u"metadata"_qs},
+    {u"mc-source"_qs, u"video"_qs, u"marker"_qs, u"chapter-marker"_qs, u"keyword"_qs,
+     u"filter-video-mask"_qs, u"metadata"_qs},
+};
+
+/// The storyline elements markers go into, and whether each names its media.
+const std::pair<const char16_t *, bool> clipKinds[] = {
+    {u"asset-clip", true}, {u"clip", false}, {u"ref-clip", true}, {u"sync-clip", false},
+    {u"mc-clip", true},    {u"gap", false},  {u"title", true},    {u"video", true}};
+
+TEST(MarkerInsertion, KeepsEveryClipKindValidInEveryVersion)
+{
+    int checked = 0;
+    for (const QString &version : FCPXMLDtd::versions()) {
+        const FCPXMLDtd &dtd = FCPXMLDtd::forVersion(version);
+        ASSERT_EQ(dtd.version(), version);
+        for (const auto &[kind, namesMedia] : clipKinds) {
+            const QString clipName = QString::fromUtf16(kind);
+            const FCPXMLDtd::MarkerOrder &order = dtd.markerOrder(clipName);
+            if (order.before.isEmpty() && order.after.isEmpty())
+                continue; // the kind is not in this version
+            for (const QStringList &children : childLists) {
+                QString xml = u"<"_qs + clipName + u" duration=\"10s\""_qs +
+                              (namesMedia ? u" ref=\"r1\">"_qs : u">"_qs);
+                for (const QString &child : children) {
+                    if (child == u"marker" || order.before.contains(child) ||
+                        order.after.contains(child))
+                        xml += u"<"_qs + child + u"/>"_qs;
+                }
+                xml += u"</"_qs + clipName + u">"_qs;
+                SCOPED_TRACE(QStringLiteral("FCPXML %1: %2").arg(version, xml).toStdString());
+                const auto document = XmlDocument::fromBytes(xml.toUtf8());
+                XmlNode clip = document->rootElement();
+                ASSERT_EQ(dtd.checkElements({clip}), QString()) << "the input is valid";
+
+                FCPXMarkerInsertion insertion(dtd);
+                for (const char *start : {"1s", "2s"})
+                    ASSERT_TRUE(
+                        insertion.insertNew(clip, {{u"start"_qs, QString::fromLatin1(start)},
+                                                   {u"duration"_qs, u"1/25s"_qs},
+                                                   {u"value"_qs, u"New"_qs},
+                                                   {u"completed"_qs, u"0"_qs}}));
+                EXPECT_EQ(insertion.check(), QString());
+                EXPECT_EQ(dtd.checkElements({clip}), QString());
+                ++checked;
+
+                // A marker behind what follows the markers' group breaks the clip, and
+                // the check says so.
+                static const QSet<QString> behindMarkers = {
+                    u"filter"_qs,   u"filter-video"_qs,      u"filter-audio"_qs,
+                    u"metadata"_qs, u"filter-video-mask"_qs, u"sync-source"_qs};
+                if (behindMarkers.contains(clip.childAt(clip.childCount() - 1).name())) {
+                    clip.insertNewElement(XmlNode::Place::LastChild, u"marker"_qs,
+                                          {{u"start"_qs, u"3s"_qs}, {u"value"_qs, u"Late"_qs}});
+                    EXPECT_NE(dtd.checkElements({clip}), QString());
+                }
+            }
+        }
+    }
+    EXPECT_GE(checked, 300) << "versions times kinds times child lists";
+    EXPECT_EQ(FCPXMLDtd::forVersion(u"1.99").version(), FCPXMLDtd::versions().last());
+    EXPECT_EQ(FCPXMLDtd::versions().first(), u"1.0");
+}
 
 } // namespace

@@ -104,12 +104,13 @@ TEST_F(SessionTest, AnFcpxResultThatCannotBeWrittenIsAFailureAndNotHandedOver)
 
 TEST_F(SessionTest, AnXmemlFileIsLeftAloneUnlessTheResultParses)
 {
-    // A text the output escaping cannot write whole (beyond the 16-bit range) would
-    // leave a file that does not parse: the file stays as it was.
-    const QString target = copy(u"project.xml"_qs, u"p.xml"_qs);
+    // The output escaping turns every character from 160 up into a reference, names
+    // too, so an element named beyond ASCII would come out unreadable: the file stays.
+    const QString target = file(
+        u"p.xml"_qs, QByteArray(TempHome::read(QStringLiteral(CUEBRIDGE_TEST_DATA "/project.xml")))
+                         .replace("<name>Cut 3</name>", "<name>Cut 3</name><\xc3\xbc"
+                                                        "ber/>"));
     const QByteArray before = TempHome::read(target);
-    TempHome::write(host.markerListPath(),
-                    QByteArray(markerList).replace("\tA\t", "\tClap \xf0\x9f\x8e\xac\t"));
     const ImportOutcome outcome = import(target);
     EXPECT_EQ(outcome.messageText, u"Failed to write marker data to disk.");
     EXPECT_EQ(TempHome::read(target), before);
