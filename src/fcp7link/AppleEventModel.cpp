@@ -31,7 +31,9 @@ AEDescriptor AEDescriptor::longInteger(qint32 value)
 
 AEDescriptor AEDescriptor::fileURL(const QString &path)
 {
-    return AEDescriptor(AEType::fileURL, QUrl::fromLocalFile(path).toEncoded());
+    // The path itself with percent escapes, as the editor reads it: no scheme. What a
+    // URL may hold as it is stays; spaces, "%", "#" and everything beyond ASCII are escaped.
+    return AEDescriptor(AEType::fileURL, QUrl::toPercentEncoding(path, "!$&'()*+,/:;=?@~"));
 }
 
 AEDescriptor AEDescriptor::list(QList<AEDescriptor> items)

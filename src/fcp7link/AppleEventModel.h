@@ -56,7 +56,7 @@ public:
     static AEDescriptor utf8Text(const QString &text);
     static AEDescriptor boolean(bool value);
     static AEDescriptor longInteger(qint32 value);
-    /// The file URL of a path, percent escapes added, as UTF-8 bytes.
+    /// A path with percent escapes added (no scheme), as UTF-8 bytes, typed as a file URL.
     static AEDescriptor fileURL(const QString &path);
     static AEDescriptor list(QList<AEDescriptor> items);
     static AEDescriptor record(QList<std::pair<FourCharCode, AEDescriptor>> fields);

@@ -142,9 +142,10 @@ QString writeResult(const XmlDocument &document, bool package, bool handOff, QSt
     QString written = resultPath;
     if (package) {
         const QString bundlePath = QFLocalPaths::tempFile() + QStringLiteral(".fcpxmld");
-        if (QFFileManager::createDirectory(bundlePath)) {
+        // The temporary folder is the user's own: never a reason to ask for rights.
+        if (QFFileManager::createDirectory(bundlePath, false)) {
             const QString info = QDir(bundlePath).filePath(QStringLiteral("Info.fcpxml"));
-            if (!QFFileManager::copyFile(resultPath, info)) {
+            if (!QFFileManager::copyFile(resultPath, info, false)) {
                 *error = QStringLiteral("The document could not be copied into the bundle %1.")
                              .arg(bundlePath);
                 QFLog::appendLog(u"Failed to copy %@ to %@", resultPath, info);

@@ -9,6 +9,7 @@
 #include <QDateTime>
 #include <QDir>
 #include <QFileInfo>
+#include <QUrl>
 
 #include <chrono>
 #include <cstdio>
@@ -38,6 +39,7 @@ QFAuthorization::QFAuthorization(bool withGUI) : m_hasGUI(withGUI)
 void QFAuthorization::setPrivilegedRunnerForTesting(const QString &path)
 {
     QFAuthorizationPlatform::setRunner(path);
+    sharedController().m_refused = false;
 }
 
 bool QFAuthorization::isAuthorized() const
@@ -58,9 +60,13 @@ bool QFAuthorization::authStart()
         console(QStringLiteral("Unable to authorize"));
         return false;
     }
-    void *handle = nullptr;
-    if (!QFAuthorizationPlatform::obtainRights(&handle))
+    if (m_refused)
         return false;
+    void *handle = nullptr;
+    if (!QFAuthorizationPlatform::obtainRights(&handle)) {
+        m_refused = true;
+        return false;
+    }
     m_authRef = handle;
     m_authorized = true;
     return true;
@@ -88,7 +94,14 @@ int QFAuthorization::authExecTask(const QString &toolPath, const QStringList &ar
     }
     if (!isAuthorized() && !authStart())
         return -1;
-    return QFAuthorizationPlatform::runWithRights(m_authRef.load(), toolPath, arguments, !async);
+    const int status =
+        QFAuthorizationPlatform::runWithRights(m_authRef.load(), toolPath, arguments, !async);
+    if (QFAuthorizationPlatform::isRefusal(status)) {
+        console(QStringLiteral("Unable to authorize"));
+        authEnd();
+        m_refused = true;
+    }
+    return status;
 }
 
 bool QFAuthorization::authCopyFile(const QString &source, const QString &destination)
@@ -103,8 +116,13 @@ bool QFAuthorization::authCopyFile(const QString &source, const QString &destina
     }
     if (!QFileInfo::exists(source))
         return false;
-    const QStringList arguments = {QStringLiteral("-f"), QStringLiteral("-p"), QStringLiteral("-R"),
-                                   source, destination};
+    // "--": a path that begins with a dash is a path, not an option.
+    const QStringList arguments = {QStringLiteral("-f"),
+                                   QStringLiteral("-p"),
+                                   QStringLiteral("-R"),
+                                   QStringLiteral("--"),
+                                   source,
+                                   destination};
     if (QFLocalPaths::isSuperuser()) {
         QFTaskEx::runTaskAndReturn(QStringLiteral("/bin/cp"), arguments);
         return true;
@@ -115,7 +133,7 @@ bool QFAuthorization::authCopyFile(const QString &source, const QString &destina
 
 bool QFAuthorization::authCreateDir(const QString &path)
 {
-    const QStringList arguments = {QStringLiteral("-p"), path};
+    const QStringList arguments = {QStringLiteral("-p"), QStringLiteral("--"), path};
     if (QFLocalPaths::isSuperuser()) {
         QFTaskEx::runTaskAndReturn(QStringLiteral("/bin/mkdir"), arguments);
         return true;
@@ -133,10 +151,11 @@ bool QFAuthorization::authTrashFile(const QString &path)
         return false;
     }
     const QFileInfo info(QFLocalPaths::stripTrailingSlash(path));
+    const QString trashRoot = QFLocalPaths::trashDirectory();
 #ifdef Q_OS_MACOS
-    const QString trash = QFLocalPaths::trashDirectory();
+    const QString trash = trashRoot;
 #else
-    const QString trash = QFLocalPaths::trashDirectory() + QStringLiteral("/files");
+    const QString trash = trashRoot + QStringLiteral("/files");
 #endif
     QDir().mkpath(trash);
     QString target = trash + u'/' + info.fileName();
@@ -146,5 +165,35 @@ bool QFAuthorization::authTrashFile(const QString &path)
         target = trash + u'/' + info.completeBaseName() +
                  QFFormat::format(u"_%@.%@", stamp, info.suffix());
     }
-    return authExecTask(QStringLiteral("/bin/mv"), {info.absoluteFilePath(), target}, false) == 0;
+#ifdef Q_OS_MACOS
+    return authExecTask(QStringLiteral("/bin/mv"),
+                        {QStringLiteral("--"), info.absoluteFilePath(), target}, false) == 0;
+#else
+    // The desktop lists and restores a trashed file through its entry in info/, written
+    // first so that the name is taken.
+    const QString entryFolder = trashRoot + QStringLiteral("/info");
+    QDir().mkpath(entryFolder);
+    QFile entry(entryFolder + u'/' + QFileInfo(target).fileName() + QStringLiteral(".trashinfo"));
+    if (!entry.open(QIODevice::WriteOnly | QIODevice::NewOnly)) {
+        QFLog::appendLog(u"Unable to write trash entry %@: %@", entry.fileName(),
+                         entry.errorString());
+        return false;
+    }
+    entry.write("[Trash Info]\nPath=" + QUrl::toPercentEncoding(info.absoluteFilePath(), "/") +
+                "\nDeletionDate=" + QDateTime::currentDateTime().toString(Qt::ISODate).toUtf8() +
+                "\n");
+    entry.close();
+    // Moved with rights, then given to the trash's owner, so that emptying the trash
+    // needs none; one run, so the user is asked once.
+    const QFileInfo owner(trashRoot);
+    const int status = authExecTask(
+        QStringLiteral("/bin/sh"),
+        {QStringLiteral("-c"), QStringLiteral("mv -- \"$1\" \"$2\" && chown -R -- \"$3\" \"$2\""),
+         QStringLiteral("sh"), info.absoluteFilePath(), target,
+         QStringLiteral("%1:%2").arg(owner.ownerId()).arg(owner.groupId())},
+        false);
+    if (status != 0)
+        entry.remove();
+    return status == 0;
+#endif
 }

@@ -28,7 +28,7 @@ public:
     bool authTrashFile(const QString &path);
 
     /// The program that runs a tool with rights: pkexec on Linux. Tests point it at a
-    /// runner that needs no password.
+    /// runner that needs no password; a new runner forgets an earlier refusal.
     static void setPrivilegedRunnerForTesting(const QString &runner);
 
 private:
@@ -36,6 +36,8 @@ private:
 
     bool m_hasGUI;
     std::atomic<bool> m_authorized{false};
+    /// The user refused (or could not be asked): not asked again in this run.
+    std::atomic<bool> m_refused{false};
     std::atomic<void *> m_authRef{nullptr};
     QString m_userDirectory;
 };

@@ -10,6 +10,10 @@ namespace {
 std::mutex runnerMutex;
 QString privilegedRunner = QStringLiteral("/usr/bin/pkexec");
 
+// pkexec's own exit statuses: the dialogue dismissed; not authorised, or no agent.
+constexpr int dismissedByUser = 126;
+constexpr int refusedByPolkit = 127;
+
 QString runner()
 {
     std::lock_guard lock(runnerMutex);
@@ -39,12 +43,17 @@ bool obtainRights(void **handle)
 
 void releaseRights(void *) {}
 
-int runWithRights(void *, const QString &tool, const QStringList &arguments, bool wait)
+int runWithRights(void *, const QString &tool, const QStringList &arguments, bool)
 {
-    const QStringList runnerArguments = QStringList{tool} + arguments;
-    if (!wait)
-        return QFTaskEx::runTaskAndReturn(runner(), runnerArguments) ? 0 : -1;
-    return QFTaskEx::terminationCodeFromTask(runner(), runnerArguments);
+    // pkexec asks through the polkit agent as it starts the tool; only its exit says
+    // whether the user agreed and the tool succeeded. Not starting counts as refused.
+    const int status = QFTaskEx::terminationCodeFromTask(runner(), QStringList{tool} + arguments);
+    return status < 0 ? refusedByPolkit : status;
+}
+
+bool isRefusal(int status)
+{
+    return status == dismissedByUser || status == refusedByPolkit;
 }
 
 } // namespace QFAuthorizationPlatform

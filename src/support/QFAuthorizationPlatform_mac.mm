@@ -59,4 +59,10 @@ int runWithRights(void *handle, const QString &tool, const QStringList &argument
     return int(status);
 }
 
+bool isRefusal(int status)
+{
+    return status == errAuthorizationCanceled || status == errAuthorizationDenied ||
+           status == errAuthorizationInteractionNotAllowed;
+}
+
 } // namespace QFAuthorizationPlatform

@@ -1,6 +1,7 @@
 #include "QFLocalPaths.h"
 
 #include <QDir>
+#include <QFile>
 #include <QUuid>
 
 #include <atomic>
@@ -18,6 +19,21 @@ std::atomic<qint64> userIdOverride{-1};
 QString firstOf(const QStringList &paths)
 {
     return paths.isEmpty() ? QString() : paths.first();
+}
+
+bool isInside(const QString &path, const QString &folder)
+{
+    if (folder.isEmpty())
+        return false;
+    return path == folder || path.startsWith(folder.endsWith(u'/') ? folder : folder + u'/');
+}
+
+/// The superuser's own home, from the password database.
+QString superuserHome()
+{
+    if (const passwd *entry = ::getpwuid(0))
+        return QFile::decodeName(entry->pw_dir);
+    return QStringLiteral("/root");
 }
 
 } // namespace
@@ -38,15 +54,21 @@ QString QFLocalPaths::pathForDirectory(Directory directory, bool forUserDomain)
     const QStringList paths =
         platformDirectories(directory, forUserDomain ? Domain::User : Domain::Local);
     if (forUserDomain && isSuperuser() && !paths.isEmpty()) {
-        // A tool run with sudo must still use the folders of the user who ran it.
+        // A tool run with sudo must still use the folders of the user who ran it: a
+        // folder in the superuser's own home moves to the user's, and one already in
+        // the user's home (sudo -E keeps HOME and the XDG folders) stays where it is.
+        const QString user = userDirectory();
         QString rest = paths.first();
-        if (rest.startsWith(QLatin1StringView("/var/root")))
-            rest.remove(0, 9);
-        if (rest.startsWith(QLatin1StringView("/private/var/root")))
-            rest.remove(0, 16);
-        if (rest == QLatin1StringView("/root") || rest.startsWith(QLatin1StringView("/root/")))
-            rest.remove(0, 5);
-        return userDirectory() + rest;
+        if (isInside(rest, user))
+            return rest;
+        for (const QString &home :
+             {QStringLiteral("/var/root"), QStringLiteral("/private/var/root"), superuserHome()}) {
+            if (isInside(rest, home)) {
+                rest.remove(0, home.size());
+                break;
+            }
+        }
+        return user + rest;
     }
     return firstOf(paths);
 }

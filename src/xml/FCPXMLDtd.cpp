@@ -90,9 +90,9 @@ QVersionNumber versionNumber(QStringView version)
 
 FCPXMLDtd::FCPXMLDtd(_xmlDtd *dtd) : m_dtd(dtd)
 {
-    if (const xmlAttribute *version = xmlGetDtdAttrDesc(
-            dtd, reinterpret_cast<const xmlChar *>("fcpxml"),
-            reinterpret_cast<const xmlChar *>("version")))
+    if (const xmlAttribute *version =
+            xmlGetDtdAttrDesc(dtd, reinterpret_cast<const xmlChar *>("fcpxml"),
+                              reinterpret_cast<const xmlChar *>("version")))
         m_version = text(version->defaultValue);
     if (!dtd->elements)
         return;
@@ -195,9 +195,10 @@ QString FCPXMLDtd::checkElements(const QList<XmlNode> &elements) const
         const bool valid = context && xmlValidateOneElement(context, doc, node) == 1;
         doc->extSubset = own;
         if (!valid) {
-            problem = errors.any() ? errors.description()
-                                   : QStringLiteral("%1 does not follow FCPXML %2")
-                                         .arg(element.name(), m_version);
+            problem =
+                errors.any()
+                    ? errors.description()
+                    : QStringLiteral("%1 does not follow FCPXML %2").arg(element.name(), m_version);
             break;
         }
     }

@@ -81,14 +81,43 @@ TEST_F(FileTest, CreateDirectory)
 
 TEST_F(FileTest, CreateDirectoryFallsBackToMkdirWithRights)
 {
-    // The ordinary way fails (a file in the way); mkdir with rights is started, not
-    // awaited, so the answer is yes while the tool itself may still fail.
+    // The ordinary way fails (a file in the way); mkdir with rights is waited for, and
+    // fails the same way.
     TempHome::write(home.path() + "/file", "x");
-    EXPECT_TRUE(QFFileManager::createDirectory(home.path() + "/file/sub"));
-    for (int i = 0; i < 250 && calls().isEmpty(); ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
-    EXPECT_TRUE(calls().contains("/bin/mkdir -p " + home.path() + "/file/sub"));
-    std::this_thread::sleep_for(std::chrono::milliseconds(200)); // let the tool finish
+    EXPECT_FALSE(QFFileManager::createDirectory(home.path() + "/file/sub"));
+    EXPECT_EQ(calls(), "/bin/mkdir -p -- " + home.path() + "/file/sub\n");
+}
+
+TEST_F(FileTest, RightsCountOnlyWhenGrantedAndTheToolSucceeds)
+{
+    struct
+    {
+        const char *name;
+        const char *action; ///< what the runner does after noting the call
+        bool made;
+        int callsForTwoRequests; ///< a refusal is remembered: nobody is asked again
+    } const cases[] = {{"granted", "exec \"$@\"", true, 2},
+                       {"refused", "exit 127", false, 1},
+                       {"dismissed", "exit 126", false, 1},
+                       {"the tool fails", "exec /bin/false", false, 2}};
+    QFAuthorization &rights = QFAuthorization::sharedController();
+    for (const auto &c : cases) {
+        const QString script = home.path() + "/runner-" + QString::number(&c - cases);
+        TempHome::write(
+            script, QStringLiteral("#!/bin/sh\necho \"$@\" >> '%1/%2.calls'\n%3\n")
+                        .arg(home.path(), QLatin1StringView(c.name), QLatin1StringView(c.action))
+                        .toUtf8());
+        QFile::setPermissions(script, QFile::permissions(script) | QFile::ExeOwner);
+        QFAuthorization::setPrivilegedRunnerForTesting(script);
+        const QString folder = home.path() + "/made by " + c.name;
+        EXPECT_EQ(rights.authCreateDir(folder), c.made) << c.name;
+        EXPECT_EQ(QFileInfo(folder).isDir(), c.made) << c.name;
+        TempHome::write(home.path() + "/source", "x");
+        EXPECT_EQ(rights.authCopyFile(home.path() + "/source", folder + "/copy"), c.made) << c.name;
+        const QString trace =
+            QString::fromUtf8(TempHome::read(home.path() + "/" + c.name + ".calls"));
+        EXPECT_EQ(trace.count(u'\n'), c.callsForTwoRequests) << c.name << trace.toStdString();
+    }
 }
 
 TEST_F(FileTest, CopyOntoAnExistingFileGoesThroughThePrivilegedCopy)
@@ -97,11 +126,8 @@ TEST_F(FileTest, CopyOntoAnExistingFileGoesThroughThePrivilegedCopy)
     TempHome::write(home.path() + "/old.txt", "old");
     EXPECT_TRUE(QFFileManager::copyFile(home.path() + "/new.txt", home.path() + "/old.txt", 5));
     EXPECT_TRUE(log().contains(" - Error copying file: File exists. Authorizing..."));
-    // The privileged copy is started, not awaited.
-    for (int i = 0; i < 250 && TempHome::read(home.path() + "/old.txt") != "new"; ++i)
-        std::this_thread::sleep_for(std::chrono::milliseconds(20));
     EXPECT_EQ(TempHome::read(home.path() + "/old.txt"), "new");
-    EXPECT_TRUE(calls().contains("/bin/cp -f -p -R " + home.path() + "/new.txt " + home.path() +
+    EXPECT_TRUE(calls().contains("/bin/cp -f -p -R -- " + home.path() + "/new.txt " + home.path() +
                                  "/old.txt"));
 }
 
@@ -130,6 +156,15 @@ TEST_F(FileTest, TrashFile)
     EXPECT_FALSE(QFile::exists(home.path() + "/draft.txt"));
     EXPECT_TRUE(QFile::exists(home.path() + "/.local/share/Trash/files/draft.txt"));
     EXPECT_TRUE(QFFileManager::trashFile(home.path() + "/never-there.txt"));
+    // With rights: the file gets its entry, and belongs to the trash's owner.
+    TempHome::write(home.path() + "/locked.txt", "x");
+    EXPECT_TRUE(QFAuthorization::sharedController().authTrashFile(home.path() + "/locked.txt"));
+    const QString trash = home.path() + "/.local/share/Trash";
+    EXPECT_EQ(QFileInfo(trash + "/files/locked.txt").ownerId(), QFileInfo(trash).ownerId());
+    const QString entry = QString::fromUtf8(TempHome::read(trash + "/info/locked.txt.trashinfo"));
+    EXPECT_TRUE(
+        entry.startsWith("[Trash Info]\nPath=" + home.path() + "/locked.txt\nDeletionDate="))
+        << entry.toStdString();
     EXPECT_FALSE(QFAuthorization::sharedController().authTrashFile("/usr"));
     EXPECT_TRUE(log().contains(" - Unable to trash path /usr because it is a system directory."));
 }

@@ -42,7 +42,12 @@ TEST(QFLocalPaths, SuperuserGetsTheFoldersUnderTheUserDirectory)
         EXPECT_EQ(QFLocalPaths::prefsDirectory(true), home.path() + "/.config");
         EXPECT_EQ(QFLocalPaths::prefsDirectory(false), "/etc/xdg");
         EXPECT_TRUE(QFLocalPaths::isSuperuser());
+        // sudo -E keeps the user's own folders: they are not joined to the home again.
+        qputenv("XDG_CONFIG_HOME", (home.path() + "/.config").toUtf8());
+        EXPECT_EQ(QFLocalPaths::prefsDirectory(true), home.path() + "/.config");
+        EXPECT_EQ(QFLocalPaths::logDirectory(true), home.path() + "/.local/state");
     }
+    qputenv("XDG_CONFIG_HOME", "/root/.config");
     EXPECT_EQ(QFLocalPaths::prefsDirectory(true), "/root/.config");
 }
 
