@@ -11,6 +11,7 @@
 #include <QFile>
 #include <QFileInfo>
 #include <QThread>
+#include <QTimer>
 
 #include <cstdio>
 #include <filesystem>
@@ -230,11 +231,16 @@ bool QFFileManager::waitForPath(const QString &path, bool toExist, int timeout)
     QElapsedTimer elapsed;
     elapsed.start();
     while (fileExistsAtPath(path) != toExist && elapsed.elapsed() < qint64(timeout) * 1000) {
-        // The administrator tools run on their own; keep the password dialogue alive.
-        if (isMainThread())
-            QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-        else
-            std::this_thread::sleep_for(std::chrono::milliseconds(300));
+        // The administrator tools run on their own; keep the password dialogue alive
+        // with one pass of the event loop that sleeps until an event, or 10 ms.
+        if (isMainThread() && QCoreApplication::instance()) {
+            QTimer wakeUp;
+            wakeUp.setSingleShot(true);
+            wakeUp.start(10);
+            QCoreApplication::processEvents(QEventLoop::WaitForMoreEvents);
+        } else {
+            std::this_thread::sleep_for(std::chrono::milliseconds(isMainThread() ? 10 : 300));
+        }
     }
     return fileExistsAtPath(path) == toExist;
 }
