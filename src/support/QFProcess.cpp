@@ -48,9 +48,11 @@ bool QFProcess::launch(QString *error)
             if (fd >= 0)
                 ::close(fd);
     };
-    if ((m_stdout == Stream::Pipe && ::pipe(outPipe) != 0) ||
-        (m_stderr == Stream::Pipe && ::pipe(errPipe) != 0) ||
-        (m_stdinPipe && ::pipe(inPipe) != 0)) {
+    // Close-on-exec: a child that another thread starts meanwhile must not hold an end
+    // open, or this child's reader would wait for that one to end as well.
+    if ((m_stdout == Stream::Pipe && ::pipe2(outPipe, O_CLOEXEC) != 0) ||
+        (m_stderr == Stream::Pipe && ::pipe2(errPipe, O_CLOEXEC) != 0) ||
+        (m_stdinPipe && ::pipe2(inPipe, O_CLOEXEC) != 0)) {
         if (error)
             *error = QString::fromLocal8Bit(std::strerror(errno));
         closeAll();
@@ -71,9 +73,6 @@ bool QFProcess::launch(QString *error)
     };
     route(m_stdout, outPipe, STDOUT_FILENO);
     route(m_stderr, errPipe, STDERR_FILENO);
-    for (int fd : {outPipe[0], outPipe[1], errPipe[0], errPipe[1], inPipe[0], inPipe[1]})
-        if (fd > STDERR_FILENO)
-            posix_spawn_file_actions_addclose(&actions, fd);
     const QByteArray directory = QFile::encodeName(m_workingDirectory);
     if (!m_workingDirectory.isEmpty())
         posix_spawn_file_actions_addchdir_np(&actions, directory.constData());
@@ -180,17 +179,24 @@ int QFProcess::terminationStatus()
 
 QByteArray QFProcess::readChunk(Channel channel)
 {
-    const int fd = channel == Channel::Output ? m_outFd : m_errFd;
-    if (fd < 0)
-        return {};
-    QByteArray chunk(65536, Qt::Uninitialized);
-    for (;;) {
-        const ssize_t n = ::read(fd, chunk.data(), size_t(chunk.size()));
-        if (n < 0 && errno == EINTR)
-            continue;
-        chunk.truncate(n > 0 ? n : 0);
-        return chunk;
+    int fd;
+    {
+        std::lock_guard lock(m_mutex);
+        fd = channel == Channel::Output ? m_outFd : m_errFd;
+        if (fd < 0)
+            return {};
+        ++m_readers;
     }
+    QByteArray chunk(65536, Qt::Uninitialized);
+    ssize_t n;
+    do {
+        n = ::read(fd, chunk.data(), size_t(chunk.size()));
+    } while (n < 0 && errno == EINTR);
+    chunk.truncate(n > 0 ? n : 0);
+    std::lock_guard lock(m_mutex);
+    if (--m_readers == 0 && m_closeRequested)
+        closePipesLocked();
+    return chunk;
 }
 
 QByteArray QFProcess::readToEnd(Channel channel)
@@ -202,6 +208,16 @@ QByteArray QFProcess::readToEnd(Channel channel)
 }
 
 void QFProcess::closePipes()
+{
+    std::lock_guard lock(m_mutex);
+    // A read in progress keeps its descriptor: the number could be reused by another
+    // file the moment it is closed. The last reader closes instead.
+    m_closeRequested = true;
+    if (m_readers == 0)
+        closePipesLocked();
+}
+
+void QFProcess::closePipesLocked()
 {
     for (int *fd : {&m_outFd, &m_errFd}) {
         if (*fd >= 0)

@@ -60,6 +60,7 @@ public:
 
 private:
     bool reap(bool block);
+    void closePipesLocked();
 
     QString m_launchPath;
     QStringList m_arguments;
@@ -75,6 +76,9 @@ private:
     int m_status = 0;
     int m_outFd = -1;
     int m_errFd = -1;
+    /// Reads in progress, and whether the pipes are to be closed when they end.
+    int m_readers = 0;
+    bool m_closeRequested = false;
 };
 
 using QFProcessPtr = std::shared_ptr<QFProcess>;

@@ -1,5 +1,6 @@
 #include "support/QFTaskEx.h"
 #include "diagnostics/QFLog.h"
+#include "support/QFProcess.h"
 
 #include "LoggedTest.h"
 #include "QtPrinters.h"
@@ -33,6 +34,24 @@ TEST_F(TaskTest, RunAndWait)
     EXPECT_TRUE(running->isRunning());
     running->terminate();
     EXPECT_EQ(running->waitUntilExit(), 15); // SIGTERM
+}
+
+TEST_F(TaskTest, PipesOfOneChildStayOutOfTheOthers)
+{
+    // Another child inheriting a pipe's end would keep its reader waiting until that
+    // child ends too.
+    const auto inherited = [] {
+        return QFTaskEx::dataFromTask("/bin/ls", {"/proc/self/fd"}).value_or(QByteArray());
+    };
+    const QByteArray before = inherited();
+    QFProcess running("/bin/sleep", {"10"});
+    running.setStandardOutput(QFProcess::Stream::Pipe);
+    running.setStandardError(QFProcess::Stream::Pipe);
+    running.setStandardInputPipe(true);
+    ASSERT_TRUE(running.launch());
+    EXPECT_EQ(inherited(), before);
+    running.terminate();
+    EXPECT_EQ(running.waitUntilExit(), 15);
 }
 
 TEST_F(TaskTest, ExitStatus)
