@@ -2,8 +2,6 @@
 
 #include "time/QFFCPXMLParser.h"
 
-#include <QSet>
-
 #include <algorithm>
 #include <cmath>
 
