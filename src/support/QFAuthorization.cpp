@@ -127,7 +127,8 @@ bool QFAuthorization::authCopyFile(const QString &source, const QString &destina
         QFTaskEx::runTaskAndReturn(QStringLiteral("/bin/cp"), arguments);
         return true;
     }
-    // Started, not awaited: the copy may still run on return (see the waiting variants).
+    // On macOS started, not awaited: the copy may still run on return (see the waiting
+    // variants). pkexec asks as the tool starts, so there the copy has ended on return.
     return authExecTask(QStringLiteral("/bin/cp"), arguments) == 0;
 }
 

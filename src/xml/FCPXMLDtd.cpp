@@ -13,6 +13,7 @@
 #include <libxml/valid.h>
 
 #include <map>
+#include <memory>
 #include <optional>
 
 namespace {
@@ -86,32 +87,6 @@ QVersionNumber versionNumber(QStringView version)
     return QVersionNumber(number.majorVersion(), number.minorVersion());
 }
 
-} // namespace
-
-FCPXMLDtd::FCPXMLDtd(_xmlDtd *dtd) : m_dtd(dtd)
-{
-    if (const xmlAttribute *version =
-            xmlGetDtdAttrDesc(dtd, reinterpret_cast<const xmlChar *>("fcpxml"),
-                              reinterpret_cast<const xmlChar *>("version")))
-        m_version = text(version->defaultValue);
-    if (!dtd->elements)
-        return;
-    xmlHashScan(
-        static_cast<xmlHashTablePtr>(dtd->elements),
-        [](void *payload, void *self, const xmlChar *name) {
-            if (const auto order = markerOrderOf(*static_cast<xmlElement *>(payload)))
-                static_cast<FCPXMLDtd *>(self)->m_markerOrders.insert(text(name), *order);
-        },
-        this);
-}
-
-FCPXMLDtd::~FCPXMLDtd()
-{
-    xmlFreeDtd(m_dtd);
-}
-
-namespace {
-
 /// The DTD resources by the version their names give ("FCPXMLv1_11.dtd",
 /// "Final_Cut_Pro_XML_DTD_version_1.12.dtd"), each parsed when first asked for.
 struct Shipped
@@ -139,6 +114,28 @@ struct Shipped
 };
 
 } // namespace
+
+FCPXMLDtd::FCPXMLDtd(_xmlDtd *dtd) : m_dtd(dtd)
+{
+    if (const xmlAttribute *version =
+            xmlGetDtdAttrDesc(dtd, reinterpret_cast<const xmlChar *>("fcpxml"),
+                              reinterpret_cast<const xmlChar *>("version")))
+        m_version = text(version->defaultValue);
+    if (!dtd->elements)
+        return;
+    xmlHashScan(
+        static_cast<xmlHashTablePtr>(dtd->elements),
+        [](void *payload, void *self, const xmlChar *name) {
+            if (const auto order = markerOrderOf(*static_cast<xmlElement *>(payload)))
+                static_cast<FCPXMLDtd *>(self)->m_markerOrders.insert(text(name), *order);
+        },
+        this);
+}
+
+FCPXMLDtd::~FCPXMLDtd()
+{
+    xmlFreeDtd(m_dtd);
+}
 
 QStringList FCPXMLDtd::versions()
 {

@@ -6,8 +6,7 @@
 #include <QMutex>
 #include <QSet>
 #include <QString>
-
-#include <memory>
+#include <QStringList>
 
 class XmlDocument;
 struct _xmlDtd;
