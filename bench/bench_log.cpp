@@ -1,4 +1,5 @@
 #include "diagnostics/QFLog.h"
+#include "support/QFLocalPaths.h"
 
 #include <benchmark/benchmark.h>
 
@@ -15,6 +16,9 @@ void useTemporaryLog()
     static bool started = [] {
         qputenv("XDG_STATE_HOME", dir.path().toUtf8());
         qputenv("XDG_CONFIG_HOME", dir.path().toUtf8());
+        // As root the log would go to the computer-wide folder, usually missing: measure
+        // the user's log, as an editor runs the program.
+        QFLocalPaths::setRealUserIdForTesting(1000);
         QFLog::createNewLog(QString(), true);
         return true;
     }();

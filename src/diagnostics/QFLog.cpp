@@ -405,20 +405,30 @@ void QFLog::writerLoop()
                 lock.lock();
             }
             m_writerSleeping = true;
-            m_queueChanged.wait(lock, [this] { return m_stop || (!m_hold && !m_queue.empty()); });
+            m_queueChanged.wait(
+                lock, [this] { return m_stop || (!m_hold && !m_directWrite && !m_queue.empty()); });
             m_writerSleeping = false;
             if (m_queue.empty() && m_stop)
                 return;
             batch.swap(m_queue);
+            m_writerBusy = true;
         }
-        const std::uint64_t count = batch.size();
-        writeEntries(batch);
-        {
-            std::lock_guard lock(m_queueMutex);
-            m_written += count;
-        }
-        m_queueDrained.notify_all();
+        const std::uint64_t rest = writeEntries(batch);
+        // Idle again in the same step as the last count, so that a worker woken by it
+        // finds the writer idle and can write its next entry itself.
+        markFinished(rest, true);
     }
+}
+
+void QFLog::markFinished(std::uint64_t count, bool batchDone)
+{
+    {
+        std::lock_guard lock(m_queueMutex);
+        m_written += count;
+        if (batchDone)
+            m_writerBusy = false;
+    }
+    m_queueDrained.notify_all();
 }
 
 void QFLog::writeBytes(const QByteArray &bytes)
@@ -446,35 +456,64 @@ void QFLog::writeBytes(const QByteArray &bytes)
 bool QFLog::writeNowIfIdle(const QString &text)
 {
     const QString trimmed = text.trimmed();
-    std::lock_guard lock(m_queueMutex);
-    // Only when nothing is queued or being written, so the order stays; holding the
-    // queue lock keeps later entries behind this one.
-    if (trimmed.isEmpty() || !m_queueOpen || m_hold || !m_queue.empty() ||
-        m_written.load() != m_queued.load())
+    if (trimmed.isEmpty())
         return false;
     const QByteArray line = (dateDescription() + QStringLiteral(" - ") + trimmed + u'\n').toUtf8();
-    // A roll-over logs on its own; leave that to the writer thread.
-    if (m_bytesWritten.load() + quint64(line.size()) >= m_rolloverLimit.load() || !ensureOpen())
-        return false;
-    writeBytes(line);
-    m_bytesWritten += quint64(line.size());
-    ++m_queued;
-    ++m_written;
-    return true;
+    {
+        // Only with nothing queued or being written, so the order stays. The claim makes
+        // the writer wait for this entry; the queue's lock is not held during the write,
+        // so the main thread can always queue behind it without waiting.
+        std::lock_guard lock(m_queueMutex);
+        if (!m_queueOpen || m_hold || m_writerBusy || m_directWrite || !m_queue.empty() ||
+            m_written.load() != m_queued.load())
+            return false;
+        // A roll-over logs on its own; leave that to the writer thread.
+        if (m_bytesWritten.load() + quint64(line.size()) >= m_rolloverLimit.load())
+            return false;
+        m_directWrite = true;
+        ++m_queued;
+    }
+    const bool open = ensureOpen();
+    if (open) {
+        writeBytes(line);
+        m_bytesWritten += quint64(line.size());
+    }
+    bool wake = false;
+    {
+        std::lock_guard lock(m_queueMutex);
+        m_directWrite = false;
+        ++m_written;
+        wake = m_writerSleeping && !m_queue.empty();
+    }
+    if (wake)
+        m_queueChanged.notify_one();
+    m_queueDrained.notify_all();
+    // Without a file the writer reports the entry as unloggable.
+    return open;
 }
 
-void QFLog::writeEntries(std::deque<QString> &entries)
+std::uint64_t QFLog::writeEntries(std::deque<QString> &entries)
 {
+    // Written in pieces, so that a shutdown can give up on the rest of a large batch.
+    constexpr qsizetype pieceBytes = 64 * 1024;
     QByteArray pending;
-    auto flush = [this, &pending] {
-        writeBytes(pending);
+    std::uint64_t pendingEntries = 0;
+    auto write = [this, &pending] {
+        if (!m_cancelBatch.load())
+            writeBytes(pending);
         pending.clear();
+    };
+    // Counted as done only once written: a roll-over finishes before its entry counts.
+    auto finish = [this, &pendingEntries] {
+        markFinished(pendingEntries);
+        pendingEntries = 0;
     };
 
     for (const QString &text : entries) {
-        if (!m_loggingDisabled.load()) {
+        ++pendingEntries;
+        if (!m_loggingDisabled.load() && !m_cancelBatch.load()) {
             if (!ensureOpen()) {
-                flush();
+                write();
                 print(QFFormat::format(u"Unable to log the following information: %s\n", text));
                 print(QStringLiteral("Unable to open log for output\n"));
             } else {
@@ -483,16 +522,20 @@ void QFLog::writeEntries(std::deque<QString> &entries)
                 pending += line;
                 m_bytesWritten += quint64(line.size());
                 if (m_bytesWritten.load() >= m_rolloverLimit.load()) {
-                    flush();
+                    write();
                     // Runs on this thread; entries queued behind go to the new file.
                     createNewLogImpl(appName(), m_noPrinting.load());
                     appendLog(u"Log truncated at 500KB");
+                } else if (pending.size() >= pieceBytes) {
+                    write();
+                    finish();
                 }
             }
         }
         m_bytesInQueue -= quint64(text.size());
     }
-    flush();
+    write();
+    return pendingEntries;
 }
 
 // ---- shutdown ----------------------------------------------------------------------
@@ -504,29 +547,28 @@ void QFLog::willTerminate()
 
 void QFLog::shutdown()
 {
-    bool flush = false;
     {
         std::lock_guard lock(m_queueMutex);
         if (!m_queueOpen)
             return;
-        if (m_queue.size() < 11) {
-            flush = true;
-        } else {
-            // Quitting is not held up by a backlog: those entries are lost.
+        // Entries the writer has taken but not yet written are waiting too. Quitting is
+        // not held up by a backlog: those entries are lost, apart from a write under way.
+        if (m_queued.load() - m_written.load() >= 11) {
             for (const QString &text : m_queue)
                 m_bytesInQueue -= quint64(text.size());
             m_written += m_queue.size();
             m_queue.clear();
+            m_cancelBatch = true;
         }
         m_hold = false;
     }
     m_queueChanged.notify_all();
     m_queueDrained.notify_all();
-    if (flush)
-        finishWriting();
+    finishWriting();
     {
         std::lock_guard lock(m_queueMutex);
         m_queueOpen = false;
+        m_cancelBatch = false;
     }
     setAppName(QString());
     closeFile();

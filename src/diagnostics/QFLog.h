@@ -112,9 +112,12 @@ private:
     bool rotate();
     void print(const QString &text) const;
     void writerLoop();
-    void writeEntries(std::deque<QString> &entries);
+    /// Writes a batch; returns how many of its entries are not yet counted as finished.
+    std::uint64_t writeEntries(std::deque<QString> &entries);
     void writeBytes(const QByteArray &bytes);
-    /// Writes one entry on the calling thread when the writer has nothing to do.
+    /// Counts entries as written or dropped and wakes those waiting for them.
+    void markFinished(std::uint64_t count, bool batchDone = false);
+    /// Writes one entry on the calling (worker) thread when the writer has nothing to do.
     bool writeNowIfIdle(const QString &text);
     bool ensureOpen();
     void closeFile();
@@ -142,6 +145,9 @@ private:
     bool m_hold = false;
     bool m_stop = false;
     bool m_writerSleeping = false;
+    bool m_writerBusy = false;               // the writer holds a batch
+    bool m_directWrite = false;              // a worker writes its own entry (writeNowIfIdle)
+    std::atomic<bool> m_cancelBatch{false};  // shutdown gave up on the writer's batch
     std::atomic<std::uint64_t> m_queued{0};  // entries ever queued
     std::atomic<std::uint64_t> m_written{0}; // entries ever finished (written or dropped)
     std::thread m_writer;

@@ -6,13 +6,19 @@
 
 #include <QDir>
 #include <QDirIterator>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
+#include <QRegularExpression>
 #include <QStandardPaths>
 #include <QStringEncoder>
+#include <QThread>
 
 #include <functional>
 #include <map>
+
+#include <csignal>
+#include <cstdlib>
 
 #include <unistd.h>
 
@@ -297,5 +303,56 @@ INSTANTIATE_TEST_SUITE_P(
              },
              3, "lists no sequence to import into"}),
     [](const auto &param) { return std::string(param.param.name); });
+
+TEST_F(BadInput, AnImportKilledAtAnyMomentLeavesTheOriginalOrTheWholeResult)
+{
+    // Enough markers that a run lasts a while and the kills land in every phase of it.
+    QByteArray list = "#\tTrack\tName\tComment\tStart\tDuration\tColor\n";
+    for (int i = 0; i < 5000; ++i)
+        list += QStringLiteral("%1\tV1\tMarker %1\tNote\t%2:%3:%4:10\t00:00:01:00\tRed\n")
+                    .arg(i + 1)
+                    .arg(1 + i / 3600, 2, 10, QChar(u'0'))
+                    .arg(i / 60 % 60, 2, 10, QChar(u'0'))
+                    .arg(i % 60, 2, 10, QChar(u'0'))
+                    .toUtf8();
+    const QString markerFile = write(u"many.txt"_qs, list);
+    // No log: as the superuser it would go to a computer-wide folder, one failure per line.
+    write(u".config/com.quillfen.global.plist"_qs,
+          "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>"
+          "<key>disable-logging</key><string>1</string></dict></plist>\n");
+    const QByteArray original = TempHome::read(data + u"/sequence.xml"_qs);
+
+    const QString reference = write(u"reference.xml"_qs, original);
+    QElapsedTimer timer;
+    timer.start();
+    ASSERT_EQ(
+        QProcess::execute(QStringLiteral(CUEBRIDGE_IMPORT), {u"-q"_qs, markerFile, reference}), 0);
+    const qint64 runMicroseconds = timer.nsecsElapsed() / 1000;
+    // Every run gives the sequence a new identifier; the rest is the same each time.
+    const auto withoutUuids = [](QByteArray xml) {
+        static const QRegularExpression uuid(u"<uuid>[^<]*</uuid>"_qs);
+        return QString::fromUtf8(xml).replace(uuid, u"<uuid/>"_qs);
+    };
+    const QString complete = withoutUuids(TempHome::read(reference));
+    ASSERT_NE(complete, withoutUuids(original));
+
+    const QString target = path(u"killed.xml"_qs);
+    constexpr int kills = 16;
+    for (int i = 0; i < kills; ++i) {
+        TempHome::write(target, original);
+        QProcess process;
+        process.start(QStringLiteral(CUEBRIDGE_IMPORT), {u"-q"_qs, markerFile, target});
+        ASSERT_TRUE(process.waitForStarted());
+        // Spread over the whole run, with a little chance in each step.
+        const qint64 at = runMicroseconds * i / (kills - 2) + std::rand() % 2000;
+        QThread::usleep(quint64(at));
+        ::kill(pid_t(process.processId()), SIGKILL);
+        process.waitForFinished();
+        const QByteArray after = TempHome::read(target);
+        EXPECT_TRUE(after == original || withoutUuids(after) == complete)
+            << "killed after " << at << " µs of " << runMicroseconds << ": " << after.size()
+            << " bytes";
+    }
+}
 
 } // namespace

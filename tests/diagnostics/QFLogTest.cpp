@@ -14,6 +14,10 @@
 #include <chrono>
 #include <thread>
 
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -226,15 +230,90 @@ TEST_F(LogTest, WorkerEntriesStayInOrderWhetherWrittenByTheWorkerOrTheWriter)
     EXPECT_EQ(expected, 300);
 }
 
-TEST_F(LogTest, MainThreadNeverWaits)
+/// The current log replaced by a full pipe, so that every write to it blocks until
+/// drainInBackground() starts reading. The log's file must be closed beforehand.
+class StalledDisk
+{
+public:
+    explicit StalledDisk(const QString &path)
+    {
+        QFile::remove(path);
+        const QByteArray name = QFile::encodeName(path);
+        EXPECT_EQ(::mkfifo(name.constData(), 0600), 0);
+        m_read = ::open(name.constData(), O_RDONLY | O_NONBLOCK);
+        const int fill = ::open(name.constData(), O_WRONLY | O_NONBLOCK);
+        const QByteArray filler(4096, '#');
+        while (::write(fill, filler.constData(), size_t(filler.size())) > 0) {
+        }
+        ::close(fill);
+    }
+    ~StalledDisk()
+    {
+        stopDraining();
+        ::close(m_read);
+    }
+    void drainInBackground()
+    {
+        m_drainer = std::thread([this] {
+            while (!m_stop)
+                if (!readSome())
+                    std::this_thread::sleep_for(1ms);
+        });
+    }
+    /// Everything the log wrote, once the drainer has stopped.
+    QByteArray stopDraining()
+    {
+        m_stop = true;
+        if (m_drainer.joinable())
+            m_drainer.join();
+        while (readSome()) {
+        }
+        return m_received;
+    }
+
+private:
+    bool readSome()
+    {
+        char buffer[65536];
+        const ssize_t n = ::read(m_read, buffer, sizeof buffer);
+        if (n > 0)
+            m_received.append(buffer, n);
+        return n > 0;
+    }
+
+    int m_read = -1;
+    std::atomic<bool> m_stop = false;
+    std::thread m_drainer;
+    QByteArray m_received;
+};
+
+TEST_F(LogTest, MainThreadNeverWaitsBehindAWorkersOwnWrite)
 {
     QFLog::createNewLog(QString(), true);
+    QFLog::resetForTesting(); // closes the file: the next write opens the pipe
+    StalledDisk disk(generation(1));
+    std::thread worker([] { QFLog::appendLog(u"worker entry"); }); // idle writer: writes itself
+    std::this_thread::sleep_for(200ms);                            // and is stuck on the disk
+
+    std::atomic<bool> mainReturned = false;
+    std::atomic<bool> draining = false;
+    std::thread watchdog([&] {
+        for (int i = 0; i < 500 && !mainReturned; ++i)
+            std::this_thread::sleep_for(10ms);
+        draining = true;
+        disk.drainInBackground();
+    });
+    QFLog::appendLog(u"main entry");
+    const bool waitedForTheDisk = draining;
+    mainReturned = true;
+    watchdog.join();
+    worker.join();
     QFLog::finishWriting();
-    QFLog::holdWriterForTesting(true);
-    QFLog::appendLog(u"short from main"); // must not block
-    EXPECT_EQ(QFLog::waitingEntryCountForTesting(), 1);
-    QFLog::holdWriterForTesting(false);
-    EXPECT_TRUE(current().contains("short from main"));
+    const QByteArray written = disk.stopDraining();
+
+    EXPECT_FALSE(waitedForTheDisk);
+    EXPECT_LT(written.indexOf(" - worker entry\n"), written.indexOf(" - main entry\n"));
+    EXPECT_GE(written.indexOf(" - worker entry\n"), 0);
 }
 
 class Shutdown : public LogTest, public testing::WithParamInterface<int>
@@ -259,6 +338,27 @@ TEST_P(Shutdown, FlushesUpToTenQueuedEntriesAndDropsMore)
 }
 
 INSTANTIATE_TEST_SUITE_P(Backlogs, Shutdown, testing::Values(10, 11));
+
+TEST_F(LogTest, ShutdownCountsTheBatchTheWriterHasTaken)
+{
+    QFLog::createNewLog(QString(), true);
+    QFLog::resetForTesting();
+    StalledDisk disk(generation(1));
+    QFLog::holdWriterForTesting(true);
+    for (int i = 0; i < 40; ++i)
+        QFLog::fastAppendLog(u"batch entry %li %@", i, QString(4000, u'b'));
+    QFLog::holdWriterForTesting(false);
+    for (int i = 0; i < 500 && QFLog::waitingEntryCountForTesting() > 0; ++i)
+        std::this_thread::sleep_for(10ms);
+    ASSERT_EQ(QFLog::waitingEntryCountForTesting(), 0) << "the writer took the batch";
+
+    std::thread quit([] { QFLog::willTerminate(); }); // 40 waiting: gives up on them
+    std::this_thread::sleep_for(100ms);
+    disk.drainInBackground();
+    quit.join();
+    const QByteArray written = disk.stopDraining();
+    EXPECT_FALSE(written.contains("batch entry 39 ")) << "the end of the batch was not dropped";
+}
 
 TEST_F(LogTest, RollsOverAtTheLimitOnTheWriterThread)
 {
