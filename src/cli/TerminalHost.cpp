@@ -1,23 +1,10 @@
 #include "TerminalHost.h"
 
+#include "TerminalAlertPresenter.h"
+
+#include "support/QFAlert.h"
+
 #include <QFileInfo>
-#include <QRegularExpression>
-
-#include <cstdio>
-
-namespace {
-
-QMutex printing;
-
-void printLine(std::FILE *stream, const QString &text)
-{
-    const QByteArray line = (text + u'\n').toUtf8();
-    QMutexLocker lock(&printing);
-    std::fputs(line.constData(), stream);
-    std::fflush(stream);
-}
-
-} // namespace
 
 TerminalHost::TerminalHost(const QString &markerListPath, bool quiet)
     : m_markerListPath(markerListPath), m_quiet(quiet)
@@ -45,16 +32,9 @@ void TerminalHost::setProcessSpinnerRunning(bool running)
 
 void TerminalHost::showAlert(const ImportOutcome &outcome)
 {
-    printLine(outcome.wroteResult() ? stdout : stderr, alertLine(outcome));
-}
-
-QString TerminalHost::alertLine(const ImportOutcome &outcome)
-{
-    static const QRegularExpression lineBreaks(QStringLiteral("[\r\n]+"));
-    const QString informative =
-        outcome.informativeText.trimmed().replace(lineBreaks, QStringLiteral(" "));
-    return informative.isEmpty() ? outcome.messageText
-                                 : outcome.messageText + QStringLiteral(": ") + informative;
+    // A written result is news for standard output; anything else is a complaint.
+    TerminalAlertPresenter::setStream(outcome.wroteResult() ? stdout : stderr);
+    QFAlert::alertSheetWithMessageText(outcome.messageText, outcome.informativeText, nullptr);
 }
 
 int TerminalHost::exitStatus(const ImportOutcome &outcome)
@@ -75,5 +55,5 @@ int TerminalHost::exitStatus(const ImportOutcome &outcome)
 void TerminalHost::progress(const QString &text) const
 {
     if (!m_quiet)
-        printLine(stderr, text);
+        TerminalAlertPresenter::printLine(stderr, text);
 }

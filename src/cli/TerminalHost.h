@@ -5,10 +5,10 @@
 #include <QMutex>
 #include <QString>
 
-/// A marker list document on the terminal: alerts become one line each (a written
-/// result on standard output, failures on standard error), and the spinners progress
-/// lines unless quiet. Members may be called from any thread; each line is printed
-/// whole.
+/// A marker list document on the terminal: alerts become one line each through the
+/// terminal's alert presenter (a written result on standard output, failures on
+/// standard error), and the spinners progress lines unless quiet. Members may be called from any
+/// thread; each line is printed whole.
 class TerminalHost : public ImportHost
 {
 public:
@@ -25,8 +25,6 @@ public:
     void setToDoMarkerCheckEnabled(bool) override {}
     void showAlert(const ImportOutcome &outcome) override;
 
-    /// The alert as one line: "message: informative text", line breaks made blanks.
-    static QString alertLine(const ImportOutcome &outcome);
     /// The exit status of an outcome: 0 imported, 1 some markers failed, 2 failed,
     /// 3 nothing imported.
     static int exitStatus(const ImportOutcome &outcome);

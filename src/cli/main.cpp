@@ -1,11 +1,13 @@
 // cuebridge-import: the import of the document window, on the terminal.
 
 #include "CommandLine.h"
+#include "TerminalAlertPresenter.h"
 #include "TerminalHost.h"
 
 #include "diagnostics/QFLog.h"
 #include "import/ImportSession.h"
 #include "import/UserTextEscaping.h"
+#include "support/QFAlert.h"
 #include "support/QFFileContents.h"
 #include "support/QFFileManager.h"
 
@@ -122,6 +124,8 @@ int main(int argc, char *argv[])
     mallopt(M_MXFAST, 0);
 #endif
     QCoreApplication app(argc, argv);
+    TerminalAlertPresenter alerts;
+    QFAlert::setPresenter(&alerts);
     const CommandLine line = CommandLine::parse(app.arguments());
     if (line.help) {
         std::fputs(CommandLine::helpText().toUtf8().constData(), stdout);
