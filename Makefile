@@ -19,11 +19,16 @@ configure: deps
 build: configure
 	@cmake --build --preset $(PRESET) -j $(JOBS)
 
-# Imports the example marker list into a copy of the example project, so that the
-# example itself stays as it is.
+# The window on the example (its marker list as the document, a copy of its project as
+# the target) when there is a display; without one the same import, headless.
 run: build
 	@out=$$(mktemp -d) && cp examples/review-cut.xml "$$out/" && \
-	  $(BUILD)/src/cli/cuebridge-import examples/review-notes.txt "$$out/review-cut.xml"
+	if [ -n "$${DISPLAY:-}$${WAYLAND_DISPLAY:-}" ]; then \
+	  $(BUILD)/src/app/Cuebridge --target "$$out/review-cut.xml" examples/review-notes.txt; \
+	else \
+	  echo "No display: importing the example with cuebridge-import instead of the window."; \
+	  $(BUILD)/src/cli/cuebridge-import examples/review-notes.txt "$$out/review-cut.xml"; \
+	fi
 
 test: build
 	@cd $(BUILD) && ctest --output-on-failure -j $(JOBS) -LE slow

@@ -35,7 +35,6 @@ QString TerminalAlertPresenter::alertLine(const QString &messageText,
                                           const QString &informativeText)
 {
     static const QRegularExpression lineBreaks(QStringLiteral("[\r\n]+"));
-    const QString informative =
-        informativeText.trimmed().replace(lineBreaks, QStringLiteral(" "));
+    const QString informative = informativeText.trimmed().replace(lineBreaks, QStringLiteral(" "));
     return informative.isEmpty() ? messageText : messageText + QStringLiteral(": ") + informative;
 }

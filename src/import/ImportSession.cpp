@@ -167,9 +167,19 @@ void ImportSession::runOnWorker(std::function<void()> work)
         delete worker;
         return true;
     });
-    QThread *worker = QThread::create(std::move(work));
+    ++m_running;
+    QThread *worker = QThread::create([this, work = std::move(work)] {
+        work();
+        if (--m_running == 0)
+            QMetaObject::invokeMethod(this, &ImportSession::idle, Qt::QueuedConnection);
+    });
     m_workers.append(worker);
     worker->start();
+}
+
+bool ImportSession::isBusy() const
+{
+    return m_running.load() > 0;
 }
 
 void ImportSession::waitForIdle()

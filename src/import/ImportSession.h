@@ -9,6 +9,7 @@
 #include <QObject>
 #include <QString>
 
+#include <atomic>
 #include <memory>
 #include <optional>
 
@@ -78,10 +79,14 @@ public:
 
     /// Returns when no discovery or import runs.
     void waitForIdle();
+    /// Whether a discovery or an import runs.
+    bool isBusy() const;
 
 signals:
     void discoveryFinished();
     void importFinished(const ImportOutcome &outcome);
+    /// The last work under way has ended (delivered on the session's thread).
+    void idle();
 
 private:
     void discover(const QString &path);
@@ -97,4 +102,5 @@ private:
     std::optional<SequenceItem> m_chosen;
     ImportOutcome m_lastOutcome;
     QList<QThread *> m_workers;
+    std::atomic<int> m_running{0}; // work started and not yet ended
 };

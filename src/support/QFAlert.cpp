@@ -27,7 +27,8 @@ bool onMainThread()
 /// Whether the object has a method of that name taking the return code.
 bool respondsTo(const QObject *object, const QByteArray &selector)
 {
-    const QByteArray signature = QMetaObject::normalizedSignature(QByteArray(selector + "(qint64)").constData());
+    const QByteArray signature =
+        QMetaObject::normalizedSignature(QByteArray(selector + "(qint64)").constData());
     return object->metaObject()->indexOfMethod(signature.constData()) >= 0;
 }
 
@@ -62,12 +63,11 @@ QFAlertPresenter *QFAlert::presenter()
 qint64 QFAlert::alertSheetWithMessageText(const QString &messageText,
                                           const QString &informativeText, QObject *parentWindow)
 {
-    return alertSheetWithMessageText(messageText, QString(), QString(), QString(),
-                                     informativeText, parentWindow, nullptr, nullptr, true);
+    return alertSheetWithMessageText(messageText, QString(), QString(), QString(), informativeText,
+                                     parentWindow, nullptr, nullptr, true);
 }
 
-qint64 QFAlert::alertSheetWithMessageText(const QString &messageText,
-                                          const QString &defaultButton,
+qint64 QFAlert::alertSheetWithMessageText(const QString &messageText, const QString &defaultButton,
                                           const QString &alternateButton,
                                           const QString &otherButton,
                                           const QString &informativeText, QObject *parentWindow,
@@ -77,8 +77,7 @@ qint64 QFAlert::alertSheetWithMessageText(const QString &messageText,
                                      informativeText, parentWindow, nullptr, nullptr, block);
 }
 
-qint64 QFAlert::alertSheetWithMessageText(const QString &messageText,
-                                          const QString &defaultButton,
+qint64 QFAlert::alertSheetWithMessageText(const QString &messageText, const QString &defaultButton,
                                           const QString &alternateButton,
                                           const QString &otherButton,
                                           const QString &informativeText, QObject *parentWindow,
@@ -90,14 +89,12 @@ qint64 QFAlert::alertSheetWithMessageText(const QString &messageText,
                                      nullptr);
 }
 
-qint64 QFAlert::alertSheetWithMessageText(const QString &messageText,
-                                          const QString &defaultButton,
+qint64 QFAlert::alertSheetWithMessageText(const QString &messageText, const QString &defaultButton,
                                           const QString &alternateButton,
                                           const QString &otherButton,
                                           const QString &informativeText, QObject *parentWindow,
-                                          QObject *delegate, const char *didEndSelector,
-                                          bool block, QFAlert *alertObject,
-                                          const QString &suppressionBinding)
+                                          QObject *delegate, const char *didEndSelector, bool block,
+                                          QFAlert *alertObject, const QString &suppressionBinding)
 {
     std::shared_ptr<QFAlert> made;
     QFAlert *alert = alertObject;
@@ -129,7 +126,8 @@ qint64 QFAlert::alertSheetWithMessageText(const QString &messageText,
 
     QFAlertPresenter *shower = presenter();
     if (shower && shower->needsMainThread())
-        performOnMainThreadAndWait([alert, &dictionary] { alert->alertSheetWithDictionary(dictionary); });
+        performOnMainThreadAndWait(
+            [alert, &dictionary] { alert->alertSheetWithDictionary(dictionary); });
     else
         alert->alertSheetWithDictionary(dictionary);
 
@@ -146,12 +144,9 @@ qint64 QFAlert::alertSheetWithMessageText(const QString &messageText,
     return alert->returnCode();
 }
 
-qint64 QFAlert::timedAlertSheetWithMessageText(const QString &messageText,
-                                               const QString &defaultButton,
-                                               const QString &alternateButton,
-                                               const QString &otherButton,
-                                               const QString &informativeText,
-                                               QObject *parentWindow, int interval)
+qint64 QFAlert::timedAlertSheetWithMessageText(
+    const QString &messageText, const QString &defaultButton, const QString &alternateButton,
+    const QString &otherButton, const QString &informativeText, QObject *parentWindow, int interval)
 {
     const std::shared_ptr<QFAlert> alert = makeAlert();
     // The timer keeps its own hold: it still ends the alert after the user has answered.

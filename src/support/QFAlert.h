@@ -68,36 +68,28 @@ public:
 
     /// The message and informative text with the default button, waiting for it.
     static qint64 alertSheetWithMessageText(const QString &messageText,
-                                            const QString &informativeText,
-                                            QObject *parentWindow);
+                                            const QString &informativeText, QObject *parentWindow);
     /// Three button titles (null for none); waits when asked to.
-    static qint64 alertSheetWithMessageText(const QString &messageText,
-                                            const QString &defaultButton,
-                                            const QString &alternateButton,
-                                            const QString &otherButton,
-                                            const QString &informativeText,
-                                            QObject *parentWindow, bool block);
+    static qint64
+    alertSheetWithMessageText(const QString &messageText, const QString &defaultButton,
+                              const QString &alternateButton, const QString &otherButton,
+                              const QString &informativeText, QObject *parentWindow, bool block);
     /// As above; the delegate, the end selector and block are ignored (it always waits).
-    static qint64 alertSheetWithMessageText(const QString &messageText,
-                                            const QString &defaultButton,
-                                            const QString &alternateButton,
-                                            const QString &otherButton,
-                                            const QString &informativeText,
-                                            QObject *parentWindow, QObject *delegate,
-                                            const char *didEndSelector, bool block);
+    static qint64
+    alertSheetWithMessageText(const QString &messageText, const QString &defaultButton,
+                              const QString &alternateButton, const QString &otherButton,
+                              const QString &informativeText, QObject *parentWindow,
+                              QObject *delegate, const char *didEndSelector, bool block);
     /// The full form. The delegate gets didEndSelector (a method invokable with one
     /// qint64, the return code) when the sheet ends; by default the alert object's own
     /// alertDidEnd. Returns the return code when waiting, else -1; -1 as well, with a
     /// line on the console, when the delegate has no such method.
-    static qint64 alertSheetWithMessageText(const QString &messageText,
-                                            const QString &defaultButton,
-                                            const QString &alternateButton,
-                                            const QString &otherButton,
-                                            const QString &informativeText,
-                                            QObject *parentWindow, QObject *delegate,
-                                            const char *didEndSelector, bool block,
-                                            QFAlert *alertObject,
-                                            const QString &suppressionBinding = QString());
+    static qint64
+    alertSheetWithMessageText(const QString &messageText, const QString &defaultButton,
+                              const QString &alternateButton, const QString &otherButton,
+                              const QString &informativeText, QObject *parentWindow,
+                              QObject *delegate, const char *didEndSelector, bool block,
+                              QFAlert *alertObject, const QString &suppressionBinding = QString());
     /// Waits for the user, or answers 1 by itself after interval seconds.
     static qint64 timedAlertSheetWithMessageText(const QString &messageText,
                                                  const QString &defaultButton,

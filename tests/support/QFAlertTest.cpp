@@ -82,15 +82,15 @@ TEST(Alert, EachFormShowsItsTextsAndGivesTheButtonsCode)
     Delegate delegate;
     QFAlert alert;
     EXPECT_EQ(QFAlert::alertSheetWithMessageText(u"m"_qs, QString(), QString(), QString(),
-                                                 QString(), nullptr, &delegate, "sheetEnded",
-                                                 false, &alert, u"dontAskAgain"_qs),
+                                                 QString(), nullptr, &delegate, "sheetEnded", false,
+                                                 &alert, u"dontAskAgain"_qs),
               QFAlert::notWaited);
     EXPECT_EQ(delegate.ended, QFAlert::alternateReturn);
     EXPECT_EQ(presenter.shown.last().suppressionBinding, u"dontAskAgain"_qs);
     // A delegate without the end method: nothing is shown.
     EXPECT_EQ(QFAlert::alertSheetWithMessageText(u"m"_qs, QString(), QString(), QString(),
-                                                 QString(), nullptr, &delegate, "missing",
-                                                 true, nullptr),
+                                                 QString(), nullptr, &delegate, "missing", true,
+                                                 nullptr),
               QFAlert::notWaited);
     EXPECT_EQ(presenter.shown.size(), 3);
 }
@@ -102,9 +102,8 @@ TEST(Alert, AWaitingCallReturnsOnlyOnceAnsweredAndAWindowWithASheetIsLeftOut)
     QObject window;
     presenter.windowWithSheet = &window;
     std::atomic<qint64> code = 99;
-    std::thread caller([&] {
-        code = QFAlert::alertSheetWithMessageText(u"m"_qs, u"i"_qs, &window);
-    });
+    std::thread caller(
+        [&] { code = QFAlert::alertSheetWithMessageText(u"m"_qs, u"i"_qs, &window); });
     while (presenter.shownCount() == 0)
         std::this_thread::sleep_for(1ms);
     std::this_thread::sleep_for(300ms);

@@ -1,0 +1,256 @@
+#include "AppController.h"
+
+#include "MyDocument.h"
+#include "WebAddresses.h"
+#include "ui_Preferences.h"
+
+#include "diagnostics/QFLog.h"
+#include "import/UserTextEscaping.h"
+#include "support/QFUserDefaults.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QDesktopServices>
+#include <QDialog>
+#include <QFileOpenEvent>
+#include <QFileDialog>
+#include <QFileInfo>
+#include <QKeySequence>
+#include <QLineEdit>
+#include <QMenuBar>
+#include <QMessageBox>
+#include <QStandardPaths>
+#include <QTimer>
+
+AppController::AppController(QObject *parent) : QObject(parent)
+{
+    QFLog::createNewLog();
+    QFUserDefaults::standardUserDefaults().registerDefaults(
+        {{QStringLiteral("SUCheckAtStartup"), true}, {QStringLiteral("offsetValue"), 0}});
+    UserTextEscaping::registerDefaults(); // "stripWhitespace"
+    QFAlert::setPresenter(&m_alerts);
+    QApplication::setQuitOnLastWindowClosed(false);
+    qApp->installEventFilter(this);
+}
+
+bool AppController::eventFilter(QObject *watched, QEvent *event)
+{
+    if (event->type() == QEvent::FileOpen) {
+        openFiles({static_cast<QFileOpenEvent *>(event)->file()});
+        return true;
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+AppController::~AppController()
+{
+    for (const QPointer<MyDocument> &document : std::as_const(m_documents))
+        delete document.data();
+    QFAlert::setPresenter(nullptr);
+}
+
+void AppController::applicationDidFinishLaunching(const QStringList &files)
+{
+    if (files.isEmpty())
+        QTimer::singleShot(0, this, &AppController::performStartupAction);
+    else
+        openFiles(files);
+    QTimer::singleShot(1000, this, [this] {
+        if (!QApplication::activeWindow() && !QApplication::activeModalWidget() &&
+            !m_panelShown && documents().isEmpty())
+            performStartupAction();
+    });
+}
+
+void AppController::performStartupAction()
+{
+    openFile();
+}
+
+void AppController::openFile()
+{
+    QFileDialog panel(nullptr, QStringLiteral("Browse for a Final Cut Pro marker list"));
+    panel.setWindowModality(Qt::ApplicationModal);
+    panel.setFileMode(QFileDialog::ExistingFiles);
+    panel.setNameFilter(QStringLiteral("Marker lists (*.txt)"));
+    panel.setDirectory(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
+    m_panelShown = true;
+    const bool chosen = panel.exec() == QDialog::Accepted;
+    m_panelShown = false;
+    if (chosen)
+        openFiles(panel.selectedFiles());
+    documentsDidChange();
+}
+
+void AppController::openFiles(const QStringList &paths)
+{
+    for (const QString &path : paths) {
+        if (!QFileInfo(path).isFile())
+            continue;
+        auto *document = new MyDocument(QFileInfo(path).absoluteFilePath());
+        populateMenus(document->menuBar());
+        m_documents.append(document);
+        connect(document, &QObject::destroyed, this, [this] {
+            m_documents.removeAll(nullptr);
+            documentsDidChange();
+        });
+    }
+    emit documentsChanged();
+}
+
+QList<MyDocument *> AppController::documents() const
+{
+    QList<MyDocument *> open;
+    for (const QPointer<MyDocument> &document : m_documents)
+        if (document)
+            open.append(document);
+    return open;
+}
+
+void AppController::documentsDidChange()
+{
+    emit documentsChanged();
+    bool quitsWithoutWindows = m_quitting;
+#ifndef Q_OS_MACOS
+    quitsWithoutWindows = true;
+#endif
+    if (quitsWithoutWindows && documents().isEmpty() && !m_panelShown)
+        QTimer::singleShot(0, this, [this] {
+            if (documents().isEmpty() && !m_panelShown)
+                QApplication::quit();
+        });
+}
+
+// ---- menus -----------------------------------------------------------------------------
+
+void AppController::populateMenus(QMenuBar *bar)
+{
+    QMenu *file = bar->addMenu(QStringLiteral("&File"));
+    file->addAction(QStringLiteral("&Open Marker List…"), QKeySequence::Open, this,
+                    &AppController::openFile);
+    file->addAction(QStringLiteral("&Close"), QKeySequence::Close, this, [] {
+        if (QWidget *window = QApplication::activeWindow())
+            window->close();
+    });
+    file->addSeparator();
+    // Windows whose import still runs go once it has ended; then the application quits.
+    QAction *quit = file->addAction(QStringLiteral("&Quit Cuebridge"), QKeySequence::Quit, this,
+                                    [this] {
+                                        m_quitting = true;
+                                        QApplication::closeAllWindows();
+                                        documentsDidChange();
+                                    });
+    quit->setMenuRole(QAction::QuitRole);
+
+    QMenu *edit = bar->addMenu(QStringLiteral("&Edit"));
+    const auto onLineEdit = [](void (QLineEdit::*action)()) {
+        return [action] {
+            if (auto *field = qobject_cast<QLineEdit *>(QApplication::focusWidget()))
+                (field->*action)();
+        };
+    };
+    edit->addAction(QStringLiteral("Cu&t"), QKeySequence::Cut, this, onLineEdit(&QLineEdit::cut));
+    edit->addAction(QStringLiteral("&Copy"), QKeySequence::Copy, this, [] {
+        if (auto *field = qobject_cast<QLineEdit *>(QApplication::focusWidget()))
+            field->copy();
+    });
+    edit->addAction(QStringLiteral("&Paste"), QKeySequence::Paste, this,
+                    onLineEdit(&QLineEdit::paste));
+    edit->addAction(QStringLiteral("Select &All"), QKeySequence::SelectAll, this,
+                    onLineEdit(&QLineEdit::selectAll));
+    edit->addSeparator();
+    QAction *prefs = edit->addAction(QStringLiteral("Pr&eferences…"), QKeySequence::Preferences,
+                                     this, &AppController::showPrefs);
+    prefs->setMenuRole(QAction::PreferencesRole);
+
+    QMenu *window = bar->addMenu(QStringLiteral("&Window"));
+    window->addAction(QStringLiteral("&Minimize"), QKeySequence(Qt::CTRL | Qt::Key_M), this, [] {
+        if (QWidget *active = QApplication::activeWindow())
+            active->showMinimized();
+    });
+    connect(window, &QMenu::aboutToShow, window, [this, window] {
+        // The open documents, the active one checked.
+        const QList<QAction *> actions = window->actions();
+        for (qsizetype i = 1; i < actions.size(); ++i)
+            window->removeAction(actions.at(i));
+        window->addSeparator();
+        for (MyDocument *document : documents()) {
+            QAction *item = window->addAction(document->windowTitle(), document, [document] {
+                document->showNormal();
+                document->raise();
+                document->activateWindow();
+            });
+            item->setCheckable(true);
+            item->setChecked(document->isActiveWindow());
+        }
+    });
+
+    const QString version = QCoreApplication::applicationVersion();
+    QMenu *help = bar->addMenu(QStringLiteral("&Help"));
+    help->addAction(QStringLiteral("Cuebridge User Manual"), this, &AppController::userManual);
+    help->addSeparator();
+    help->addAction(QStringLiteral("Report a Bug…"), this, &AppController::bugReportHome);
+    help->addAction(QStringLiteral("Request a Feature…"), this, &AppController::featureRequestHome);
+    help->addAction(QStringLiteral("Cuebridge Support"), this, &AppController::supportHome);
+    help->addSeparator();
+    help->addAction(QStringLiteral("Quillfen Home Page"), this, &AppController::qfHome);
+    help->addAction(QStringLiteral("More Tools from Quillfen"), this,
+                    &AppController::otherProductsHome);
+    QAction *about = help->addAction(QStringLiteral("About Cuebridge"), this, [version] {
+        QMessageBox::about(QApplication::activeWindow(), QStringLiteral("About Cuebridge"),
+                           QStringLiteral("<b>Cuebridge %1</b><p>Marker lists onto Final Cut Pro "
+                                          "timelines.</p><p>© Quillfen</p>")
+                               .arg(version));
+    });
+    about->setMenuRole(QAction::AboutRole);
+}
+
+void AppController::showPrefs()
+{
+    if (!m_windowPrefs) {
+        m_windowPrefs = new QDialog;
+        m_windowPrefs->setAttribute(Qt::WA_DeleteOnClose);
+        Ui::Preferences form;
+        form.setupUi(m_windowPrefs);
+        // Usage statistics are sent only with the user's consent, and nothing is sent
+        // yet: the box stays off until the statistics service is part of the application.
+        form.qcLoggingCheck->setChecked(false);
+        form.qcLoggingCheck->setEnabled(false);
+    }
+    m_windowPrefs->show();
+    m_windowPrefs->raise();
+    m_windowPrefs->activateWindow();
+}
+
+// ---- the maker's web pages -------------------------------------------------------------
+
+void AppController::userManual()
+{
+    QDesktopServices::openUrl(WebAddresses::userManual());
+}
+
+void AppController::bugReportHome()
+{
+    QDesktopServices::openUrl(WebAddresses::bugReport(QCoreApplication::applicationVersion()));
+}
+
+void AppController::featureRequestHome()
+{
+    QDesktopServices::openUrl(
+        WebAddresses::featureRequest(QCoreApplication::applicationVersion()));
+}
+
+void AppController::supportHome()
+{
+    QDesktopServices::openUrl(WebAddresses::support());
+}
+
+void AppController::qfHome()
+{
+    QDesktopServices::openUrl(WebAddresses::home());
+}
+
+void AppController::otherProductsHome()
+{
+    QDesktopServices::openUrl(WebAddresses::otherProducts());
+}

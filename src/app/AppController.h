@@ -1,0 +1,64 @@
+#pragma once
+
+#include "AlertSheetPresenter.h"
+
+#include <QList>
+#include <QObject>
+#include <QPointer>
+#include <QStringList>
+
+class MyDocument;
+class QDialog;
+class QMenuBar;
+
+/// The application: start-up, the marker-list panel, the open documents, the menus,
+/// the preferences window and the maker's web pages. The application never makes an
+/// untitled document: it asks for marker lists instead.
+class AppController : public QObject
+{
+    Q_OBJECT
+
+public:
+    /// Starts the log, registers the default preferences and installs the alert sheets.
+    explicit AppController(QObject *parent = nullptr);
+    ~AppController() override;
+
+    /// After launch: opens the files given, in their order, or else the marker-list
+    /// panel; one second later the panel again if no window is active.
+    void applicationDidFinishLaunching(const QStringList &files);
+    /// The marker-list panel, application-modal; each chosen list opens as a document.
+    void openFile();
+    /// Opens each marker list as a document, in the given order.
+    void openFiles(const QStringList &paths);
+    QList<MyDocument *> documents() const;
+
+    /// The menus of a document window (on macOS they become the application's).
+    void populateMenus(QMenuBar *bar);
+    void showPrefs();
+
+    void userManual();
+    void bugReportHome();
+    void featureRequestHome();
+    void supportHome();
+    void qfHome();
+    void otherProductsHome();
+
+signals:
+    void documentsChanged();
+
+protected:
+    /// Marker lists opened from the desktop (macOS sends them as events).
+    bool eventFilter(QObject *watched, QEvent *event) override;
+
+private:
+    void performStartupAction();
+    /// Where the application stands once the documents change: on Linux, with no
+    /// window left, it quits (there is no menu bar without a window).
+    void documentsDidChange();
+
+    AlertSheetPresenter m_alerts;
+    QList<QPointer<MyDocument>> m_documents;
+    QPointer<QDialog> m_windowPrefs;
+    bool m_panelShown = false;
+    bool m_quitting = false;
+};

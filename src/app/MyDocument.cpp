@@ -1,0 +1,264 @@
+#include "MyDocument.h"
+
+#include "ui_MyDocument.h"
+
+#include "AlertSheetPresenter.h"
+
+#include "fcp7link/QFAppleEvents.h"
+#include "support/QFAlert.h"
+#include "support/QFMainThread.h"
+#include "support/QFUserDefaults.h"
+#include "time/QFNumberReader.h"
+
+#include <QCloseEvent>
+#include <QFileDialog>
+#include <QFileIconProvider>
+#include <QFileInfo>
+#include <QIcon>
+
+namespace {
+
+const QString lastProjectKey = QStringLiteral("lastProject");
+const QString offsetValueKey = QStringLiteral("offsetValue");
+
+QIcon imageNamed(SequenceItem::Image image)
+{
+    switch (image) {
+    case SequenceItem::Image::Sequence:
+        return QIcon(QStringLiteral(":/images/sequence.png"));
+    case SequenceItem::Image::FCPXEvent:
+        return QIcon(QStringLiteral(":/images/fcpx_event.png"));
+    case SequenceItem::Image::None:
+        break;
+    }
+    return QIcon();
+}
+
+} // namespace
+
+MyDocument::MyDocument(const QString &markerListPath, QWidget *parent)
+    : QMainWindow(parent), ui(std::make_unique<Ui::MyDocument>()),
+      m_markerListPath(markerListPath), m_session(*this)
+{
+    ui->setupUi(this);
+    setAttribute(Qt::WA_DeleteOnClose);
+    const QString name = QFileInfo(markerListPath).fileName();
+    setWindowTitle(name);
+    setWindowFilePath(markerListPath);
+    ui->markerListLabel->setText(QStringLiteral("Markers from %1").arg(name));
+    for (QWidget *spinner : {static_cast<QWidget *>(ui->loadSpinner),
+                             static_cast<QWidget *>(ui->processSpinner)}) {
+        QSizePolicy policy = spinner->sizePolicy();
+        policy.setRetainSizeWhenHidden(true); // the layout does not jump when one starts
+        spinner->setSizePolicy(policy);
+        spinner->hide();
+    }
+    ui->projectTable->setColumnCount(1);
+    ui->projectTable->setIconSize(QSize(16, 16));
+    ui->projectTableLabel->hide();
+    ui->projectTable->hide();
+    ui->frameOffsetText->setText(
+        QString::number(QFUserDefaults::standardUserDefaults().integerForKey(offsetValueKey)));
+    ui->todoMarkerCheck->setEnabled(false);
+    disableUI();
+
+    connect(ui->browseButton, &QPushButton::clicked, this, &MyDocument::openProjectFile);
+    connect(ui->sequenceReloadBtn, &QPushButton::clicked, this, &MyDocument::reloadSequences);
+    connect(ui->sendToFCPBtn, &QPushButton::clicked, this, &MyDocument::sendToFCP);
+    connect(ui->frameOffsetText, &QLineEdit::editingFinished, this, [this] {
+        QFUserDefaults::standardUserDefaults().setObject(
+            QFNumberReader::leadingInteger(ui->frameOffsetText->text()), offsetValueKey);
+    });
+    connect(ui->projectTable, &QTableWidget::cellDoubleClicked, this, [this](int row, int) {
+        openFilename(m_projectArray.value(row));
+    });
+    connect(&m_session, &ImportSession::idle, this, [this] {
+        if (m_closing && !m_session.isBusy()) // not the end of an earlier run
+            deleteLater();
+    });
+
+    windowControllerDidLoadNib();
+}
+
+MyDocument::~MyDocument()
+{
+    // The workers wait for the main thread to change the window; serve them.
+    while (m_session.isBusy())
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
+}
+
+void MyDocument::windowControllerDidLoadNib()
+{
+    populateFinalCutProProjects();
+    show();
+    raise();
+    activateWindow();
+    const QString last = QFUserDefaults::standardUserDefaults().stringForKey(lastProjectKey);
+    if (!last.isEmpty() && QFileInfo::exists(last)) {
+        ui->projectPathText->setText(last);
+        openFilename(last);
+    } else {
+        openProjectFile();
+    }
+}
+
+// ---- actions -------------------------------------------------------------------------
+
+void MyDocument::openProjectFile()
+{
+    auto *panel = new QFileDialog(this, QStringLiteral("Browse for an FCP 7 or FCPX XML file."));
+    panel->setAttribute(Qt::WA_DeleteOnClose);
+    panel->setWindowModality(Qt::WindowModal);
+    panel->setFileMode(QFileDialog::ExistingFile);
+    panel->setNameFilters({QStringLiteral("Final Cut Pro projects and XML (*.fcp *.fcpxml "
+                                          "*.fcpxmld *.xml)"),
+                           QStringLiteral("All files (*)")});
+    const QString last = QFUserDefaults::standardUserDefaults().stringForKey(lastProjectKey);
+    if (!last.isEmpty())
+        panel->setDirectory(QFileInfo(last).absolutePath());
+    // An FCPXML bundle is a folder here: entering it chooses it.
+    connect(panel, &QFileDialog::directoryEntered, panel, [this, panel](const QString &folder) {
+        if (folder.endsWith(QStringLiteral(".fcpxmld"), Qt::CaseInsensitive)) {
+            panel->close();
+            openFilename(folder);
+        }
+    });
+    connect(panel, &QFileDialog::fileSelected, this, &MyDocument::openFilename);
+    panel->open();
+}
+
+void MyDocument::openFilename(const QString &path)
+{
+    if (path.isEmpty() || !QFileInfo::exists(path))
+        return;
+    QFUserDefaults::standardUserDefaults().setObject(path, lastProjectKey);
+    m_session.openFilename(path);
+}
+
+void MyDocument::reloadSequences()
+{
+    m_session.reloadSequences();
+}
+
+ImportOptions MyDocument::options() const
+{
+    ImportOptions options;
+    options.clearExistingMarkers = ui->clearMarkerCheck->isChecked();
+    options.frameOffset = QFNumberReader::leadingInteger(ui->frameOffsetText->text());
+    options.frameOffsetUnitIndex = ui->offsetUnitPopUp->currentIndex();
+    options.todoMarkersEnabled = ui->todoMarkerCheck->isChecked();
+    return options;
+}
+
+void MyDocument::sendToFCP()
+{
+    if (ui->projectPathText->text().isEmpty())
+        return;
+    const int index = ui->sequencePopUp->currentIndex();
+    m_session.chooseItem(index >= 0 && index < m_popUpItems.size()
+                             ? std::optional(m_popUpItems.at(index))
+                             : std::nullopt);
+    m_session.sendToFCP(options());
+}
+
+void MyDocument::populateFinalCutProProjects()
+{
+    if (!QFAppleEvents::isFCPRunning())
+        return;
+    setLoadSpinnerRunning(true);
+    m_projectArray = QFAppleEvents::listOfOpenFCPProjects().value_or(QStringList());
+    setLoadSpinnerRunning(false);
+    performOnMainThreadAndWait([this] {
+        QFileIconProvider icons;
+        ui->projectTable->setRowCount(int(m_projectArray.size()));
+        for (int row = 0; row < m_projectArray.size(); ++row) {
+            const QString path = m_projectArray.at(row);
+            ui->projectTable->setItem(
+                row, 0, new QTableWidgetItem(icons.icon(QFileInfo(path)), path));
+        }
+        ui->projectTableLabel->setVisible(!m_projectArray.isEmpty());
+        ui->projectTable->setVisible(!m_projectArray.isEmpty());
+    });
+}
+
+// ---- the window, for the session -------------------------------------------------------
+
+void MyDocument::setProjectPath(const QString &path)
+{
+    performOnMainThreadAndWait([this, path] { ui->projectPathText->setText(path); });
+}
+
+void MyDocument::setLoadSpinnerRunning(bool running)
+{
+    performOnMainThreadAndWait([this, running] { ui->loadSpinner->setVisible(running); });
+}
+
+void MyDocument::setProcessSpinnerRunning(bool running)
+{
+    performOnMainThreadAndWait([this, running] { ui->processSpinner->setVisible(running); });
+}
+
+void MyDocument::disableUI()
+{
+    performOnMainThreadAndWait([this] {
+        ui->sequencePopUp->clear();
+        m_popUpItems.clear();
+        for (QWidget *control :
+             {static_cast<QWidget *>(ui->sendToFCPBtn), static_cast<QWidget *>(ui->sequencePopUp),
+              static_cast<QWidget *>(ui->clearMarkerCheck),
+              static_cast<QWidget *>(ui->frameOffsetText),
+              static_cast<QWidget *>(ui->offsetUnitPopUp),
+              static_cast<QWidget *>(ui->sequenceReloadBtn)})
+            control->setEnabled(false);
+    });
+}
+
+void MyDocument::enableUI(bool sequencePopUpEnabled)
+{
+    performOnMainThreadAndWait([this, sequencePopUpEnabled] {
+        for (QWidget *control :
+             {static_cast<QWidget *>(ui->sendToFCPBtn),
+              static_cast<QWidget *>(ui->clearMarkerCheck),
+              static_cast<QWidget *>(ui->frameOffsetText),
+              static_cast<QWidget *>(ui->offsetUnitPopUp),
+              static_cast<QWidget *>(ui->sequenceReloadBtn)})
+            control->setEnabled(true);
+        ui->sequencePopUp->setEnabled(sequencePopUpEnabled);
+    });
+}
+
+void MyDocument::addItemToSequencePopUp(const SequenceItem &item)
+{
+    performOnMainThreadAndWait([this, item] {
+        // A reload during a discovery runs both; each clears the menu as it starts, and
+        // the items the earlier run still adds are not listed twice.
+        if (m_popUpItems.contains(item))
+            return;
+        ui->sequencePopUp->addItem(imageNamed(item.image), item.title, item.representedObject);
+        m_popUpItems.append(item);
+    });
+}
+
+void MyDocument::setToDoMarkerCheckEnabled(bool enabled)
+{
+    performOnMainThreadAndWait([this, enabled] { ui->todoMarkerCheck->setEnabled(enabled); });
+}
+
+void MyDocument::showAlert(const ImportOutcome &outcome)
+{
+    QFAlert::alertSheetWithMessageText(
+        outcome.messageText, outcome.informativeText,
+        outcome.alertParent == ImportOutcome::AlertParent::DocumentWindow ? this : nullptr);
+}
+
+void MyDocument::closeEvent(QCloseEvent *event)
+{
+    if (!m_session.isBusy()) {
+        event->accept();
+        return;
+    }
+    event->ignore();
+    m_closing = true;
+    AlertSheetPresenter::detachSheets(this);
+    hide();
+}

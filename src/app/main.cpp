@@ -1,0 +1,44 @@
+// Cuebridge: marker lists onto Final Cut Pro timelines.
+
+#include "AppController.h"
+
+#include "support/QFUserDefaults.h"
+
+#include <QApplication>
+#include <QCommandLineParser>
+#include <QFileInfo>
+#include <QIcon>
+
+int main(int argc, char *argv[])
+{
+    QApplication app(argc, argv);
+    QApplication::setOrganizationName(QStringLiteral("Quillfen"));
+    QApplication::setApplicationName(QStringLiteral("Cuebridge"));
+    QApplication::setApplicationVersion(QStringLiteral(CUEBRIDGE_VERSION));
+    QApplication::setDesktopFileName(QStringLiteral("com.quillfen.Cuebridge"));
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/images/cuebridge.png")));
+
+    QCommandLineParser parser;
+    parser.setApplicationDescription(QStringLiteral("Imports marker lists into Final Cut Pro "
+                                                    "timelines."));
+    parser.addHelpOption();
+    parser.addVersionOption();
+    const QCommandLineOption target(
+        QStringLiteral("target"),
+        QStringLiteral("The timeline the marker lists go into: an FCP 7 XML file, an FCPXML file "
+                       "or bundle."),
+        QStringLiteral("path"));
+    parser.addOption(target);
+    parser.addPositionalArgument(QStringLiteral("lists"),
+                                 QStringLiteral("Marker lists to open, each in a window."),
+                                 QStringLiteral("[lists…]"));
+    parser.process(app);
+
+    AppController controller;
+    // A new window adopts the last target, so the one given becomes the last.
+    if (parser.isSet(target))
+        QFUserDefaults::standardUserDefaults().setObject(
+            QFileInfo(parser.value(target)).absoluteFilePath(), QStringLiteral("lastProject"));
+    controller.applicationDidFinishLaunching(parser.positionalArguments());
+    return app.exec();
+}

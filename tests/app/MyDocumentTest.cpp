@@ -1,0 +1,256 @@
+// The window as an editor uses it: documents open, targets are adopted and listed, the
+// options become the settings, imports end with their alert sheet.
+
+#include "AlertSheetPresenter.h"
+#include "AppController.h"
+#include "MyDocument.h"
+
+#include "support/QFUserDefaults.h"
+
+#include "QtPrinters.h"
+#include "TempHome.h"
+
+#include <gtest/gtest.h>
+
+#include <QApplication>
+#include <QCheckBox>
+#include <QComboBox>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFileDialog>
+#include <QLineEdit>
+#include <QMessageBox>
+#include <QPointer>
+#include <QPushButton>
+#include <QThread>
+#include <QTimer>
+
+namespace {
+
+const QString data = QStringLiteral(CUEBRIDGE_TEST_DATA);
+
+/// A project and, in a project of its own, a clip: the clip is listed as an event clip.
+const QByteArray projectAndClip =
+    R"(<fcpxml version="1.8"><resources><format id="r1" frameDuration="1/25s"/></resources>
+<library><event name="E"><project name="Cut"><sequence format="r1" duration="100s"><spine>
+<gap name="g" offset="0s" duration="100s"/></spine></sequence></project><project name="Clips">
+<clip name="Event clip" offset="0s" duration="100s" format="r1"><spine>
+<gap name="h" offset="0s" duration="100s"/></spine></clip></project></event></library></fcpxml>)";
+
+/// Serves events until the condition holds (ten seconds at most).
+bool waitFor(const std::function<bool()> &condition)
+{
+    QElapsedTimer timer;
+    timer.start();
+    while (!condition()) {
+        if (timer.elapsed() > 10000)
+            return false;
+        QApplication::processEvents(QEventLoop::AllEvents, 10);
+        QThread::msleep(2);
+    }
+    return true;
+}
+
+class Window : public testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        QFAlert::setPresenter(&alerts);
+        list = home.path() + QStringLiteral("/notes.txt");
+        TempHome::write(list, "#\tTrack\tName\tComment\tStart\tDuration\tColor\n"
+                              "1\tV1\tA\tc\t01:00:10:00\t00:00:01:00\tRed\n");
+    }
+    /// A copy of a file of tests/data in the home, or a file with the bytes given.
+    QString copy(const QString &name, const QByteArray &bytes = QByteArray())
+    {
+        const QString path = home.path() + u'/' + name;
+        TempHome::write(path, bytes.isNull() ? TempHome::read(data + u'/' + name) : bytes);
+        return path;
+    }
+    /// A window on the marker list whose last target is the one given.
+    MyDocument *open(const QString &target)
+    {
+        QFUserDefaults::standardUserDefaults().setObject(target, u"lastProject"_qs);
+        auto *document = new MyDocument(list);
+        windows.append(document);
+        EXPECT_TRUE(waitFor([&] { return !document->session().isBusy(); }));
+        return document;
+    }
+    static QComboBox *popUp(MyDocument *document)
+    {
+        return document->findChild<QComboBox *>(u"sequencePopUp"_qs);
+    }
+    static QMessageBox *sheet(MyDocument *document)
+    {
+        QMessageBox *box = nullptr;
+        waitFor([&] { return (box = document->findChild<QMessageBox *>()) != nullptr; });
+        return box;
+    }
+    void TearDown() override
+    {
+        for (const QPointer<MyDocument> &window : windows)
+            delete window.data();
+        QFAlert::setPresenter(nullptr);
+    }
+
+    AlertSheetPresenter alerts;
+    TempHome home;
+    QString list;
+    QList<QPointer<MyDocument>> windows;
+};
+
+struct Kind
+{
+    const char *file;
+    /// Title, represented object and whether it shows the event image, per item.
+    QList<std::tuple<QString, QString, bool>> items;
+    bool todoEnabled;
+};
+
+TEST_F(Window, DiscoveryListsEachKindOfTarget)
+{
+    const Kind kinds[] = {
+        {"project.xml", {{u"Cut 3"_qs, u"0F2D6C31-4B1E-4C55-9C3E-2A1B8F7D0001"_qs, false}}, false},
+        {"clips.fcpxml",
+         {{u"Cut"_qs, u"/fcpxml/library/event/project[1]/sequence"_qs, false},
+          {u"Event clip"_qs, u"/fcpxml/library/event/project[2]/clip"_qs, true}},
+         true},
+    };
+    for (const Kind &kind : kinds) {
+        SCOPED_TRACE(kind.file);
+        const QString file = QString::fromLatin1(kind.file);
+        MyDocument *document =
+            open(copy(file, file == u"clips.fcpxml" ? projectAndClip : QByteArray()));
+        QComboBox *items = popUp(document);
+        ASSERT_EQ(items->count(), kind.items.size());
+        for (int i = 0; i < items->count(); ++i) {
+            const auto &[title, object, event] = kind.items.at(i);
+            EXPECT_EQ(items->itemText(i), title);
+            EXPECT_EQ(items->itemData(i).toString(), object);
+            EXPECT_FALSE(items->itemIcon(i).isNull() && !kind.todoEnabled);
+            EXPECT_EQ(!items->itemIcon(i).isNull() && kind.todoEnabled, event);
+        }
+        EXPECT_TRUE(items->isEnabled());
+        EXPECT_EQ(document->findChild<QCheckBox *>(u"todoMarkerCheck"_qs)->isEnabled(),
+                  kind.todoEnabled);
+        EXPECT_EQ(document->windowTitle(), u"notes.txt"_qs);
+    }
+}
+
+TEST_F(Window, TheControlsBecomeTheSettings)
+{
+    MyDocument *document = open(copy(u"clips.fcpxml"_qs, projectAndClip));
+    ASSERT_EQ(document->session().items().size(), 2);
+    document->findChild<QLineEdit *>(u"frameOffsetText"_qs)->setText(u"12abc"_qs);
+    document->findChild<QComboBox *>(u"offsetUnitPopUp"_qs)->setCurrentIndex(3);
+    document->findChild<QCheckBox *>(u"clearMarkerCheck"_qs)->setChecked(true);
+    document->findChild<QCheckBox *>(u"todoMarkerCheck"_qs)->setChecked(true);
+    popUp(document)->setCurrentIndex(1);
+    document->session().chooseItem(document->session().items().at(1));
+
+    const ImportSettings settings = document->session().settingsFor(document->options());
+    EXPECT_EQ(settings.frameOffset, 12);
+    EXPECT_EQ(settings.frameOffsetUnitIndex, 3);
+    EXPECT_TRUE(settings.clearExistingMarkers);
+    EXPECT_EQ(settings.todoMarkersEnabled, true);
+    EXPECT_EQ(settings.sequenceXPath, u"/fcpxml/library/event/project[2]/clip"_qs);
+    EXPECT_TRUE(document->targetKind().isEvent);
+}
+
+TEST_F(Window, AnImportEndsWithItsSheetAndAReloadDuringDiscoveryListsOnce)
+{
+    const QString target = copy(u"project.xml"_qs);
+    MyDocument *document = open(target);
+    document->reloadSequences();
+    document->reloadSequences();
+    ASSERT_TRUE(waitFor([&] { return !document->session().isBusy(); }));
+    EXPECT_EQ(popUp(document)->count(), 1);
+
+    document->findChild<QPushButton *>(u"sendToFCPBtn"_qs)->click();
+    QMessageBox *box = sheet(document);
+    ASSERT_NE(box, nullptr);
+    EXPECT_EQ(box->windowModality(), Qt::WindowModal);
+    EXPECT_TRUE(box->text().contains(u"Markers successfully imported"_qs));
+    EXPECT_TRUE(document->session().isBusy()) << "the import waits for the answer";
+    box->button(QMessageBox::Ok) ? box->button(QMessageBox::Ok)->click()
+                                 : box->buttons().first()->click();
+    ASSERT_TRUE(waitFor([&] { return !document->session().isBusy(); }));
+    EXPECT_TRUE(TempHome::read(target).contains("<name>A</name>"));
+}
+
+TEST_F(Window, AWindowClosedDuringAnImportGoesOnceItEnds)
+{
+    const QString target = copy(u"sequence.xml"_qs);
+    QPointer<MyDocument> document = open(target);
+    document->sendToFCP();
+    document->close();
+    ASSERT_FALSE(document.isNull()) << "closed while the import ran";
+    EXPECT_FALSE(document->isVisible());
+    // The alert is shown free-standing, the window being gone.
+    QMessageBox *box = nullptr;
+    ASSERT_TRUE(waitFor([&] {
+        box = qobject_cast<QMessageBox *>(QApplication::activeModalWidget());
+        return box && box->isVisible();
+    }));
+    EXPECT_EQ(box->parent(), nullptr);
+    box->buttons().first()->click();
+    EXPECT_TRUE(waitFor([&] { return document.isNull(); }));
+    EXPECT_TRUE(TempHome::read(target).contains("<name>A</name>"));
+}
+
+TEST_F(Window, LaunchOpensTheFilesGivenOrAsksForMarkerLists)
+{
+    QFUserDefaults::standardUserDefaults().setObject(copy(u"project.xml"_qs), u"lastProject"_qs);
+    const QString second = home.path() + u"/second.txt"_qs;
+    TempHome::write(second, TempHome::read(list));
+    {
+        AppController controller;
+        controller.applicationDidFinishLaunching({second, list});
+        ASSERT_EQ(controller.documents().size(), 2);
+        EXPECT_EQ(controller.documents()[0]->markerListPath(), second);
+        EXPECT_EQ(controller.documents()[1]->markerListPath(), list);
+        for (MyDocument *document : controller.documents())
+            waitFor([&] { return !document->session().isBusy(); });
+    }
+    // The panel runs modally: the user's answer comes from a timer.
+    QString title;
+    QFileDialog::FileMode mode = QFileDialog::AnyFile;
+    QTimer user;
+    QObject::connect(&user, &QTimer::timeout, [&] {
+        auto *panel = qobject_cast<QFileDialog *>(QApplication::activeModalWidget());
+        if (!panel)
+            return;
+        user.stop();
+        title = panel->windowTitle();
+        mode = panel->fileMode();
+        panel->setDirectory(home.path());
+        // Both typed into the panel's name field, as a user picking two does.
+        panel->findChild<QLineEdit *>(u"fileNameEdit"_qs)
+            ->setText(u"\"notes.txt\" \"second.txt\""_qs);
+        QMetaObject::invokeMethod(panel, "accept");
+    });
+    user.start(20);
+    AppController controller;
+    controller.applicationDidFinishLaunching({});
+    ASSERT_TRUE(waitFor([&] { return controller.documents().size() == 2; }));
+    EXPECT_EQ(title, u"Browse for a Final Cut Pro marker list"_qs);
+    EXPECT_EQ(mode, QFileDialog::ExistingFiles);
+    EXPECT_EQ(QDir(home.path()).relativeFilePath(controller.documents()[0]->markerListPath()),
+              u"notes.txt"_qs);
+    for (MyDocument *document : controller.documents())
+        waitFor([&] { return !document->session().isBusy(); });
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    QApplication app(argc, argv);
+    QApplication::setOrganizationName(u"Quillfen"_qs);
+    QApplication::setApplicationName(u"CuebridgeTests"_qs);
+    testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}

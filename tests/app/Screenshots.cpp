@@ -1,0 +1,96 @@
+// Screenshots of the document window for the README, made under Xvfb by
+// scripts/screenshots: the window with the example's sequences listed, then with the
+// alert of a finished import on it.
+//
+//   cuebridge-screenshots MARKER_LIST TARGET OUTPUT_FOLDER
+
+#include "AppController.h"
+#include "MyDocument.h"
+
+#include "support/QFUserDefaults.h"
+
+#include <QApplication>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFileInfo>
+#include <QGuiApplication>
+#include <QIcon>
+#include <QMessageBox>
+#include <QScreen>
+#include <QTemporaryDir>
+#include <QThread>
+#include <QTimer>
+
+#include <cstdio>
+#include <functional>
+
+namespace {
+
+/// Serves events until the condition holds; false after ten seconds.
+bool waitFor(const std::function<bool()> &condition)
+{
+    QElapsedTimer timer;
+    timer.start();
+    while (!condition()) {
+        if (timer.elapsed() > 10000)
+            return false;
+        QApplication::processEvents(QEventLoop::AllEvents, 20);
+        QThread::msleep(5);
+    }
+    return true;
+}
+
+/// The screen around the window (and its sheet), a margin included.
+bool shoot(const QWidget &window, const QString &path)
+{
+    QApplication::processEvents();
+    QThread::msleep(300);
+    QApplication::processEvents();
+    const QRect frame = window.frameGeometry().adjusted(-24, -24, 24, 24);
+    const QPixmap shot = QGuiApplication::primaryScreen()->grabWindow(
+        0, frame.x(), frame.y(), frame.width(), frame.height());
+    return shot.save(path);
+}
+
+} // namespace
+
+int main(int argc, char *argv[])
+{
+    QApplication app(argc, argv);
+    QApplication::setOrganizationName(QStringLiteral("Quillfen"));
+    QApplication::setApplicationName(QStringLiteral("Cuebridge"));
+    QApplication::setWindowIcon(QIcon(QStringLiteral(":/images/cuebridge.png")));
+    if (argc != 4) {
+        std::fputs("usage: cuebridge-screenshots MARKER_LIST TARGET OUTPUT_FOLDER\n", stderr);
+        return 64;
+    }
+    const QString markerList = QFileInfo(QString::fromLocal8Bit(argv[1])).absoluteFilePath();
+    const QString output = QString::fromLocal8Bit(argv[3]);
+    QDir().mkpath(output);
+    // The target is imported into a copy, so that the example stays as it is.
+    QTemporaryDir work;
+    const QString target = work.filePath(QFileInfo(QString::fromLocal8Bit(argv[2])).fileName());
+    QFile::copy(QString::fromLocal8Bit(argv[2]), target);
+    QFUserDefaults::standardUserDefaults().setObject(target, QStringLiteral("lastProject"));
+
+    AppController controller;
+    controller.openFiles({markerList});
+    MyDocument *document = controller.documents().value(0);
+    if (!document)
+        return 1;
+    document->move(60, 40);
+    if (!waitFor([&] { return !document->session().items().isEmpty(); }))
+        return 2;
+    if (!shoot(*document, output + QStringLiteral("/window.png")))
+        return 3;
+
+    document->sendToFCP();
+    QMessageBox *sheet = nullptr;
+    if (!waitFor([&] { return (sheet = document->findChild<QMessageBox *>()) != nullptr; }))
+        return 4;
+    if (!shoot(*document, output + QStringLiteral("/imported.png")))
+        return 5;
+    sheet->accept();
+    waitFor([&] { return !document->session().isBusy(); });
+    return 0;
+}
