@@ -40,14 +40,14 @@ QObject *AlertSheetPresenter::show(const Content &content, QObject *window,
     QPushButton *defaultButton = box->addButton(
         content.defaultButtonTitle.isNull() ? QStringLiteral("OK") : content.defaultButtonTitle,
         QMessageBox::AcceptRole);
-    QPushButton *alternate = content.alternateButtonTitle.isNull()
-                                 ? nullptr
-                                 : box->addButton(content.alternateButtonTitle,
-                                                  QMessageBox::RejectRole);
-    QPushButton *other = content.otherButtonTitle.isNull()
-                             ? nullptr
-                             : box->addButton(content.otherButtonTitle,
-                                              QMessageBox::DestructiveRole);
+    QPushButton *alternate =
+        content.alternateButtonTitle.isNull()
+            ? nullptr
+            : box->addButton(content.alternateButtonTitle, QMessageBox::RejectRole);
+    QPushButton *other =
+        content.otherButtonTitle.isNull()
+            ? nullptr
+            : box->addButton(content.otherButtonTitle, QMessageBox::DestructiveRole);
     box->setDefaultButton(defaultButton);
     box->setEscapeButton(alternate ? alternate : defaultButton);
 

@@ -12,9 +12,9 @@
 #include <QApplication>
 #include <QDesktopServices>
 #include <QDialog>
-#include <QFileOpenEvent>
 #include <QFileDialog>
 #include <QFileInfo>
+#include <QFileOpenEvent>
 #include <QKeySequence>
 #include <QLineEdit>
 #include <QMenuBar>
@@ -56,8 +56,8 @@ void AppController::applicationDidFinishLaunching(const QStringList &files)
     else
         openFiles(files);
     QTimer::singleShot(1000, this, [this] {
-        if (!QApplication::activeWindow() && !QApplication::activeModalWidget() &&
-            !m_panelShown && documents().isEmpty())
+        if (!QApplication::activeWindow() && !QApplication::activeModalWidget() && !m_panelShown &&
+            documents().isEmpty())
             performStartupAction();
     });
 }
@@ -134,12 +134,12 @@ void AppController::populateMenus(QMenuBar *bar)
     });
     file->addSeparator();
     // Windows whose import still runs go once it has ended; then the application quits.
-    QAction *quit = file->addAction(QStringLiteral("&Quit Cuebridge"), QKeySequence::Quit, this,
-                                    [this] {
-                                        m_quitting = true;
-                                        QApplication::closeAllWindows();
-                                        documentsDidChange();
-                                    });
+    QAction *quit =
+        file->addAction(QStringLiteral("&Quit Cuebridge"), QKeySequence::Quit, this, [this] {
+            m_quitting = true;
+            QApplication::closeAllWindows();
+            documentsDidChange();
+        });
     quit->setMenuRole(QAction::QuitRole);
 
     QMenu *edit = bar->addMenu(QStringLiteral("&Edit"));
@@ -236,8 +236,7 @@ void AppController::bugReportHome()
 
 void AppController::featureRequestHome()
 {
-    QDesktopServices::openUrl(
-        WebAddresses::featureRequest(QCoreApplication::applicationVersion()));
+    QDesktopServices::openUrl(WebAddresses::featureRequest(QCoreApplication::applicationVersion()));
 }
 
 void AppController::supportHome()

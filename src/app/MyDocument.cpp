@@ -37,8 +37,8 @@ QIcon imageNamed(SequenceItem::Image image)
 } // namespace
 
 MyDocument::MyDocument(const QString &markerListPath, QWidget *parent)
-    : QMainWindow(parent), ui(std::make_unique<Ui::MyDocument>()),
-      m_markerListPath(markerListPath), m_session(*this)
+    : QMainWindow(parent), ui(std::make_unique<Ui::MyDocument>()), m_markerListPath(markerListPath),
+      m_session(*this)
 {
     ui->setupUi(this);
     setAttribute(Qt::WA_DeleteOnClose);
@@ -46,8 +46,8 @@ MyDocument::MyDocument(const QString &markerListPath, QWidget *parent)
     setWindowTitle(name);
     setWindowFilePath(markerListPath);
     ui->markerListLabel->setText(QStringLiteral("Markers from %1").arg(name));
-    for (QWidget *spinner : {static_cast<QWidget *>(ui->loadSpinner),
-                             static_cast<QWidget *>(ui->processSpinner)}) {
+    for (QWidget *spinner :
+         {static_cast<QWidget *>(ui->loadSpinner), static_cast<QWidget *>(ui->processSpinner)}) {
         QSizePolicy policy = spinner->sizePolicy();
         policy.setRetainSizeWhenHidden(true); // the layout does not jump when one starts
         spinner->setSizePolicy(policy);
@@ -69,9 +69,8 @@ MyDocument::MyDocument(const QString &markerListPath, QWidget *parent)
         QFUserDefaults::standardUserDefaults().setObject(
             QFNumberReader::leadingInteger(ui->frameOffsetText->text()), offsetValueKey);
     });
-    connect(ui->projectTable, &QTableWidget::cellDoubleClicked, this, [this](int row, int) {
-        openFilename(m_projectArray.value(row));
-    });
+    connect(ui->projectTable, &QTableWidget::cellDoubleClicked, this,
+            [this](int row, int) { openFilename(m_projectArray.value(row)); });
     connect(&m_session, &ImportSession::idle, this, [this] {
         if (m_closing && !m_session.isBusy()) // not the end of an earlier run
             deleteLater();
@@ -173,8 +172,8 @@ void MyDocument::populateFinalCutProProjects()
         ui->projectTable->setRowCount(int(m_projectArray.size()));
         for (int row = 0; row < m_projectArray.size(); ++row) {
             const QString path = m_projectArray.at(row);
-            ui->projectTable->setItem(
-                row, 0, new QTableWidgetItem(icons.icon(QFileInfo(path)), path));
+            ui->projectTable->setItem(row, 0,
+                                      new QTableWidgetItem(icons.icon(QFileInfo(path)), path));
         }
         ui->projectTableLabel->setVisible(!m_projectArray.isEmpty());
         ui->projectTable->setVisible(!m_projectArray.isEmpty());
@@ -216,12 +215,11 @@ void MyDocument::disableUI()
 void MyDocument::enableUI(bool sequencePopUpEnabled)
 {
     performOnMainThreadAndWait([this, sequencePopUpEnabled] {
-        for (QWidget *control :
-             {static_cast<QWidget *>(ui->sendToFCPBtn),
-              static_cast<QWidget *>(ui->clearMarkerCheck),
-              static_cast<QWidget *>(ui->frameOffsetText),
-              static_cast<QWidget *>(ui->offsetUnitPopUp),
-              static_cast<QWidget *>(ui->sequenceReloadBtn)})
+        for (QWidget *control : {static_cast<QWidget *>(ui->sendToFCPBtn),
+                                 static_cast<QWidget *>(ui->clearMarkerCheck),
+                                 static_cast<QWidget *>(ui->frameOffsetText),
+                                 static_cast<QWidget *>(ui->offsetUnitPopUp),
+                                 static_cast<QWidget *>(ui->sequenceReloadBtn)})
             control->setEnabled(true);
         ui->sequencePopUp->setEnabled(sequencePopUpEnabled);
     });

@@ -17,8 +17,8 @@ inline QUrl userManual()
 /// The bug-report and feature-request pages, told the application's version.
 inline QUrl bugReport(const QString &version)
 {
-    return QUrl(supportSite + QStringLiteral("/cuebridge/bugreport/?app=cuebridge&version=%1")
-                                  .arg(version));
+    return QUrl(supportSite +
+                QStringLiteral("/cuebridge/bugreport/?app=cuebridge&version=%1").arg(version));
 }
 inline QUrl featureRequest(const QString &version)
 {

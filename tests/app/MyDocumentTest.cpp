@@ -1,9 +1,9 @@
 // The window as an editor uses it: documents open, targets are adopted and listed, the
 // options become the settings, imports end with their alert sheet.
 
+#include "MyDocument.h"
 #include "AlertSheetPresenter.h"
 #include "AppController.h"
-#include "MyDocument.h"
 
 #include "support/QFUserDefaults.h"
 
