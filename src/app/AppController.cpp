@@ -44,8 +44,8 @@ bool AppController::eventFilter(QObject *watched, QEvent *event)
 
 AppController::~AppController()
 {
-    for (const QPointer<MyDocument> &document : std::as_const(m_documents))
-        delete document.data();
+    for (MyDocument *document : QList(m_documents))
+        delete document;
     QFAlert::setPresenter(nullptr);
 }
 
@@ -90,8 +90,9 @@ void AppController::openFiles(const QStringList &paths)
         auto *document = new MyDocument(QFileInfo(path).absoluteFilePath());
         populateMenus(document->menuBar());
         m_documents.append(document);
-        connect(document, &QObject::destroyed, this, [this] {
-            m_documents.removeAll(nullptr);
+        // Compared by address only: the object is no document any more when it says so.
+        connect(document, &QObject::destroyed, this, [this, document] {
+            m_documents.removeOne(document);
             documentsDidChange();
         });
     }
@@ -100,11 +101,7 @@ void AppController::openFiles(const QStringList &paths)
 
 QList<MyDocument *> AppController::documents() const
 {
-    QList<MyDocument *> open;
-    for (const QPointer<MyDocument> &document : m_documents)
-        if (document)
-            open.append(document);
-    return open;
+    return m_documents;
 }
 
 void AppController::documentsDidChange()

@@ -57,7 +57,7 @@ private:
     void documentsDidChange();
 
     AlertSheetPresenter m_alerts;
-    QList<QPointer<MyDocument>> m_documents;
+    QList<MyDocument *> m_documents; // each removed as it is destroyed
     QPointer<QDialog> m_windowPrefs;
     bool m_panelShown = false;
     bool m_quitting = false;
