@@ -197,29 +197,27 @@ void MyDocument::setProcessSpinnerRunning(bool running)
     performOnMainThreadAndWait([this, running] { ui->processSpinner->setVisible(running); });
 }
 
+QList<QWidget *> MyDocument::importControls() const
+{
+    return {ui->sendToFCPBtn, ui->clearMarkerCheck, ui->frameOffsetText, ui->offsetUnitPopUp,
+            ui->sequenceReloadBtn};
+}
+
 void MyDocument::disableUI()
 {
     performOnMainThreadAndWait([this] {
         ui->sequencePopUp->clear();
         m_popUpItems.clear();
-        for (QWidget *control :
-             {static_cast<QWidget *>(ui->sendToFCPBtn), static_cast<QWidget *>(ui->sequencePopUp),
-              static_cast<QWidget *>(ui->clearMarkerCheck),
-              static_cast<QWidget *>(ui->frameOffsetText),
-              static_cast<QWidget *>(ui->offsetUnitPopUp),
-              static_cast<QWidget *>(ui->sequenceReloadBtn)})
+        for (QWidget *control : importControls())
             control->setEnabled(false);
+        ui->sequencePopUp->setEnabled(false);
     });
 }
 
 void MyDocument::enableUI(bool sequencePopUpEnabled)
 {
     performOnMainThreadAndWait([this, sequencePopUpEnabled] {
-        for (QWidget *control : {static_cast<QWidget *>(ui->sendToFCPBtn),
-                                 static_cast<QWidget *>(ui->clearMarkerCheck),
-                                 static_cast<QWidget *>(ui->frameOffsetText),
-                                 static_cast<QWidget *>(ui->offsetUnitPopUp),
-                                 static_cast<QWidget *>(ui->sequenceReloadBtn)})
+        for (QWidget *control : importControls())
             control->setEnabled(true);
         ui->sequencePopUp->setEnabled(sequencePopUpEnabled);
     });

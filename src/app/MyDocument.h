@@ -63,6 +63,9 @@ protected:
 
 private:
     void windowControllerDidLoadNib();
+    /// The controls that enabling and disabling switch together (the to-do box and the
+    /// sequence pop-up follow rules of their own).
+    QList<QWidget *> importControls() const;
 
     std::unique_ptr<Ui::MyDocument> ui;
     TargetKind m_kind;

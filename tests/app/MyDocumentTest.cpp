@@ -4,6 +4,7 @@
 #include "MyDocument.h"
 #include "AlertSheetPresenter.h"
 #include "AppController.h"
+#include "WaitFor.h"
 
 #include "support/QFUserDefaults.h"
 
@@ -16,7 +17,6 @@
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFileDialog>
 #include <QLineEdit>
 #include <QMessageBox>
@@ -36,20 +36,6 @@ const QByteArray projectAndClip =
 <gap name="g" offset="0s" duration="100s"/></spine></sequence></project><project name="Clips">
 <clip name="Event clip" offset="0s" duration="100s" format="r1"><spine>
 <gap name="h" offset="0s" duration="100s"/></spine></clip></project></event></library></fcpxml>)";
-
-/// Serves events until the condition holds (ten seconds at most).
-bool waitFor(const std::function<bool()> &condition)
-{
-    QElapsedTimer timer;
-    timer.start();
-    while (!condition()) {
-        if (timer.elapsed() > 10000)
-            return false;
-        QApplication::processEvents(QEventLoop::AllEvents, 10);
-        QThread::msleep(2);
-    }
-    return true;
-}
 
 class Window : public testing::Test
 {

@@ -6,12 +6,12 @@
 
 #include "AppController.h"
 #include "MyDocument.h"
+#include "WaitFor.h"
 
 #include "support/QFUserDefaults.h"
 
 #include <QApplication>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QIcon>
@@ -25,20 +25,6 @@
 #include <functional>
 
 namespace {
-
-/// Serves events until the condition holds; false after ten seconds.
-bool waitFor(const std::function<bool()> &condition)
-{
-    QElapsedTimer timer;
-    timer.start();
-    while (!condition()) {
-        if (timer.elapsed() > 10000)
-            return false;
-        QApplication::processEvents(QEventLoop::AllEvents, 20);
-        QThread::msleep(5);
-    }
-    return true;
-}
 
 /// The screen around the window (and its sheet), a margin included.
 bool shoot(const QWidget &window, const QString &path)

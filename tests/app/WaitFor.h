@@ -1,0 +1,21 @@
+#pragma once
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QThread>
+
+#include <functional>
+
+/// Serves events until the condition holds; false after ten seconds.
+inline bool waitFor(const std::function<bool()> &condition)
+{
+    QElapsedTimer timer;
+    timer.start();
+    while (!condition()) {
+        if (timer.elapsed() > 10000)
+            return false;
+        QApplication::processEvents(QEventLoop::AllEvents, 10);
+        QThread::msleep(2);
+    }
+    return true;
+}
