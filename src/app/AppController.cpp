@@ -56,6 +56,7 @@ void AppController::applicationDidFinishLaunching(const QStringList &files)
     else
         openFiles(files);
     QTimer::singleShot(1000, this, [this] {
+        platformDidFinishLaunching();
         if (!QApplication::activeWindow() && !QApplication::activeModalWidget() && !m_panelShown &&
             documents().isEmpty())
             performStartupAction();
@@ -107,11 +108,7 @@ QList<MyDocument *> AppController::documents() const
 void AppController::documentsDidChange()
 {
     emit documentsChanged();
-    bool quitsWithoutWindows = m_quitting;
-#ifndef Q_OS_MACOS
-    quitsWithoutWindows = true;
-#endif
-    if (quitsWithoutWindows && documents().isEmpty() && !m_panelShown)
+    if (quitsWithoutDocuments() && documents().isEmpty() && !m_panelShown)
         QTimer::singleShot(0, this, [this] {
             if (documents().isEmpty() && !m_panelShown)
                 QApplication::quit();

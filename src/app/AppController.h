@@ -52,9 +52,17 @@ protected:
 
 private:
     void performStartupAction();
-    /// Where the application stands once the documents change: on Linux, with no
-    /// window left, it quits (there is no menu bar without a window).
+    /// Where the application stands once the documents change: it quits with no
+    /// document left where the platform says so.
     void documentsDidChange();
+
+    // The platform's own pieces, in AppController_linux.cpp and AppController_mac.cpp.
+    /// Once launching is over: on macOS the menu bar for when no window is open, and a
+    /// click on the Dock icon with no document asks for marker lists, as at launch.
+    void platformDidFinishLaunching();
+    /// Whether the application quits once its last document has gone: always on Linux,
+    /// where there is no menu bar without a window; on macOS only when the user quit.
+    bool quitsWithoutDocuments() const;
 
     AlertSheetPresenter m_alerts;
     QList<MyDocument *> m_documents; // each removed as it is destroyed

@@ -70,7 +70,12 @@ protected:
     static QMessageBox *sheet(MyDocument *document)
     {
         QMessageBox *box = nullptr;
-        waitFor([&] { return (box = document->findChild<QMessageBox *>()) != nullptr; });
+        waitFor([&] {
+            for (QMessageBox *child : document->findChildren<QMessageBox *>())
+                if (child->isVisible())
+                    box = child;
+            return box != nullptr;
+        });
         return box;
     }
     void TearDown() override
@@ -163,6 +168,37 @@ TEST_F(Window, AnImportEndsWithItsSheetAndAReloadDuringDiscoveryListsOnce)
                                  : box->buttons().first()->click();
     ASSERT_TRUE(waitFor([&] { return !document->session().isBusy(); }));
     EXPECT_TRUE(TempHome::read(target).contains("<name>A</name>"));
+}
+
+TEST_F(Window, ASheetsSuppressionBoxKeepsItsPreferenceAndATimedSheetGoesByItself)
+{
+    MyDocument *document = open(copy(u"project.xml"_qs));
+    for (const bool answerChecked : {true, false}) {
+        QFAlert alert;
+        QFAlert::alertSheetWithMessageText(u"Replace?"_qs, u"Replace"_qs, u"Cancel"_qs, QString(),
+                                           u"The file exists."_qs, document, nullptr, nullptr,
+                                           false, &alert, u"dontAskAgain"_qs);
+        QMessageBox *box = sheet(document);
+        ASSERT_NE(box, nullptr);
+        QCheckBox *check = box->checkBox();
+        ASSERT_NE(check, nullptr);
+        EXPECT_EQ(check->isChecked(), !answerChecked) << "the box shows the preference";
+        check->setChecked(answerChecked);
+        for (QAbstractButton *button : box->buttons())
+            if (button->text() == u"Cancel"_qs)
+                button->click();
+        ASSERT_TRUE(waitFor([&] { return alert.alertEnded(); }));
+        EXPECT_EQ(alert.returnCode(), QFAlert::alternateReturn);
+        EXPECT_EQ(QFUserDefaults::standardUserDefaults().boolForKey(u"dontAskAgain"_qs),
+                  answerChecked);
+    }
+
+    EXPECT_EQ(QFAlert::timedAlertSheetWithMessageText(u"Saved"_qs, QString(), QString(), QString(),
+                                                      QString(), document, 1),
+              QFAlert::defaultReturn);
+    const auto shown = document->findChildren<QMessageBox *>();
+    EXPECT_TRUE(std::none_of(shown.begin(), shown.end(), std::mem_fn(&QWidget::isVisible)))
+        << "the timed sheet stays up";
 }
 
 TEST_F(Window, AWindowClosedDuringAnImportGoesOnceItEnds)

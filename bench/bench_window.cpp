@@ -1,0 +1,171 @@
+// How responsive the window stays while a large FCPX import runs from it: a 10 ms
+// timer on the main thread, and the longest gap between two of its ticks from the
+// click on Import until the result's sheet is up.
+//
+//   cuebridge-window-bench [TSV]   (TSV receives "longest-gap-ms median-import-s ticks")
+
+#include "AlertSheetPresenter.h"
+#include "FcpxmlGenerator.h"
+#include "MarkerListGenerator.h"
+#include "MyDocument.h"
+
+#include "diagnostics/QFLog.h"
+#include "support/QFLocalPaths.h"
+#include "support/QFUserDefaults.h"
+#include "support/QFWorkspace.h"
+
+#include <QApplication>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QTemporaryDir>
+#include <QTimer>
+
+#include <algorithm>
+#include <cstdio>
+#include <functional>
+
+namespace {
+
+constexpr int clips = 20000;
+constexpr int markers = 50000;
+constexpr int runs = 3;
+
+/// The result stays where it was written: nothing is launched.
+class QuietWorkspace : public QFWorkspace
+{
+public:
+    bool isApplicationRunning(const QString &) override { return false; }
+    QString pathForApplication(const QString &) override { return {}; }
+    bool openFile(const QString &, const QString &, LaunchOptions) override { return true; }
+};
+
+struct Run
+{
+    qint64 longestGapMs = 0;
+    qint64 importMs = 0;
+    int ticks = 0;
+};
+
+bool serveEventsUntil(const std::function<bool()> &condition)
+{
+    QElapsedTimer limit;
+    limit.start();
+    while (!condition()) {
+        if (limit.elapsed() > 120000)
+            return false;
+        QApplication::processEvents(QEventLoop::AllEvents | QEventLoop::WaitForMoreEvents, 5);
+    }
+    return true;
+}
+
+bool write(const QString &path, const QByteArray &bytes)
+{
+    QFile file(path);
+    return file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size();
+}
+
+Run importOnce(const QString &listPath, const QString &target)
+{
+    QFUserDefaults::standardUserDefaults().setObject(target, u"lastProject"_qs);
+    MyDocument document(listPath);
+    document.show();
+    if (!serveEventsUntil([&] { return !document.session().isBusy(); }) ||
+        document.session().items().isEmpty()) {
+        std::fprintf(stderr, "discovery of the library did not finish\n");
+        std::exit(1);
+    }
+
+    Run run;
+    QElapsedTimer sinceTick;
+    QTimer ticker;
+    ticker.setTimerType(Qt::PreciseTimer);
+    QObject::connect(&ticker, &QTimer::timeout, [&] {
+        run.longestGapMs = std::max(run.longestGapMs, sinceTick.restart());
+        ++run.ticks;
+    });
+
+    QElapsedTimer import;
+    import.start();
+    sinceTick.start();
+    ticker.start(10);
+    document.findChild<QPushButton *>(u"sendToFCPBtn"_qs)->click();
+    QMessageBox *sheet = nullptr;
+    if (!serveEventsUntil([&] { return (sheet = document.findChild<QMessageBox *>()); })) {
+        std::fprintf(stderr, "the import did not end with its sheet\n");
+        std::exit(1);
+    }
+    run.importMs = import.elapsed();
+    ticker.stop();
+    // About one marker in twenty falls on a gap or a title of the generated storyline.
+    const QString text = sheet->text();
+    if (!text.contains(u"Markers successfully imported"_qs) &&
+        !text.contains(u"Some markers failed to import"_qs)) {
+        std::fprintf(stderr, "the import failed: %s\n%s\n", qPrintable(text),
+                     qPrintable(sheet->informativeText().left(2000)));
+        std::exit(1);
+    }
+    sheet->buttons().constFirst()->click();
+    serveEventsUntil([&] { return !document.session().isBusy(); });
+    return run;
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QTemporaryDir home;
+    // A home of its own, so that the log, the defaults and the result stay inside it.
+    for (const char *variable :
+         {"XDG_CONFIG_HOME", "XDG_STATE_HOME", "XDG_CACHE_HOME", "XDG_RUNTIME_DIR", "TMPDIR"})
+        qputenv(variable, home.path().toUtf8());
+    if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
+        qputenv("QT_QPA_PLATFORM", "offscreen");
+    // As root the log would go to the computer-wide folder: measure an editor's run.
+    QFLocalPaths::setRealUserIdForTesting(1000);
+
+    QApplication app(argc, argv);
+    QApplication::setOrganizationName(u"Quillfen"_qs);
+    QApplication::setApplicationName(u"Cuebridge"_qs);
+    QFLog::createNewLog(QString(), true);
+    AlertSheetPresenter alerts;
+    QFAlert::setPresenter(&alerts);
+    QuietWorkspace workspace;
+    QFWorkspace::setSharedForTesting(&workspace);
+
+    const QString list = home.path() + u"/markers.txt"_qs;
+    const QString library = home.path() + u"/library.fcpxml"_qs;
+    if (!write(list, generateMarkerList(markers).toUtf8()) ||
+        !write(library, generateFcpxml(clips))) {
+        std::fprintf(stderr, "cannot write the inputs in %s\n", qPrintable(home.path()));
+        return 1;
+    }
+
+    QList<Run> all;
+    for (int i = 0; i < runs; ++i)
+        all.append(importOnce(list, library));
+    const qint64 longest = std::max_element(all.begin(), all.end(), [](const Run &a, const Run &b) {
+                               return a.longestGapMs < b.longestGapMs;
+                           })->longestGapMs;
+    std::sort(all.begin(), all.end(),
+              [](const Run &a, const Run &b) { return a.importMs < b.importMs; });
+    const Run &median = all.at(runs / 2);
+
+    std::printf("%d markers into a %d-clip FCPX library from the window, %d runs:\n"
+                "  longest gap between 10 ms ticks: %lld ms; import %.3f s (median), %d ticks\n",
+                markers, clips, runs, static_cast<long long>(longest),
+                double(median.importMs) / 1000.0, median.ticks);
+    QFLog::finishWriting();
+    if (argc > 1) {
+        FILE *tsv = std::fopen(argv[1], "w");
+        if (!tsv)
+            return 1;
+        std::fprintf(tsv, "%lld\t%.3f\t%d\n", static_cast<long long>(longest),
+                     double(median.importMs) / 1000.0, median.ticks);
+        std::fclose(tsv);
+    }
+    QFAlert::setPresenter(nullptr);
+    QFWorkspace::setSharedForTesting(nullptr);
+    return 0;
+}
