@@ -101,18 +101,27 @@ struct Kind
 
 TEST_F(Window, DiscoveryListsEachKindOfTarget)
 {
+    const QList<std::tuple<QString, QString, bool>> projectAndClipItems = {
+        {u"Cut"_qs, u"/fcpxml/library/event/project[1]/sequence"_qs, false},
+        {u"Event clip"_qs, u"/fcpxml/library/event/project[2]/clip"_qs, true}};
     const Kind kinds[] = {
         {"project.xml", {{u"Cut 3"_qs, u"0F2D6C31-4B1E-4C55-9C3E-2A1B8F7D0001"_qs, false}}, false},
-        {"clips.fcpxml",
-         {{u"Cut"_qs, u"/fcpxml/library/event/project[1]/sequence"_qs, false},
-          {u"Event clip"_qs, u"/fcpxml/library/event/project[2]/clip"_qs, true}},
-         true},
+        {"sequence.xml",
+         {{u"Selects"_qs, u"0F2D6C31-4B1E-4C55-9C3E-2A1B8F7D0002"_qs, false}},
+         false},
+        {"clips.fcpxml", projectAndClipItems, true},
+        {"clips.fcpxmld", projectAndClipItems, true},
     };
+    QDir(home.path()).mkdir(u"clips.fcpxmld"_qs);
     for (const Kind &kind : kinds) {
         SCOPED_TRACE(kind.file);
         const QString file = QString::fromLatin1(kind.file);
-        MyDocument *document =
-            open(copy(file, file == u"clips.fcpxml" ? projectAndClip : QByteArray()));
+        const bool fcpx = file.startsWith(u"clips"_qs);
+        const bool bundle = file.endsWith(u".fcpxmld"_qs);
+        // A bundle is adopted as the folder; its document is Info.fcpxml inside.
+        const QString written =
+            copy(bundle ? file + u"/Info.fcpxml"_qs : file, fcpx ? projectAndClip : QByteArray());
+        MyDocument *document = open(bundle ? home.path() + u'/' + file : written);
         QComboBox *items = popUp(document);
         ASSERT_EQ(items->count(), kind.items.size());
         for (int i = 0; i < items->count(); ++i) {
