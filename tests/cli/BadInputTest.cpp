@@ -106,6 +106,11 @@ TEST_P(Matrix, EndsWithItsMessageAndChangesNoFile)
     EXPECT_EQ(process.exitCode(), c.status) << said.toStdString();
     EXPECT_TRUE(said.contains(QString::fromUtf8(c.said))) << said.toStdString();
     EXPECT_TRUE(files() == before) << "a file changed";
+    if (c.status != 0) { // an FCPX result goes to the temporary folder, and only on success
+        EXPECT_EQ(QDir(home.tempPath()).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
+                  QStringList())
+            << "a result was left in the temporary folder";
+    }
     // Writable again, so that the home can be removed.
     QDirIterator folders(home.path(), QDir::Dirs | QDir::NoDotAndDotDot,
                          QDirIterator::Subdirectories);
@@ -235,6 +240,19 @@ INSTANTIATE_TEST_SUITE_P(
              [](BadInput &test) {
                  QDir(test.home.path()).mkpath(u"cut.fcpxml"_qs);
                  return QStringList{test.markers(), test.path(u"cut.fcpxml"_qs)};
+             },
+             64, "is a folder"},
+        Case{"OutputIsTheTarget",
+             [](BadInput &test) {
+                 const QString target = test.copy(u"library.fcpxml"_qs);
+                 return QStringList{u"--output"_qs, target, test.markers(), target};
+             },
+             64, "is the target itself"},
+        Case{"OutputIsAFolder",
+             [](BadInput &test) {
+                 QDir(test.home.path()).mkpath(u"Taken.fcpxmld"_qs);
+                 return QStringList{u"--output"_qs, test.path(u"Taken.fcpxmld"_qs), test.markers(),
+                                    test.copy(u"library.fcpxml"_qs)};
              },
              64, "is a folder"},
         Case{"UnreadableMarkerList",
