@@ -4,7 +4,9 @@
 #include "WebAddresses.h"
 #include "ui_Preferences.h"
 
+#include "diagnostics/QFBugReporter.h"
 #include "diagnostics/QFLog.h"
+#include "diagnostics/QFTroubleshootingUtils.h"
 #include "import/UserTextEscaping.h"
 #include "support/QFUserDefaults.h"
 
@@ -24,6 +26,10 @@
 
 AppController::AppController(QObject *parent) : QObject(parent)
 {
+    // The crash check looks for a report newer than the last launch, so it runs before
+    // anything of this launch is written; then crashes of this run leave a report.
+    QFBugReporter::startBugReporter();
+    QFBugReporter::installCrashReportWriter();
     QFLog::createNewLog();
     QFUserDefaults::standardUserDefaults().registerDefaults(
         {{QStringLiteral("SUCheckAtStartup"), true}, {QStringLiteral("offsetValue"), 0}});
@@ -187,6 +193,9 @@ void AppController::populateMenus(QMenuBar *bar)
     help->addAction(QStringLiteral("Request a Feature…"), this, &AppController::featureRequestHome);
     help->addAction(QStringLiteral("Cuebridge Support"), this, &AppController::supportHome);
     help->addSeparator();
+    help->addAction(QStringLiteral("View Log"), this, &AppController::viewLog);
+    help->addAction(QStringLiteral("Gather Logs"), this, &AppController::gatherLogs);
+    help->addSeparator();
     help->addAction(QStringLiteral("Quillfen Home Page"), this, &AppController::qfHome);
     help->addAction(QStringLiteral("More Tools from Quillfen"), this,
                     &AppController::otherProductsHome);
@@ -246,4 +255,16 @@ void AppController::qfHome()
 void AppController::otherProductsHome()
 {
     QDesktopServices::openUrl(WebAddresses::otherProducts());
+}
+
+// ---- support ---------------------------------------------------------------------------
+
+void AppController::viewLog()
+{
+    QFTroubleshootingUtils::viewLogForApp(QStringLiteral("Cuebridge"));
+}
+
+void AppController::gatherLogs()
+{
+    QFTroubleshootingUtils::gatherLogsForAppWithName(QStringLiteral("Cuebridge"));
 }

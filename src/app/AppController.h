@@ -42,6 +42,10 @@ public:
     void supportHome();
     void qfHome();
     void otherProductsHome();
+    /// The current log in its default viewer.
+    void viewLog();
+    /// The logs, crash reports and preferences in an archive on the desktop.
+    void gatherLogs();
 
 signals:
     void documentsChanged();

@@ -1,7 +1,7 @@
 #include "QFLog.h"
 
+#include "support/QFGlobalPreferences.h"
 #include "support/QFLocalPaths.h"
-#include "support/QFPropertyList.h"
 
 #include <QCoreApplication>
 #include <QDateTime>
@@ -56,24 +56,6 @@ QString executablePath()
 #else
     return QString();
 #endif
-}
-
-bool switchDisablesLogging(const QVariant &value)
-{
-    switch (value.typeId()) {
-    case QMetaType::QString:
-        return value.toString() == QLatin1StringView("1");
-    case QMetaType::Bool:
-        return value.toBool();
-    case QMetaType::Int:
-    case QMetaType::LongLong:
-    case QMetaType::UInt:
-    case QMetaType::ULongLong:
-    case QMetaType::Double:
-        return value.toDouble() == 1.0;
-    default:
-        return false;
-    }
 }
 
 std::mutex finishMutex; // serialises flushes, as a lock on the class would
@@ -177,9 +159,7 @@ void QFLog::createNewLogImpl(const QString &name, bool noPrinting)
         return;
     closeFile();
 
-    const QVariantMap shared = QFPropertyList::readDictionary(
-        QFLocalPaths::prefsDirectory(true) + QStringLiteral("/com.quillfen.global.plist"));
-    if (switchDisablesLogging(shared.value(QStringLiteral("disable-logging")))) {
+    if (QFGlobalPreferences::switchIsOn(QStringLiteral("disable-logging"))) {
         print(QStringLiteral("Logging is disabled\n"));
         m_loggingDisabled = true;
         return;

@@ -15,6 +15,7 @@ namespace {
 
 // -1: no override.
 std::atomic<qint64> userIdOverride{-1};
+QString computerWideRoot;
 
 QString firstOf(const QStringList &paths)
 {
@@ -49,6 +50,11 @@ void QFLocalPaths::setRealUserIdForTesting(std::optional<uint> uid)
     userIdOverride.store(uid ? qint64(*uid) : -1);
 }
 
+void QFLocalPaths::setComputerWideRootForTesting(const QString &root)
+{
+    computerWideRoot = root;
+}
+
 QString QFLocalPaths::pathForDirectory(Directory directory, bool forUserDomain)
 {
     const QStringList paths =
@@ -70,6 +76,8 @@ QString QFLocalPaths::pathForDirectory(Directory directory, bool forUserDomain)
         }
         return user + rest;
     }
+    if (!forUserDomain && !computerWideRoot.isNull() && !paths.isEmpty())
+        return computerWideRoot + paths.first();
     return firstOf(paths);
 }
 

@@ -80,6 +80,9 @@ public:
     /// The real user id; tests may pretend to be another user (e.g. the superuser).
     static uint realUserId();
     static void setRealUserIdForTesting(std::optional<uint> uid);
+    /// Puts the computer-wide folders under root (null: where they really are). Set it
+    /// before any thread that looks them up starts.
+    static void setComputerWideRootForTesting(const QString &root);
     static bool isSuperuser() { return realUserId() == 0; }
 
     /// What the platform lists for a kind of folder in a domain (tilde expanded).

@@ -18,6 +18,8 @@ namespace {
 
 QString desktopEntryPath(const QString &id)
 {
+    if (id.isEmpty()) // the file's default application
+        return QString();
     return QStandardPaths::locate(QStandardPaths::ApplicationsLocation,
                                   id + QStringLiteral(".desktop"));
 }

@@ -1,0 +1,161 @@
+// The crash check at start-up, the bug reporter it starts, and the crash reports the
+// application writes for itself.
+
+#include "diagnostics/QFBugReporter.h"
+#include "support/QFPropertyList.h"
+
+#include "LoggedTest.h"
+#include "QtPrinters.h"
+#include "Recorders.h"
+
+#include <QDateTime>
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QProcess>
+#include <QRegularExpression>
+#include <QThread>
+
+namespace {
+
+class CrashCheck : public LoggedTest
+{
+protected:
+    QString reports() const { return home.path() + u"/.local/state/DiagnosticReports"_qs; }
+    QString record() const { return home.path() + u"/launches.plist"_qs; }
+    /// A crash report modified at the time given.
+    QString report(const QString &name, const QDateTime &modified)
+    {
+        const QString path = reports() + u'/' + name;
+        TempHome::write(path, "report");
+        QFile file(path);
+        EXPECT_TRUE(file.open(QIODevice::ReadWrite));
+        EXPECT_TRUE(file.setFileTime(modified, QFileDevice::FileModificationTime));
+        return path;
+    }
+    /// Waits until the stand-in bug reporter has written the report it was given.
+    static QString givenTo(const QString &noteFile)
+    {
+        QElapsedTimer waited;
+        waited.start();
+        while (!QFile::exists(noteFile) && waited.elapsed() < 10000)
+            QThread::msleep(10);
+        return QString::fromUtf8(TempHome::read(noteFile)).trimmed();
+    }
+    /// A "Bug Reporter" beside the application that notes its argument.
+    QString installReporter()
+    {
+        const QString folder = home.path() + u"/app"_qs;
+        const QString note = home.path() + u"/given"_qs;
+        TempHome::write(folder + u"/Bug Reporter"_qs,
+                        "#!/bin/sh\necho \"$1\" > \"" + note.toUtf8() + ".part\" && mv \"" +
+                            note.toUtf8() + ".part\" \"" + note.toUtf8() + "\"\n");
+        QFile::setPermissions(folder + u"/Bug Reporter"_qs,
+                              QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        QFBugReporter::setApplicationDirectoryForTesting(folder);
+        return note;
+    }
+    void TearDown() override
+    {
+        QFBugReporter::setApplicationDirectoryForTesting(QString());
+        LoggedTest::TearDown();
+    }
+
+    RecordingWorkspace desktop;
+};
+
+struct Case
+{
+    const char *name;
+    const char *report;  ///< its file name; null for none
+    int modifiedMinutes; ///< relative to the launch
+    bool launched = true;
+    std::optional<int> exitMinutes = {};
+    bool reporterOff = false;
+    bool found = true;
+};
+
+TEST_F(CrashCheck, AReportNewerThanTheLaunchProvesACrash)
+{
+    const QDateTime launch = QDateTime::currentDateTime().addSecs(-3600);
+    const Case cases[] = {
+        {"newer", "Cuebridge_2014-05-01-120000_host.crash", 5},
+        {"older", "Cuebridge_2014-05-01-120000_host.crash", -5, true, {}, false, false},
+        {"any case", "cuebridge_2014-05-01-120000_host.crash", 5},
+        {"another application",
+         "CuebridgeHelper_2014-05-01-120000_host.crash",
+         5,
+         true,
+         {},
+         false,
+         false},
+        {"first run", "Cuebridge_1_host.crash", 5, false, {}, false, false},
+        {"ended normally", "Cuebridge_1_host.crash", 5, true, 1, false, false},
+        {"exit before the launch", "Cuebridge_1_host.crash", 5, true, -1},
+        {"reporter switched off", "Cuebridge_1_host.crash", 5, true, {}, true},
+    };
+    for (const Case &c : cases) {
+        SCOPED_TRACE(c.name);
+        QDir(reports()).removeRecursively();
+        QVariantMap launches;
+        if (c.launched)
+            launches.insert(u"launch"_qs, launch);
+        if (c.exitMinutes)
+            launches.insert(u"exit"_qs, launch.addSecs(*c.exitMinutes * 60));
+        ASSERT_TRUE(QFPropertyList::writeDictionary(launches, record()));
+        QVariantMap global;
+        if (c.reporterOff)
+            global.insert(u"disable-crash-reporter"_qs, u"1"_qs);
+        QDir().mkpath(home.path() + u"/.config"_qs);
+        ASSERT_TRUE(QFPropertyList::writeDictionary(
+            global, home.path() + u"/.config/com.quillfen.global.plist"_qs));
+        const QString path =
+            report(QString::fromLatin1(c.report), launch.addSecs(c.modifiedMinutes * 60));
+        const qsizetype opened = desktop.opened().size();
+
+        const QString found = QFBugReporter::checkForCrashes(u"Cuebridge"_qs, record());
+        EXPECT_EQ(found, c.found ? path : QString());
+        // Without a bug reporter beside the application, the desktop entry's is asked.
+        EXPECT_EQ(desktop.opened().size() - opened, c.found && !c.reporterOff ? 1 : 0);
+        if (c.found && !c.reporterOff) {
+            EXPECT_EQ(desktop.opened().last(),
+                      path + u" with 'com.quillfen.BugReporter', asynchronously"_qs);
+        }
+    }
+    EXPECT_EQ(log().count(u"Application crashed on last launch"_qs), 4);
+    EXPECT_EQ(log().count(u"Crash reporter disabled"_qs), 1);
+}
+
+TEST_F(CrashCheck, ACrashedRunLeavesAReportThatTheNextLaunchHandsToTheBugReporter)
+{
+    const QString given = installReporter();
+    QFBugReporter::startBugReporter(u"Cuebridge"_qs, record());
+    EXPECT_TRUE(
+        QFPropertyList::readDictionary(record()).value(u"launch"_qs).toDateTime().isValid());
+    EXPECT_TRUE(desktop.opened().isEmpty()) << "the first run checks nothing";
+    QThread::msleep(20); // the report is newer than the launch by more than the clocks' steps
+
+    for (const char *how : {"fault", "abort"}) {
+        QProcess child;
+        child.start(QStringLiteral(CRASHING_CHILD), {QString::fromLatin1(how)});
+        ASSERT_TRUE(child.waitForFinished(30000));
+        EXPECT_EQ(child.exitStatus(), QProcess::CrashExit) << how;
+    }
+    QStringList written = QDir(reports()).entryList(QDir::Files, QDir::Name);
+    ASSERT_EQ(written.size(), 2);
+    const QRegularExpression name(u"^Cuebridge_\\d{4}-\\d\\d-\\d\\d-\\d{6}_[^/]+\\.crash$"_qs);
+    const QString fault = QString::fromUtf8(TempHome::read(reports() + u'/' + written.at(0))) +
+                          QString::fromUtf8(TempHome::read(reports() + u'/' + written.at(1)));
+    for (const QString &file : written)
+        EXPECT_TRUE(name.match(file).hasMatch()) << file.toStdString();
+    EXPECT_TRUE(fault.contains(u"Exception Type:  SIGSEGV (signal 11)"_qs)) << fault.toStdString();
+    EXPECT_TRUE(fault.contains(u"Exception Type:  SIGABRT (signal 6)"_qs));
+    EXPECT_TRUE(fault.contains(u"Process:         Cuebridge ["_qs));
+    EXPECT_GE(fault.count(u"[0x"_qs), 6) << "a backtrace of each crashed thread";
+
+    QFBugReporter::startBugReporter(u"Cuebridge"_qs, record());
+    EXPECT_TRUE(written.contains(QFileInfo(givenTo(given)).fileName()));
+    EXPECT_TRUE(log().contains(u"Application crashed on last launch"_qs));
+}
+
+} // namespace
