@@ -8,6 +8,7 @@
 #include "diagnostics/QFLog.h"
 #include "diagnostics/QFTroubleshootingUtils.h"
 #include "import/UserTextEscaping.h"
+#include "support/QFSoftwareUpdate.h"
 #include "support/QFUserDefaults.h"
 
 #include <QAction>
@@ -61,6 +62,7 @@ void AppController::applicationDidFinishLaunching(const QStringList &files)
         QTimer::singleShot(0, this, &AppController::performStartupAction);
     else
         openFiles(files);
+    m_softwareUpdate.startup();
     QTimer::singleShot(1000, this, [this] {
         platformDidFinishLaunching();
         if (!QApplication::activeWindow() && !QApplication::activeModalWidget() && !m_panelShown &&
@@ -199,6 +201,9 @@ void AppController::populateMenus(QMenuBar *bar)
     help->addAction(QStringLiteral("Quillfen Home Page"), this, &AppController::qfHome);
     help->addAction(QStringLiteral("More Tools from Quillfen"), this,
                     &AppController::otherProductsHome);
+    QAction *update = help->addAction(QStringLiteral("Check for Updates…"), this,
+                                      [this] { m_softwareUpdate.manualUpdateCheck(); });
+    update->setMenuRole(QAction::ApplicationSpecificRole);
     QAction *about = help->addAction(QStringLiteral("About Cuebridge"), this, [version] {
         QMessageBox::about(QApplication::activeWindow(), QStringLiteral("About Cuebridge"),
                            QStringLiteral("<b>Cuebridge %1</b><p>Marker lists onto Final Cut Pro "

@@ -2,6 +2,8 @@
 
 #include "AlertSheetPresenter.h"
 
+#include "support/QFSoftwareUpdate.h"
+
 #include <QList>
 #include <QObject>
 #include <QPointer>
@@ -69,6 +71,7 @@ private:
     bool quitsWithoutDocuments() const;
 
     AlertSheetPresenter m_alerts;
+    QFSoftwareUpdate m_softwareUpdate;
     QList<MyDocument *> m_documents; // each removed as it is destroyed
     QPointer<QDialog> m_windowPrefs;
     bool m_panelShown = false;

@@ -19,8 +19,6 @@ namespace {
 
 Q_LOGGING_CATEGORY(console, "com.quillfen.bugreporter", QtInfoMsg)
 
-QString applicationDirectoryOverride;
-
 QString applicationName(const QString &name)
 {
     return name.isEmpty() ? QCoreApplication::applicationName() : name;
@@ -157,11 +155,7 @@ void QFBugReporter::chownPlist(const QString &path)
 
 QStringList QFBugReporter::bugReporterCandidates()
 {
-    QString beside = applicationDirectoryOverride;
-    if (beside.isNull())
-        beside = QCoreApplication::instance()
-                     ? QCoreApplication::applicationDirPath()
-                     : QFileInfo(QStringLiteral("/proc/self/exe")).canonicalPath();
+    const QString beside = QFLocalPaths::executableFolder();
 #ifdef Q_OS_MACOS
     // Contents/MacOS/<executable>: the bundle is two folders up.
     const QString bundle = QDir::cleanPath(beside + QStringLiteral("/../.."));
@@ -171,9 +165,4 @@ QStringList QFBugReporter::bugReporterCandidates()
 #else
     return {beside + QStringLiteral("/Bug Reporter")};
 #endif
-}
-
-void QFBugReporter::setApplicationDirectoryForTesting(const QString &folder)
-{
-    applicationDirectoryOverride = folder;
 }

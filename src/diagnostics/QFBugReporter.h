@@ -43,7 +43,4 @@ public:
     /// DiagnosticReports folder for fatal signals; the signal then ends the process as
     /// it would have. Nothing on macOS, whose crash reporter writes the reports.
     static void installCrashReportWriter(const QString &name = QString());
-
-    /// The folder the application's bug reporter is looked for beside (tests).
-    static void setApplicationDirectoryForTesting(const QString &folder);
 };

@@ -1,7 +1,9 @@
 #include "QFLocalPaths.h"
 
+#include <QCoreApplication>
 #include <QDir>
 #include <QFile>
+#include <QFileInfo>
 #include <QUuid>
 
 #include <atomic>
@@ -16,6 +18,7 @@ namespace {
 // -1: no override.
 std::atomic<qint64> userIdOverride{-1};
 QString computerWideRoot;
+QString executableFolderOverride;
 
 QString firstOf(const QStringList &paths)
 {
@@ -48,6 +51,20 @@ uint QFLocalPaths::realUserId()
 void QFLocalPaths::setRealUserIdForTesting(std::optional<uint> uid)
 {
     userIdOverride.store(uid ? qint64(*uid) : -1);
+}
+
+QString QFLocalPaths::executableFolder()
+{
+    if (!executableFolderOverride.isNull())
+        return executableFolderOverride;
+    if (QCoreApplication::instance())
+        return QCoreApplication::applicationDirPath();
+    return QFileInfo(QStringLiteral("/proc/self/exe")).canonicalPath();
+}
+
+void QFLocalPaths::setExecutableFolderForTesting(const QString &folder)
+{
+    executableFolderOverride = folder;
 }
 
 void QFLocalPaths::setComputerWideRootForTesting(const QString &root)

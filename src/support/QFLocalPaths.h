@@ -80,6 +80,10 @@ public:
     /// The real user id; tests may pretend to be another user (e.g. the superuser).
     static uint realUserId();
     static void setRealUserIdForTesting(std::optional<uint> uid);
+    /// The folder of the running program, where the maker's helper programs may be
+    /// carried (the bug reporter, the updater).
+    static QString executableFolder();
+    static void setExecutableFolderForTesting(const QString &folder);
     /// Puts the computer-wide folders under root (null: where they really are). Set it
     /// before any thread that looks them up starts.
     static void setComputerWideRootForTesting(const QString &root);

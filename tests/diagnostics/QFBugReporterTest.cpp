@@ -52,12 +52,12 @@ protected:
                             note.toUtf8() + ".part\" \"" + note.toUtf8() + "\"\n");
         QFile::setPermissions(folder + u"/Bug Reporter"_qs,
                               QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-        QFBugReporter::setApplicationDirectoryForTesting(folder);
+        QFLocalPaths::setExecutableFolderForTesting(folder);
         return note;
     }
     void TearDown() override
     {
-        QFBugReporter::setApplicationDirectoryForTesting(QString());
+        QFLocalPaths::setExecutableFolderForTesting(QString());
         LoggedTest::TearDown();
     }
 

@@ -1,0 +1,145 @@
+#include "support/QFSoftwareUpdate.h"
+
+#include "diagnostics/QFLog.h"
+#include "support/QFFileManager.h"
+#include "support/QFGlobalPreferences.h"
+#include "support/QFLocalPaths.h"
+#include "support/QFPropertyList.h"
+#include "support/QFTaskEx.h"
+
+#include <QDir>
+#include <QFileInfo>
+#include <QProcess>
+
+#include <thread>
+
+namespace {
+
+#ifdef Q_OS_MACOS
+/// Contents/MacOS/<executable>: the bundle is two folders up.
+QString applicationBundle()
+{
+    return QDir::cleanPath(QFLocalPaths::executableFolder() + QStringLiteral("/../.."));
+}
+#endif
+
+/// Where a carried updater may be, in the order looked at.
+QStringList carriedUpdaters()
+{
+#ifdef Q_OS_MACOS
+    return {applicationBundle() + QStringLiteral("/Contents/Resources/") +
+                QFSoftwareUpdate::updaterName(),
+            applicationBundle() + QStringLiteral("/Contents/MacOS/") +
+                QFSoftwareUpdate::updaterName()};
+#else
+    return {QFLocalPaths::executableFolder() + u'/' + QFSoftwareUpdate::updaterName()};
+#endif
+}
+
+} // namespace
+
+QString QFSoftwareUpdate::updaterName()
+{
+#ifdef Q_OS_MACOS
+    return QStringLiteral("Quillfen Software Update.app");
+#else
+    return QStringLiteral("Quillfen Software Update");
+#endif
+}
+
+void QFSoftwareUpdate::startup()
+{
+    if (checksAtStartup())
+        std::thread(&QFSoftwareUpdate::automaticallyCheckForUpdates).detach();
+}
+
+void QFSoftwareUpdate::manualUpdateCheck()
+{
+    launchSoftwareUpdate();
+}
+
+bool QFSoftwareUpdate::checksAtStartup()
+{
+    const QVariant value = QFGlobalPreferences::read().value(QStringLiteral("SUCheckAtStartup"));
+    switch (value.typeId()) {
+    case QMetaType::Bool:
+    case QMetaType::Int:
+    case QMetaType::LongLong:
+    case QMetaType::UInt:
+    case QMetaType::ULongLong:
+    case QMetaType::Double:
+        return value.toDouble() != 0.0;
+    default:
+        return true;
+    }
+}
+
+QString QFSoftwareUpdate::updaterPath()
+{
+    const QString installed =
+        QFLocalPaths::applicationDirectory(false) + QStringLiteral("/Quillfen/") + updaterName();
+    if (QFileInfo::exists(installed))
+        return installed;
+    for (const QString &carried : carriedUpdaters()) {
+        if (!QFileInfo::exists(carried))
+            continue;
+        // A carried updater replaces the application it updates: it runs from a copy.
+        const QString copy = QFLocalPaths::tempDirectory() + updaterName();
+        if (QFileInfo(copy).isDir())
+            QDir(copy).removeRecursively();
+        else
+            QFile::remove(copy);
+        QFFileManager::copyFile(carried, copy, false);
+        return copy;
+    }
+    QFLog::appendLogAndPrint(u"Error: unable to find software updater");
+    return QString();
+}
+
+void QFSoftwareUpdate::launchSoftwareUpdate()
+{
+    const QString path = updaterPath();
+    if (path.isEmpty()) {
+        QFLog::appendLogAndPrint(u"Unable to launch Software Update - path doesn't exist");
+        return;
+    }
+#ifdef Q_OS_MACOS
+    QProcess::startDetached(QStringLiteral("/usr/bin/open"), {path});
+#else
+    QProcess::startDetached(path, {});
+#endif
+}
+
+void QFSoftwareUpdate::automaticallyCheckForUpdates()
+{
+    const QString path = updaterPath();
+    if (path.isEmpty()) {
+        QFLog::appendLogAndPrint(u"Unable to launch Software Update - path doesn't exist");
+        return;
+    }
+#ifdef Q_OS_MACOS
+    const QVariantMap info =
+        QFPropertyList::readDictionary(path + QStringLiteral("/Contents/Info.plist"));
+    if (!QFileInfo(path).isDir() || info.isEmpty()) {
+        QFLog::appendLogAndPrint(u"Unable to launch Software Update - updater bundle not found.");
+        return;
+    }
+    const QString executable = path + QStringLiteral("/Contents/MacOS/") +
+                               info.value(QStringLiteral("CFBundleExecutable")).toString();
+    const QString application = applicationBundle();
+#else
+    // Here the updater is a program of its own, not a bundle.
+    if (!QFileInfo(path).isFile()) {
+        QFLog::appendLogAndPrint(u"Unable to launch Software Update - updater bundle not found.");
+        return;
+    }
+    const QString executable = path;
+    const QString application = QFileInfo(QStringLiteral("/proc/self/exe")).canonicalFilePath();
+#endif
+    if (!QFileInfo(executable).isExecutable() || QFileInfo(executable).isDir()) {
+        QFLog::appendLogAndPrint(
+            u"Unable to launch Software Update - executable path doesn't exist");
+        return;
+    }
+    QFTaskEx::runTaskAndReturn(executable, {QStringLiteral("-checkpath"), application});
+}

@@ -1,0 +1,100 @@
+// Which updater is started, from where, with what; and the switch of the start-up check.
+
+#include "support/QFSoftwareUpdate.h"
+#include "support/QFLocalPaths.h"
+#include "support/QFPropertyList.h"
+
+#include "LoggedTest.h"
+#include "QtPrinters.h"
+
+#include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
+#include <QThread>
+
+namespace {
+
+class Updater : public LoggedTest
+{
+protected:
+    void SetUp() override
+    {
+        LoggedTest::SetUp();
+        QFLocalPaths::setComputerWideRootForTesting(home.path() + u"/computer"_qs);
+        QFLocalPaths::setExecutableFolderForTesting(home.path() + u"/app"_qs);
+    }
+    void TearDown() override
+    {
+        QFLocalPaths::setComputerWideRootForTesting(QString());
+        QFLocalPaths::setExecutableFolderForTesting(QString());
+        LoggedTest::TearDown();
+    }
+    QString installed() const
+    {
+        return home.path() + u"/computer/usr/share/applications/Quillfen/"_qs +
+               QFSoftwareUpdate::updaterName();
+    }
+    QString carried() const { return home.path() + u"/app/"_qs + QFSoftwareUpdate::updaterName(); }
+    QString note() const { return home.path() + u"/arguments"_qs; }
+    /// A stand-in updater that notes its arguments (and, by its text, which copy it is).
+    void makeUpdater(const QString &path, const QByteArray &which)
+    {
+        TempHome::write(path, "#!/bin/sh\n# " + which + "\necho \"[$*]\" > \"" + note().toUtf8() +
+                                  ".part\" && mv \"" + note().toUtf8() + ".part\" \"" +
+                                  note().toUtf8() + "\"\n");
+        QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    }
+    QString noted() const
+    {
+        QElapsedTimer waited;
+        waited.start();
+        while (!QFile::exists(note()) && waited.elapsed() < 10000)
+            QThread::msleep(10);
+        return QString::fromUtf8(TempHome::read(note())).trimmed();
+    }
+};
+
+TEST_F(Updater, TheInstalledOneComesFirstAndACarriedOneRunsFromAFreshCopy)
+{
+    EXPECT_EQ(QFSoftwareUpdate::updaterPath(), QString());
+    QFSoftwareUpdate::launchSoftwareUpdate();
+    EXPECT_TRUE(log().contains(u"Error: unable to find software updater"_qs));
+    EXPECT_TRUE(log().contains(u"Unable to launch Software Update - path doesn't exist"_qs));
+
+    const QString copy = home.tempPath() + u'/' + QFSoftwareUpdate::updaterName();
+    makeUpdater(carried(), "carried 1");
+    EXPECT_EQ(QFSoftwareUpdate::updaterPath(), copy);
+    makeUpdater(carried(), "carried 2");
+    EXPECT_EQ(QFSoftwareUpdate::updaterPath(), copy);
+    EXPECT_TRUE(TempHome::read(copy).contains("carried 2")) << "the copy is made anew";
+
+    QFile::remove(copy);
+    makeUpdater(installed(), "installed");
+    EXPECT_EQ(QFSoftwareUpdate::updaterPath(), installed());
+    EXPECT_FALSE(QFile::exists(copy));
+
+    QFSoftwareUpdate().manualUpdateCheck();
+    EXPECT_EQ(noted(), u"[]"_qs) << "a manual check starts it as it is";
+    QFile::remove(note());
+    QFSoftwareUpdate::automaticallyCheckForUpdates();
+    EXPECT_EQ(noted(),
+              u"[-checkpath "_qs + QFileInfo(u"/proc/self/exe"_qs).canonicalFilePath() + u']');
+}
+
+TEST_F(Updater, OnlyAFalseSwitchStopsTheCheckAtStartUp)
+{
+    const QString shared = home.path() + u"/.config/com.quillfen.global.plist"_qs;
+    EXPECT_TRUE(QFSoftwareUpdate::checksAtStartup()) << "no shared file";
+    QDir().mkpath(home.path() + u"/.config"_qs);
+    const std::pair<QVariant, bool> values[] = {
+        {QVariant(), true}, {true, true}, {false, false}, {0, false}, {u"0"_qs, true}};
+    for (const auto &[value, checks] : values) {
+        QVariantMap dictionary{{u"other"_qs, 1}};
+        if (value.isValid())
+            dictionary.insert(u"SUCheckAtStartup"_qs, value);
+        ASSERT_TRUE(QFPropertyList::writeDictionary(dictionary, shared));
+        EXPECT_EQ(QFSoftwareUpdate::checksAtStartup(), checks) << value.toString().toStdString();
+    }
+}
+
+} // namespace
