@@ -7,8 +7,10 @@
 #include "support/QFLocalPaths.h"
 
 #include <QDir>
+#include <QElapsedTimer>
 #include <QFile>
 #include <QTemporaryDir>
+#include <QThread>
 
 #include <gtest/gtest.h>
 
@@ -51,6 +53,26 @@ public:
         QFile file(path);
         ASSERT_TRUE(file.open(QIODevice::WriteOnly)) << path.toStdString();
         file.write(bytes);
+    }
+    /// A stand-in program that notes its arguments in the file `note` when it runs; the
+    /// comment tells copies apart.
+    static void writeNotingProgram(const QString &path, const QString &note,
+                                   const QByteArray &comment = QByteArray())
+    {
+        const QByteArray file = '"' + note.toUtf8() + '"';
+        const QByteArray part = '"' + note.toUtf8() + ".part\"";
+        write(path, "#!/bin/sh\n# " + comment + "\necho \"[$*]\" > " + part + " && mv " + part +
+                        ' ' + file + '\n');
+        QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    }
+    /// "[arguments]" once such a program has run (ten seconds at most), else empty.
+    static QString noted(const QString &note)
+    {
+        QElapsedTimer waited;
+        waited.start();
+        while (!QFile::exists(note) && waited.elapsed() < 10000)
+            QThread::msleep(10);
+        return QString::fromUtf8(read(note)).trimmed();
     }
 
 private:

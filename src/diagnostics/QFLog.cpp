@@ -47,17 +47,6 @@ QString dateDescription()
     return cached;
 }
 
-QString executablePath()
-{
-    if (QCoreApplication::instance())
-        return QCoreApplication::applicationFilePath();
-#ifdef Q_OS_LINUX
-    return QFileInfo(QStringLiteral("/proc/self/exe")).canonicalFilePath();
-#else
-    return QString();
-#endif
-}
-
 std::mutex finishMutex; // serialises flushes, as a lock on the class would
 
 } // namespace
@@ -96,7 +85,7 @@ QString QFLog::appName() const
     std::lock_guard lock(m_nameMutex);
     if (!m_appName.isNull())
         return m_appName;
-    return QFileInfo(executablePath()).completeBaseName();
+    return QFileInfo(QFLocalPaths::executablePath()).completeBaseName();
 }
 
 void QFLog::setAppName(const QString &name)
@@ -211,7 +200,7 @@ void QFLog::queueHeader()
     fastAppendLog(u"Log started: %@\n", dateDescription());
     if (QCoreApplication::instance() && !QCoreApplication::applicationVersion().isEmpty())
         fastAppendLog(u"Version: %@\n", QCoreApplication::applicationVersion());
-    if (const QString path = executablePath(); !path.isEmpty())
+    if (const QString path = QFLocalPaths::executablePath(); !path.isEmpty())
         fastAppendLog(u"Path: %@\n", path);
     const double gigabytes =
         double(::sysconf(_SC_PHYS_PAGES)) * double(::sysconf(_SC_PAGESIZE)) / 1024 / 1024 / 1024;

@@ -15,23 +15,36 @@ QVariantMap read()
     return QFPropertyList::readDictionary(path());
 }
 
-bool switchIsOn(const QString &key)
+namespace {
+
+std::optional<double> asNumber(const QVariant &value)
 {
-    const QVariant value = read().value(key);
     switch (value.typeId()) {
-    case QMetaType::QString:
-        return value.toString() == QLatin1StringView("1");
     case QMetaType::Bool:
-        return value.toBool();
     case QMetaType::Int:
     case QMetaType::LongLong:
     case QMetaType::UInt:
     case QMetaType::ULongLong:
     case QMetaType::Double:
-        return value.toDouble() == 1.0;
+        return value.toDouble();
     default:
-        return false;
+        return std::nullopt;
     }
+}
+
+} // namespace
+
+bool switchIsOn(const QString &key)
+{
+    const QVariant value = read().value(key);
+    if (value.typeId() == QMetaType::QString)
+        return value.toString() == QLatin1StringView("1");
+    return asNumber(value) == 1.0;
+}
+
+std::optional<double> number(const QString &key)
+{
+    return asNumber(read().value(key));
 }
 
 } // namespace QFGlobalPreferences

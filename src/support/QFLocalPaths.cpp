@@ -53,13 +53,22 @@ void QFLocalPaths::setRealUserIdForTesting(std::optional<uint> uid)
     userIdOverride.store(uid ? qint64(*uid) : -1);
 }
 
+QString QFLocalPaths::executablePath()
+{
+    if (QCoreApplication::instance())
+        return QCoreApplication::applicationFilePath();
+#ifdef Q_OS_LINUX
+    return QFileInfo(QStringLiteral("/proc/self/exe")).canonicalFilePath();
+#else
+    return QString();
+#endif
+}
+
 QString QFLocalPaths::executableFolder()
 {
     if (!executableFolderOverride.isNull())
         return executableFolderOverride;
-    if (QCoreApplication::instance())
-        return QCoreApplication::applicationDirPath();
-    return QFileInfo(QStringLiteral("/proc/self/exe")).canonicalPath();
+    return QFileInfo(executablePath()).path();
 }
 
 void QFLocalPaths::setExecutableFolderForTesting(const QString &folder)

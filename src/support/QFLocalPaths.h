@@ -80,6 +80,8 @@ public:
     /// The real user id; tests may pretend to be another user (e.g. the superuser).
     static uint realUserId();
     static void setRealUserIdForTesting(std::optional<uint> uid);
+    /// The running program, also before the application object exists (Linux).
+    static QString executablePath();
     /// The folder of the running program, where the maker's helper programs may be
     /// carried (the bug reporter, the updater).
     static QString executableFolder();

@@ -36,6 +36,15 @@ QStringList carriedUpdaters()
 #endif
 }
 
+/// The updater, or null with the line both checks log when there is none.
+QString updaterOrLog()
+{
+    const QString path = QFSoftwareUpdate::updaterPath();
+    if (path.isEmpty())
+        QFLog::appendLogAndPrint(u"Unable to launch Software Update - path doesn't exist");
+    return path;
+}
+
 } // namespace
 
 QString QFSoftwareUpdate::updaterName()
@@ -60,18 +69,7 @@ void QFSoftwareUpdate::manualUpdateCheck()
 
 bool QFSoftwareUpdate::checksAtStartup()
 {
-    const QVariant value = QFGlobalPreferences::read().value(QStringLiteral("SUCheckAtStartup"));
-    switch (value.typeId()) {
-    case QMetaType::Bool:
-    case QMetaType::Int:
-    case QMetaType::LongLong:
-    case QMetaType::UInt:
-    case QMetaType::ULongLong:
-    case QMetaType::Double:
-        return value.toDouble() != 0.0;
-    default:
-        return true;
-    }
+    return QFGlobalPreferences::number(QStringLiteral("SUCheckAtStartup")) != 0.0;
 }
 
 QString QFSoftwareUpdate::updaterPath()
@@ -98,11 +96,9 @@ QString QFSoftwareUpdate::updaterPath()
 
 void QFSoftwareUpdate::launchSoftwareUpdate()
 {
-    const QString path = updaterPath();
-    if (path.isEmpty()) {
-        QFLog::appendLogAndPrint(u"Unable to launch Software Update - path doesn't exist");
+    const QString path = updaterOrLog();
+    if (path.isEmpty())
         return;
-    }
 #ifdef Q_OS_MACOS
     QProcess::startDetached(QStringLiteral("/usr/bin/open"), {path});
 #else
@@ -112,11 +108,9 @@ void QFSoftwareUpdate::launchSoftwareUpdate()
 
 void QFSoftwareUpdate::automaticallyCheckForUpdates()
 {
-    const QString path = updaterPath();
-    if (path.isEmpty()) {
-        QFLog::appendLogAndPrint(u"Unable to launch Software Update - path doesn't exist");
+    const QString path = updaterOrLog();
+    if (path.isEmpty())
         return;
-    }
 #ifdef Q_OS_MACOS
     const QVariantMap info =
         QFPropertyList::readDictionary(path + QStringLiteral("/Contents/Info.plist"));
@@ -134,7 +128,7 @@ void QFSoftwareUpdate::automaticallyCheckForUpdates()
         return;
     }
     const QString executable = path;
-    const QString application = QFileInfo(QStringLiteral("/proc/self/exe")).canonicalFilePath();
+    const QString application = QFLocalPaths::executablePath();
 #endif
     if (!QFileInfo(executable).isExecutable() || QFileInfo(executable).isDir()) {
         QFLog::appendLogAndPrint(

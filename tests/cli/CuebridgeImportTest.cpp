@@ -8,9 +8,7 @@
 #include "TempHome.h"
 
 #include <QDir>
-#include <QElapsedTimer>
 #include <QProcess>
-#include <QThread>
 
 #include <ostream>
 
@@ -350,9 +348,7 @@ TEST_F(Cli, OpenHandsTheResultToTheEditorsDesktopEntry)
     // A stand-in for the editor that notes which file it was given.
     const QString opened = path(u"opened"_qs);
     const QString editor = path(u"editor.sh"_qs);
-    TempHome::write(editor, "#!/bin/sh\necho \"$1\" > \"" + opened.toUtf8() + ".part\" && mv \"" +
-                                opened.toUtf8() + ".part\" \"" + opened.toUtf8() + "\"\n");
-    QFile::setPermissions(editor, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+    TempHome::writeNotingProgram(editor, opened);
     TempHome::write(
         home.path() + u"/.local/share/applications/com.apple.FinalCut.desktop"_qs,
         "[Desktop Entry]\nType=Application\nName=Final Cut Pro\nExec=" + editor.toUtf8() + " %f\n");
@@ -363,11 +359,7 @@ TEST_F(Cli, OpenHandsTheResultToTheEditorsDesktopEntry)
     EXPECT_EQ(result.status, 0) << result.err.toStdString();
     EXPECT_TRUE(result.out.startsWith(u"Markers successfully imported: A copy of your project "
                                       u"was sent to Final Cut Pro."));
-    QElapsedTimer waited;
-    waited.start();
-    while (!QFile::exists(opened) && waited.elapsed() < 10000)
-        QThread::msleep(20);
-    EXPECT_EQ(TempHome::read(opened).trimmed(), resultPath(result).toUtf8());
+    EXPECT_EQ(TempHome::noted(opened), u'[' + resultPath(result) + u']');
 }
 
 } // namespace

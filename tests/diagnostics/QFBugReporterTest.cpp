@@ -10,7 +10,6 @@
 
 #include <QDateTime>
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
 #include <QProcess>
 #include <QRegularExpression>
@@ -33,25 +32,12 @@ protected:
         EXPECT_TRUE(file.setFileTime(modified, QFileDevice::FileModificationTime));
         return path;
     }
-    /// Waits until the stand-in bug reporter has written the report it was given.
-    static QString givenTo(const QString &noteFile)
-    {
-        QElapsedTimer waited;
-        waited.start();
-        while (!QFile::exists(noteFile) && waited.elapsed() < 10000)
-            QThread::msleep(10);
-        return QString::fromUtf8(TempHome::read(noteFile)).trimmed();
-    }
     /// A "Bug Reporter" beside the application that notes its argument.
     QString installReporter()
     {
         const QString folder = home.path() + u"/app"_qs;
         const QString note = home.path() + u"/given"_qs;
-        TempHome::write(folder + u"/Bug Reporter"_qs,
-                        "#!/bin/sh\necho \"$1\" > \"" + note.toUtf8() + ".part\" && mv \"" +
-                            note.toUtf8() + ".part\" \"" + note.toUtf8() + "\"\n");
-        QFile::setPermissions(folder + u"/Bug Reporter"_qs,
-                              QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        TempHome::writeNotingProgram(folder + u"/Bug Reporter"_qs, note);
         QFLocalPaths::setExecutableFolderForTesting(folder);
         return note;
     }
@@ -160,7 +146,9 @@ TEST_F(CrashCheck, ACrashedRunLeavesAReportThatTheNextLaunchHandsToTheBugReporte
     EXPECT_GE(fault.count(u"[0x"_qs), 6) << "a backtrace of each crashed thread";
 
     QFBugReporter::startBugReporter(u"Cuebridge"_qs, record());
-    EXPECT_TRUE(written.contains(QFileInfo(givenTo(given)).fileName()));
+    const QString reported = TempHome::noted(given);
+    EXPECT_TRUE(written.contains(QFileInfo(reported.mid(1, reported.size() - 2)).fileName()))
+        << reported.toStdString();
     EXPECT_TRUE(log().contains(u"Application crashed on last launch"_qs));
 }
 

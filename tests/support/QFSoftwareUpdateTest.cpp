@@ -8,9 +8,7 @@
 #include "QtPrinters.h"
 
 #include <QDir>
-#include <QElapsedTimer>
 #include <QFile>
-#include <QThread>
 
 namespace {
 
@@ -39,18 +37,7 @@ protected:
     /// A stand-in updater that notes its arguments (and, by its text, which copy it is).
     void makeUpdater(const QString &path, const QByteArray &which)
     {
-        TempHome::write(path, "#!/bin/sh\n# " + which + "\necho \"[$*]\" > \"" + note().toUtf8() +
-                                  ".part\" && mv \"" + note().toUtf8() + ".part\" \"" +
-                                  note().toUtf8() + "\"\n");
-        QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
-    }
-    QString noted() const
-    {
-        QElapsedTimer waited;
-        waited.start();
-        while (!QFile::exists(note()) && waited.elapsed() < 10000)
-            QThread::msleep(10);
-        return QString::fromUtf8(TempHome::read(note())).trimmed();
+        TempHome::writeNotingProgram(path, note(), which);
     }
 };
 
@@ -74,10 +61,10 @@ TEST_F(Updater, TheInstalledOneComesFirstAndACarriedOneRunsFromAFreshCopy)
     EXPECT_FALSE(QFile::exists(copy));
 
     QFSoftwareUpdate().manualUpdateCheck();
-    EXPECT_EQ(noted(), u"[]"_qs) << "a manual check starts it as it is";
+    EXPECT_EQ(TempHome::noted(note()), u"[]"_qs) << "a manual check starts it as it is";
     QFile::remove(note());
     QFSoftwareUpdate::automaticallyCheckForUpdates();
-    EXPECT_EQ(noted(),
+    EXPECT_EQ(TempHome::noted(note()),
               u"[-checkpath "_qs + QFileInfo(u"/proc/self/exe"_qs).canonicalFilePath() + u']');
 }
 
