@@ -96,6 +96,17 @@ qint64 QFAlert::alertSheetWithMessageText(const QString &messageText, const QStr
                                           QObject *delegate, const char *didEndSelector, bool block,
                                           QFAlert *alertObject, const QString &suppressionBinding)
 {
+    return present(messageText, defaultButton, alternateButton, otherButton, informativeText,
+                   parentWindow, delegate, didEndSelector, block, alertObject, suppressionBinding,
+                   {});
+}
+
+qint64 QFAlert::present(const QString &messageText, const QString &defaultButton,
+                        const QString &alternateButton, const QString &otherButton,
+                        const QString &informativeText, QObject *parentWindow, QObject *delegate,
+                        const char *didEndSelector, bool block, QFAlert *alertObject,
+                        const QString &suppressionBinding, const std::function<void()> &whenShown)
+{
     std::shared_ptr<QFAlert> made;
     QFAlert *alert = alertObject;
     if (!alert) {
@@ -130,6 +141,8 @@ qint64 QFAlert::alertSheetWithMessageText(const QString &messageText, const QStr
             [alert, &dictionary] { alert->alertSheetWithDictionary(dictionary); });
     else
         alert->alertSheetWithDictionary(dictionary);
+    if (whenShown)
+        whenShown();
 
     if (!block) {
         // Shown and not waited for: the alert lives until the user answers it.
@@ -149,11 +162,15 @@ qint64 QFAlert::timedAlertSheetWithMessageText(
     const QString &otherButton, const QString &informativeText, QObject *parentWindow, int interval)
 {
     const std::shared_ptr<QFAlert> alert = makeAlert();
+    // Started once the alert is up, so that its end cannot come before the alert's start.
     // The timer keeps its own hold: it still ends the alert after the user has answered.
-    std::thread([alert, interval] { alert->defaultReturnAfterTimeInterval(interval); }).detach();
-    return alertSheetWithMessageText(messageText, defaultButton, alternateButton, otherButton,
-                                     informativeText, parentWindow, nullptr, nullptr, true,
-                                     alert.get());
+    const auto startTimer = [alert, interval] {
+        std::thread([alert, interval] {
+            alert->defaultReturnAfterTimeInterval(interval);
+        }).detach();
+    };
+    return present(messageText, defaultButton, alternateButton, otherButton, informativeText,
+                   parentWindow, nullptr, nullptr, true, alert.get(), QString(), startTimer);
 }
 
 void QFAlert::alertSheetWithDictionary(const QVariantMap &dictionary)

@@ -118,6 +118,13 @@ public:
     QObject *alert() const { return m_alert; }
 
 private:
+    /// The full form; whenShown runs once the alert is up, before any waiting.
+    static qint64 present(const QString &messageText, const QString &defaultButton,
+                          const QString &alternateButton, const QString &otherButton,
+                          const QString &informativeText, QObject *parentWindow, QObject *delegate,
+                          const char *didEndSelector, bool block, QFAlert *alertObject,
+                          const QString &suppressionBinding,
+                          const std::function<void()> &whenShown);
     /// Until the alert has ended: events handled on the main thread, sleep elsewhere.
     void waitUntilEnded();
 
