@@ -4,6 +4,7 @@
 #include "WebAddresses.h"
 #include "ui_Preferences.h"
 
+#include "analytics/QFQC.h"
 #include "diagnostics/QFBugReporter.h"
 #include "diagnostics/QFLog.h"
 #include "diagnostics/QFTroubleshootingUtils.h"
@@ -13,6 +14,7 @@
 
 #include <QAction>
 #include <QApplication>
+#include <QCheckBox>
 #include <QDesktopServices>
 #include <QDialog>
 #include <QFileDialog>
@@ -69,6 +71,7 @@ void AppController::applicationDidFinishLaunching(const QStringList &files)
             documents().isEmpty())
             performStartupAction();
     });
+    QFQC::sharedController().loadQC(nullptr);
 }
 
 void AppController::performStartupAction()
@@ -220,11 +223,12 @@ void AppController::showPrefs()
         m_windowPrefs->setAttribute(Qt::WA_DeleteOnClose);
         Ui::Preferences form;
         form.setupUi(m_windowPrefs);
-        // Usage statistics are sent only with the user's consent, and nothing is sent
-        // yet: the box stays off until the statistics service is part of the application.
-        form.qcLoggingCheck->setChecked(false);
-        form.qcLoggingCheck->setEnabled(false);
+        m_qcLoggingCheck = form.qcLoggingCheck;
+        // For this run only: the consent file keeps the answer given to the question.
+        connect(m_qcLoggingCheck, &QCheckBox::toggled, this,
+                [](bool on) { QFQC::sharedController().setShouldLog(on); });
     }
+    m_qcLoggingCheck->setChecked(QFQC::sharedController().shouldLog());
     m_windowPrefs->show();
     m_windowPrefs->raise();
     m_windowPrefs->activateWindow();

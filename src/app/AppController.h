@@ -10,6 +10,7 @@
 #include <QStringList>
 
 class MyDocument;
+class QCheckBox;
 class QDialog;
 class QMenuBar;
 
@@ -26,7 +27,8 @@ public:
     ~AppController() override;
 
     /// After launch: opens the files given, in their order, or else the marker-list
-    /// panel; one second later the panel again if no window is active.
+    /// panel; one second later the panel again if no window is active. Then the usage
+    /// analytics, which may ask for consent.
     void applicationDidFinishLaunching(const QStringList &files);
     /// The marker-list panel, application-modal; each chosen list opens as a document.
     void openFile();
@@ -74,6 +76,7 @@ private:
     QFSoftwareUpdate m_softwareUpdate;
     QList<MyDocument *> m_documents; // each removed as it is destroyed
     QPointer<QDialog> m_windowPrefs;
+    QCheckBox *m_qcLoggingCheck = nullptr; // in the preferences window
     bool m_panelShown = false;
     bool m_quitting = false;
 };

@@ -13,6 +13,8 @@ int main(int argc, char *argv[])
 {
     QApplication app(argc, argv);
     QApplication::setOrganizationName(QStringLiteral("Quillfen"));
+    // With the name, the bundle identifier the analytics store is named by.
+    QApplication::setOrganizationDomain(QStringLiteral("quillfen.com"));
     QApplication::setApplicationName(QStringLiteral("Cuebridge"));
     QApplication::setApplicationVersion(QStringLiteral(CUEBRIDGE_VERSION));
     QApplication::setDesktopFileName(QStringLiteral("com.quillfen.Cuebridge"));

@@ -177,26 +177,36 @@ QByteArray toBytes(const QVariant &value, Format format)
     return bytes;
 }
 
-QVariantMap readDictionary(const QString &path)
+QVariant readFile(const QString &path)
 {
     QFile file(path);
     if (path.isEmpty() || !file.open(QIODevice::ReadOnly))
         return {};
-    const QVariant value = fromBytes(file.readAll());
+    return fromBytes(file.readAll());
+}
+
+QVariantMap readDictionary(const QString &path)
+{
+    const QVariant value = readFile(path);
     return value.typeId() == QMetaType::QVariantMap ? value.toMap() : QVariantMap();
 }
 
-bool writeDictionary(const QVariantMap &dictionary, const QString &path, Format format,
-                     QString *error)
+bool writeFile(const QVariant &value, const QString &path, Format format, QString *error)
 {
     QSaveFile file(path);
-    if (!file.open(QIODevice::WriteOnly) || file.write(toBytes(dictionary, format)) < 0 ||
+    if (!file.open(QIODevice::WriteOnly) || file.write(toBytes(value, format)) < 0 ||
         !file.commit()) {
         if (error)
             *error = file.errorString();
         return false;
     }
     return true;
+}
+
+bool writeDictionary(const QVariantMap &dictionary, const QString &path, Format format,
+                     QString *error)
+{
+    return writeFile(dictionary, path, format, error);
 }
 
 } // namespace QFPropertyList

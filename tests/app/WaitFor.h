@@ -1,6 +1,6 @@
 #pragma once
 
-#include <QApplication>
+#include <QCoreApplication>
 #include <QElapsedTimer>
 #include <QThread>
 
@@ -14,7 +14,7 @@ inline bool waitFor(const std::function<bool()> &condition)
     while (!condition()) {
         if (timer.elapsed() > 10000)
             return false;
-        QApplication::processEvents(QEventLoop::AllEvents, 10);
+        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
         QThread::msleep(2);
     }
     return true;

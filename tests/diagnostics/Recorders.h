@@ -1,7 +1,8 @@
 #pragma once
 
 // Stand-ins for what the support services show and start: alerts answered at once
-// with the default button, and a desktop that notes which files it was asked to open.
+// (with the default button unless told otherwise), and a desktop that notes which files it was
+// asked to open.
 
 #include "support/QFAlert.h"
 #include "support/QFWorkspace.h"
@@ -23,10 +24,13 @@ public:
             QMutexLocker lock(&m_mutex);
             m_shown << content.messageText + QStringLiteral(" / ") + content.informativeText;
         }
-        answered(QFAlert::defaultReturn);
+        answered(answer);
         return nullptr;
     }
     void close(QObject *) override {}
+
+    /// The code every alert is answered with.
+    qint64 answer = QFAlert::defaultReturn;
 
     /// "message / informative text" of each alert so far.
     QStringList shown()

@@ -1,0 +1,405 @@
+// The analytics as launches of the application see them: the consent question, the
+// events kept, and the upload, received by a real HTTP server inside the test.
+
+#include "analytics/QFQC.h"
+#include "support/QFOSDetect.h"
+#include "support/QFPropertyList.h"
+#include "support/QFUserDefaults.h"
+
+#include "LoggedTest.h"
+#include "QtPrinters.h"
+#include "app/WaitFor.h"
+#include "diagnostics/Recorders.h"
+
+#include <QCoreApplication>
+#include <QNetworkProxy>
+#include <QRegularExpression>
+#include <QTcpServer>
+#include <QTcpSocket>
+
+namespace {
+
+/// HTTP on 127.0.0.1: keeps each request it is sent and answers it with 200.
+class LocalHttpServer : public QObject
+{
+public:
+    struct Request
+    {
+        QByteArray requestLine;
+        QByteArray contentType;
+        QByteArray body;
+    };
+
+    LocalHttpServer()
+    {
+        EXPECT_TRUE(m_server.listen(QHostAddress::LocalHost));
+        connect(&m_server, &QTcpServer::newConnection, this, [this] {
+            while (QTcpSocket *socket = m_server.nextPendingConnection()) {
+                connect(socket, &QTcpSocket::readyRead, this, [this, socket] { read(socket); });
+                connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
+            }
+        });
+    }
+    QUrl url() const
+    {
+        return QUrl(u"http://127.0.0.1:%1/appdata/qc/qc.php"_qs.arg(m_server.serverPort()));
+    }
+    /// The request, once it has come in full (ten seconds at most).
+    std::optional<Request> next()
+    {
+        if (!waitFor([this] { return !m_requests.isEmpty(); }))
+            return std::nullopt;
+        return m_requests.takeFirst();
+    }
+
+private:
+    void read(QTcpSocket *socket)
+    {
+        QByteArray &data = m_partial[socket];
+        data += socket->readAll();
+        const qsizetype headerEnd = data.indexOf("\r\n\r\n");
+        if (headerEnd < 0)
+            return;
+        Request request;
+        qsizetype length = 0;
+        const QList<QByteArray> lines = data.left(headerEnd).split('\n');
+        request.requestLine = lines.value(0).trimmed();
+        for (const QByteArray &line : lines) {
+            const qsizetype colon = line.indexOf(':');
+            const QByteArray name = line.left(colon).trimmed().toLower();
+            if (name == "content-type")
+                request.contentType = line.mid(colon + 1).trimmed();
+            else if (name == "content-length")
+                length = line.mid(colon + 1).trimmed().toLongLong();
+        }
+        if (data.size() < headerEnd + 4 + length)
+            return;
+        request.body = data.mid(headerEnd + 4, length);
+        m_partial.remove(socket);
+        m_requests.append(request);
+        socket->write("HTTP/1.1 200 OK\r\nContent-Length: 2\r\nConnection: close\r\n\r\nOK");
+        socket->disconnectFromHost();
+    }
+
+    QTcpServer m_server;
+    QHash<QTcpSocket *, QByteArray> m_partial;
+    QList<Request> m_requests;
+};
+
+class Analytics : public LoggedTest
+{
+protected:
+    void SetUp() override
+    {
+        LoggedTest::SetUp();
+        QFOSDetect::setVersionForTesting(QFOSDetect::Version{6, 1, 0});
+        defaults.setObject(server.url().toString(), u"QCEndpoint"_qs);
+    }
+    void TearDown() override
+    {
+        QFOSDetect::setVersionForTesting(std::nullopt);
+        LoggedTest::TearDown();
+    }
+
+    /// One launch of the application.
+    std::unique_ptr<QFQC> launch(const QString &bundleID = u"com.quillfen.Test"_qs)
+    {
+        auto qc = std::make_unique<QFQC>(defaults, bundleID, u"1.2"_qs);
+        qc->setConsentDelayForTesting(0);
+        return qc;
+    }
+    /// The events stored once the launch has ended as the application ends.
+    QVariantList quit(std::unique_ptr<QFQC> qc)
+    {
+        qc->willTerminate();
+        return QFPropertyList::readFile(qc->storeFilePath()).toList();
+    }
+    /// Where the test application's events are kept.
+    QString storePath() const { return home.path() + u"/.cache/Quillfen/QC/com.quillfen.Test"_qs; }
+    static QVariantMap consent() { return QFPropertyList::readDictionary(QFQC::consentFilePath()); }
+    static void setConsent(const QVariantMap &values)
+    {
+        QDir().mkpath(QFileInfo(QFQC::consentFilePath()).path());
+        ASSERT_TRUE(QFPropertyList::writeDictionary(values, QFQC::consentFilePath()));
+    }
+    static QVariantMap event(const QString &name, qint64 date, const QString &data = QString())
+    {
+        QVariantMap record{{u"event"_qs, name}, {u"date"_qs, date}};
+        if (!data.isNull())
+            record.insert(u"data"_qs, data);
+        return record;
+    }
+    static int count(const QVariantList &events, const QString &name)
+    {
+        return int(std::count_if(events.cbegin(), events.cend(), [&](const QVariant &record) {
+            return record.toMap().value(u"event"_qs) == name;
+        }));
+    }
+    int logged(const QString &line) const { return int(log().count(line)); }
+
+    RecordingAlerts alerts;
+    RecordingWorkspace workspace;
+    LocalHttpServer server;
+    QFUserDefaults defaults{home.path() + u"/defaults.ini"_qs};
+};
+
+TEST_F(Analytics, ConsentIsAskedFromTheThirdLaunchUntilAnsweredAndTheAnswerIsShared)
+{
+    const QString question = u"Help improve Quillfen software by submitting analytics and usage "
+                             "data / This information helps us find problems and improve our "
+                             "software. It is anonymous and cannot be used to identify you."_qs;
+    struct Answer
+    {
+        qint64 code;
+        QVariant kept; // "logQC" afterwards; invalid when absent
+        bool asksAgain;
+    };
+    const Answer answers[] = {{QFAlert::defaultReturn, true, false},
+                              {QFAlert::otherReturn, false, false},
+                              {QFAlert::alternateReturn, QVariant(), true}};
+    for (const Answer &answer : answers) {
+        SCOPED_TRACE(answer.code);
+        QFile::remove(QFQC::consentFilePath());
+        QFile::remove(storePath());
+        defaults.removeObjectForKey(u"launchCount"_qs);
+        alerts.answer = answer.code;
+        qsizetype asked = alerts.shown().size();
+        for (int launchNumber = 1; launchNumber <= 4; ++launchNumber) {
+            const bool asks = launchNumber == 3 || (launchNumber == 4 && answer.asksAgain);
+            asked += asks;
+            auto qc = launch();
+            qc->loadQC(nullptr);
+            waitFor([&] { return alerts.shown().size() == asked; });
+            QCoreApplication::processEvents();
+            EXPECT_EQ(alerts.shown().size(), asked) << "launch " << launchNumber;
+            if (asks) {
+                EXPECT_EQ(alerts.shown().last(), question);
+            }
+            const QVariant kept = launchNumber >= 3 ? answer.kept : QVariant();
+            EXPECT_EQ(consent().value(u"logQC"_qs), kept);
+            EXPECT_EQ(qc->shouldLog(), kept.toBool());
+            // Events are recorded in the run that said yes, not in later ones.
+            EXPECT_EQ(count(quit(std::move(qc)), u"launch"_qs), kept.toBool() ? 1 : 0);
+        }
+    }
+    EXPECT_EQ(workspace.opened(), QStringList(2, QFQC::moreInfoPage().toString() + u" with ''"_qs +
+                                                     u", asynchronously"_qs));
+}
+
+TEST_F(Analytics, OnlyTheAnswerIsKeptTheCheckBoxHoldsForThisRunOnly)
+{
+    auto qc = launch();
+    qc->setShouldLog(true);
+    EXPECT_FALSE(consent().contains(u"logQC"_qs));
+    qc = launch();
+    EXPECT_FALSE(qc->shouldLog());
+    qc->enableQCLogging();
+    EXPECT_TRUE(launch()->shouldLog());
+    qc->toggleQCLogging(false);
+    EXPECT_EQ(consent().value(u"logQC"_qs), false);
+    EXPECT_FALSE(launch()->shouldLog());
+}
+
+TEST_F(Analytics, ALaunchIsRecordedOnceAMinuteAndTheSystemOnceAVersion)
+{
+    setConsent({{u"logQC"_qs, true}});
+    defaults.setObject(QDateTime::currentDateTimeUtc(), u"lastSubmission"_qs); // no upload
+    const qint64 now = QDateTime::currentSecsSinceEpoch();
+    // A launch recorded this long ago, and whether this launch adds one.
+    const std::pair<qint64, bool> earlier[] = {{30, false}, {61, true}, {-100, true}};
+    for (const auto &[age, adds] : earlier) {
+        SCOPED_TRACE(age);
+        auto qc = launch();
+        qc->logQCEvent(event(u"launch"_qs, now - age));
+        qc->setupInitialLogging();
+        const QVariantList stored = quit(std::move(qc));
+        EXPECT_EQ(count(stored, u"launch"_qs), adds ? 2 : 1);
+        QFile::remove(storePath());
+    }
+    EXPECT_EQ(defaults.stringForKey(u"lastOSVersion"_qs), u"6.1.0"_qs);
+
+    QFOSDetect::setVersionForTesting(QFOSDetect::Version{6, 2, 3});
+    for (int run = 0; run < 2; ++run) {
+        auto qc = launch();
+        qc->setupInitialLogging();
+        quit(std::move(qc));
+    }
+    const QVariantList stored = quit(launch());
+    ASSERT_EQ(count(stored, u"specs"_qs), 1) << "one for the update, none for the same system";
+    EXPECT_EQ(count(stored, u"launch"_qs), 1) << "the second within the minute";
+    EXPECT_EQ(stored.last().toMap().value(u"data"_qs), u"6.2.3"_qs);
+}
+
+TEST_F(Analytics, UploadsAreDueOnceADayFromTheFourthLaunch)
+{
+    setConsent({{u"logQC"_qs, true}});
+    defaults.setObject(u"6.1.0"_qs, u"lastOSVersion"_qs); // a launch event only
+    const QDateTime now = QDateTime::currentDateTimeUtc();
+    struct Due
+    {
+        QDateTime lastSubmission; // invalid: none yet
+        qint64 launchesBefore;
+        bool uploads;
+    };
+    const Due rows[] = {{{}, 2, false},
+                        {{}, 3, true},
+                        {now.addSecs(-86400 - 60), 0, true},
+                        {now.addSecs(-3600), 10, false}};
+    int sent = 0;
+    for (const Due &row : rows) {
+        SCOPED_TRACE(row.launchesBefore);
+        defaults.setObject(row.launchesBefore, u"launchCount"_qs);
+        defaults.setObject(row.lastSubmission, u"lastSubmission"_qs);
+        if (!row.lastSubmission.isValid())
+            defaults.removeObjectForKey(u"lastSubmission"_qs);
+        auto qc = launch();
+        qc->setupInitialLogging();
+        qc->waitUntilAllOperationsAreFinished();
+        sent += row.uploads;
+        EXPECT_EQ(logged(u"Sending QC log to Quillfen..."_qs), sent);
+        if (row.uploads) {
+            EXPECT_TRUE(server.next());
+            EXPECT_FALSE(QFile::exists(qc->storeFilePath())) << "the events go with the upload";
+            EXPECT_LE(defaults.objectForKey(u"lastSubmission"_qs).toDateTime().secsTo(now), 0);
+        }
+        EXPECT_EQ(quit(std::move(qc)).size(), row.uploads ? 0 : 1);
+        QFile::remove(storePath());
+    }
+}
+
+TEST_F(Analytics, TheUploadIsOneMultipartPostAndTheIdentifierLastsNinetyDays)
+{
+    const QDateTime now = QDateTime::currentDateTimeUtc();
+    const QRegularExpression newIdentifier(u"^[a-zA-Z0-9]{12}$"_qs);
+    struct Row
+    {
+        QString bundleID;
+        QVariantMap consent; // null: the file is not a property list
+        bool keepsIdentifier;
+        bool identifierStored;
+    };
+    const QVariantMap answer{{u"logQC"_qs, true}};
+    auto with = [&](const QVariantMap &more) {
+        QVariantMap values = answer;
+        values.insert(more);
+        return values;
+    };
+    const Row rows[] = {
+        {u"com.quillfen.Test"_qs,
+         with({{u"uid"_qs, u"abcdefghijkl"_qs}, {u"uidAssigned"_qs, now.addDays(-89)}}), true,
+         true},
+        {u"com.quillfen.Test"_qs,
+         with({{u"uid"_qs, u"abcdefghijkl"_qs}, {u"uidAssigned"_qs, now.addDays(-91)}}), false,
+         true},
+        {u"com.quillfen.Test"_qs, with({{u"uid"_qs, u"abcdefghijkl"_qs}}), true, true},
+        {QString(), answer, false, true},
+        {u"com.quillfen.Test"_qs, QVariantMap(), false, false},
+    };
+    for (const Row &row : rows) {
+        SCOPED_TRACE(&row - rows);
+        if (row.consent.isEmpty())
+            TempHome::write(QFQC::consentFilePath(), "not a property list");
+        else
+            setConsent(row.consent);
+        auto qc = launch(row.bundleID);
+        qc->setShouldLog(true);
+        qc->logQCEvent(event(u"launch"_qs, 1700000000));
+        qc->logQCEvent(event(u"specs"_qs, 1700000100, u"6.1.0"_qs));
+        qc->uploadData();
+        const std::optional<LocalHttpServer::Request> request = server.next();
+        ASSERT_TRUE(request);
+        EXPECT_EQ(request->requestLine, "POST /appdata/qc/qc.php HTTP/1.1");
+        const QRegularExpressionMatch type =
+            QRegularExpression(u"^multipart/form-data; boundary=([-0-9A-F]{36})$"_qs)
+                .match(QString::fromLatin1(request->contentType));
+        ASSERT_TRUE(type.hasMatch()) << request->contentType.toStdString();
+        const QByteArray boundary = type.captured(1).toLatin1();
+        const QByteArray uid = row.keepsIdentifier
+                                   ? "abcdefghijkl"
+                                   : QRegularExpression(u"name=\"uid\"\r\n\r\n(\\w+)\r\n"_qs)
+                                         .match(QString::fromLatin1(request->body))
+                                         .captured(1)
+                                         .toLatin1();
+        EXPECT_TRUE(newIdentifier.match(QString::fromLatin1(uid)).hasMatch());
+        const QByteArray app = row.bundleID.isEmpty() ? "Unknown" : row.bundleID.toUtf8();
+        auto part = [&](const QByteArray &name, const QByteArray &value) {
+            return "--" + boundary + "\r\nContent-Disposition: form-data; name=\"" + name +
+                   "\"\r\n\r\n" + value + "\r\n";
+        };
+        EXPECT_EQ(request->body,
+                  part("app", app) +
+                      part("events", R"([{"date":1700000000,"event":"launch"},)"
+                                     R"({"data":"6.1.0","date":1700000100,"event":"specs"}])") +
+                      part("uid", uid) + part("version", "1.2"));
+        if (row.identifierStored) {
+            EXPECT_EQ(consent().value(u"uid"_qs).toByteArray(), uid);
+            const QDateTime assigned = consent().value(u"uidAssigned"_qs).toDateTime();
+            EXPECT_EQ(assigned.isValid() && assigned.secsTo(now) < 60, !row.keepsIdentifier);
+        } else {
+            EXPECT_EQ(TempHome::read(QFQC::consentFilePath()), "not a property list");
+        }
+        EXPECT_EQ(quit(std::move(qc)), QVariantList());
+    }
+    EXPECT_EQ(logged(u"Error: unable to save QC data. Bundle ID not found."_qs), 3)
+        << "each store write: one per event, one at the end";
+}
+
+TEST_F(Analytics, AFailedUploadIsLoggedAndItsEventsAreDroppedAllTheSame)
+{
+    setConsent({{u"logQC"_qs, true}});
+    QTcpServer closed;
+    ASSERT_TRUE(closed.listen(QHostAddress::LocalHost));
+    const QString refused = u"http://127.0.0.1:%1/appdata/qc/qc.php"_qs.arg(closed.serverPort());
+    closed.close();
+    const std::pair<QString, QString> endpoints[] = {
+        {refused, u"Connection failed - Connection refused"_qs},
+        {u"ftp://127.0.0.1/qc.php"_qs,
+         u"Failed to establish a connection. Please try again later."_qs}};
+    for (const auto &[endpoint, line] : endpoints) {
+        defaults.setObject(endpoint, u"QCEndpoint"_qs);
+        auto qc = launch();
+        qc->logQCEvent(event(u"launch"_qs, 1700000000));
+        qc->uploadData();
+        EXPECT_TRUE(waitFor([&] { return logged(line) == 1; })) << line.toStdString();
+        EXPECT_EQ(quit(std::move(qc)), QVariantList());
+    }
+}
+
+TEST(AnalyticsEndpoint, TheEnvironmentComesBeforeThePreferenceAndThenTheMakersServer)
+{
+    TempHome home;
+    QFUserDefaults defaults(home.path() + u"/defaults.ini"_qs);
+    QFQC qc(defaults, QString(), QString());
+    EXPECT_EQ(qc.endpoint().toString(), u"https://www.quillfen.com/appdata/qc/qc.php"_qs);
+    defaults.setObject(u"http://127.0.0.1:1/p"_qs, u"QCEndpoint"_qs);
+    EXPECT_EQ(qc.endpoint().toString(), u"http://127.0.0.1:1/p"_qs);
+    qputenv("QUILLFEN_QC_ENDPOINT", "http://127.0.0.1:2/e");
+    EXPECT_EQ(qc.endpoint().toString(), u"http://127.0.0.1:2/e"_qs);
+    qunsetenv("QUILLFEN_QC_ENDPOINT");
+}
+
+TEST(AnalyticsFormData, EachFieldIsAPartAndAFileIsSentAsAFile)
+{
+    EXPECT_EQ(QFQC::generateFormData({{u"uid"_qs, u"abc"_qs}}, u"B"_qs),
+              "--B\r\nContent-Disposition: form-data; name=\"uid\"\r\n\r\nabc\r\n");
+    TempHome home;
+    const QString file = home.path() + u"/report.crash"_qs;
+    TempHome::write(file, "bytes");
+    EXPECT_EQ(QFQC::generateFormData({{u"f"_qs, QUrl::fromLocalFile(file)},
+                                      {u"g"_qs, QUrl(u"https://example.com/x"_qs)}},
+                                     u"B"_qs),
+              "--B\r\nContent-Disposition: form-data; name=\"f\"; filename=\"report.crash\"\r\n"
+              "Content-Type: application/octet-stream\r\n\r\nbytes\r\n--B\r\n\r\n");
+    EXPECT_EQ(QFQC::generateRandomString(0), QString());
+}
+
+} // namespace
+
+int main(int argc, char **argv)
+{
+    QCoreApplication application(argc, argv);
+    // The server is on this machine: never through a proxy from the environment.
+    QNetworkProxy::setApplicationProxy(QNetworkProxy::NoProxy);
+    testing::InitGoogleTest(&argc, argv);
+    return RUN_ALL_TESTS();
+}
