@@ -12,7 +12,6 @@
 #include <QRegularExpression>
 
 #include <cstring>
-#include <ostream>
 #include <stdexcept>
 
 namespace {
@@ -253,16 +252,6 @@ TEST_F(LinkTest, OpenProjectsAreListedUntilOneCannotBeRead)
     EXPECT_EQ(ConsoleCapture::messages().size(), 3);
 }
 
-struct ReplyCase
-{
-    const char *name;
-    std::function<std::optional<AESendResult>(const AppleEvent &)> fault;
-    std::optional<QByteArray> expected;
-    QStringList console;
-
-    friend void PrintTo(const ReplyCase &c, std::ostream *os) { *os << c.name; }
-};
-
 AESendResult replyWith(QList<std::pair<FourCharCode, AEDescriptor>> fields)
 {
     AESendResult result;
@@ -279,80 +268,45 @@ AESendResult failure(AESendStage stage, qint32 status, FourCharCode parameter = 
     return result;
 }
 
-/// Faults of the item fetch only; the project list is answered normally.
-auto onItem(std::function<AESendResult()> make)
+TEST_F(LinkTest, BadRepliesToTheItemFetchGiveNilWithTheirMessage)
 {
-    return [make](const AppleEvent &event) -> std::optional<AESendResult> {
-        if (event.eventID != fourCharCode("gXML"))
-            return std::nullopt;
-        return make();
+    const auto xml = [](AEDescriptor descriptor) {
+        return replyWith({{fourCharCode("xmlD"), std::move(descriptor)}});
     };
+    const struct
+    {
+        AESendResult reply;
+        std::optional<QByteArray> expected;
+        const char *console; // none: nothing
+    } cases[] = {
+        {xml(AEDescriptor(AEType::utf8Text, QByteArray("<a/>\0\0", 6))), QByteArray("<a/>\0", 5),
+         nullptr},
+        {xml(AEDescriptor(AEType::plainText, "<a/>")), QByteArray("<a/>"), nullptr},
+        {replyWith({}), std::nullopt, "Error getting XML information"},
+        {xml(AEDescriptor::longInteger(7)), std::nullopt, "Error getting XML information"},
+        {xml(AEDescriptor(AEType::utf8Text, {})), std::nullopt,
+         "Unable to communicate with Final Cut Pro. Please make sure it is running."},
+        {failure(AESendStage::Send, AEStatus::errAETimeout), std::nullopt,
+         "Error sending AppleEvent"},
+        {failure(AESendStage::CreateTarget, -50), std::nullopt, "Error creating app description"},
+        {failure(AESendStage::CreateEvent, -50), std::nullopt, "Error creating AppleEvent"},
+        {failure(AESendStage::PutParameter, -1700, fourCharCode("fcIU")), std::nullopt,
+         "Error adding destination project file to AppleEvent query"},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.console ? c.console : "a reply");
+        ConsoleCapture::clear();
+        // Only the item fetch fails; the project list is answered normally.
+        editor.fault = [&c](const AppleEvent &event) -> std::optional<AESendResult> {
+            if (event.eventID != fourCharCode("gXML"))
+                return std::nullopt;
+            return c.reply;
+        };
+        EXPECT_EQ(QFAppleEvents::getItemXMLData(u"U-1"_qs, project), c.expected);
+        EXPECT_EQ(ConsoleCapture::messages(),
+                  c.console ? QStringList(QString::fromUtf8(c.console)) : QStringList());
+    }
 }
-
-class BadReplies : public LinkTest, public testing::WithParamInterface<ReplyCase>
-{
-};
-
-TEST_P(BadReplies, GiveNilWithTheirMessage)
-{
-    editor.fault = GetParam().fault;
-    EXPECT_EQ(QFAppleEvents::getItemXMLData(u"U-1"_qs, project), GetParam().expected);
-    EXPECT_EQ(ConsoleCapture::messages(), GetParam().console);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    , BadReplies,
-    testing::Values(
-        ReplyCase{"TwoTrailingZerosKeepOne",
-                  onItem([] {
-                      return replyWith(
-                          {{fourCharCode("xmlD"),
-                            AEDescriptor(AEType::utf8Text, QByteArray("<a/>\0\0", 6))}});
-                  }),
-                  QByteArray("<a/>\0", 5),
-                  {}},
-        ReplyCase{
-            "PlainTextIsReadAsUtf8",
-            onItem([] {
-                return replyWith({{fourCharCode("xmlD"), AEDescriptor(AEType::plainText, "<a/>")}});
-            }),
-            QByteArray("<a/>"),
-            {}},
-        ReplyCase{"NoXml",
-                  onItem([] { return replyWith({}); }),
-                  std::nullopt,
-                  {"Error getting XML information"}},
-        ReplyCase{"XmlOfAnotherType",
-                  onItem([] {
-                      return replyWith({{fourCharCode("xmlD"), AEDescriptor::longInteger(7)}});
-                  }),
-                  std::nullopt,
-                  {"Error getting XML information"}},
-        ReplyCase{
-            "EmptyXml",
-            onItem([] {
-                return replyWith({{fourCharCode("xmlD"), AEDescriptor(AEType::utf8Text, {})}});
-            }),
-            std::nullopt,
-            {"Unable to communicate with Final Cut Pro. Please make sure it is running."}},
-        ReplyCase{"TimeOut",
-                  onItem([] { return failure(AESendStage::Send, AEStatus::errAETimeout); }),
-                  std::nullopt,
-                  {"Error sending AppleEvent"}},
-        ReplyCase{"TargetNotMade",
-                  onItem([] { return failure(AESendStage::CreateTarget, -50); }),
-                  std::nullopt,
-                  {"Error creating app description"}},
-        ReplyCase{"EventNotMade",
-                  onItem([] { return failure(AESendStage::CreateEvent, -50); }),
-                  std::nullopt,
-                  {"Error creating AppleEvent"}},
-        ReplyCase{
-            "UuidNotPut",
-            onItem([] { return failure(AESendStage::PutParameter, -1700, fourCharCode("fcIU")); }),
-            std::nullopt,
-            {"Error adding destination project file to AppleEvent query"}}),
-    [](const testing::TestParamInfo<ReplyCase> &param) { return std::string(param.param.name); });
 
 TEST_F(LinkTest, SendingXmlWordsItsFailuresWithTheStatus)
 {
@@ -406,41 +360,24 @@ TEST_F(LinkTest, SequencesComeFromTheTableOfContentsFromVersionSeven)
     EXPECT_FALSE(QFAppleEvents::sequencesInProject(project));
 }
 
-struct VersionCase
+TEST_F(LinkTest, TheInstalledVersionMapsToTheXmemlVersion)
 {
-    const char *name;
-    std::optional<QString> shortVersion; ///< nothing: no Info.plist key
-    QString versionString;
-    int major;
-    int xmeml;
-
-    friend void PrintTo(const VersionCase &c, std::ostream *os) { *os << c.name; }
-};
-
-class InstalledVersion : public LinkTest, public testing::WithParamInterface<VersionCase>
-{
-};
-
-TEST_P(InstalledVersion, MapsToTheXmemlVersion)
-{
-    const VersionCase &c = GetParam();
-    install(c.shortVersion);
-
-    EXPECT_EQ(QFAppleEvents::finalCutProVersionString(), c.versionString);
-    EXPECT_EQ(QFAppleEvents::finalCutProMajorVersion(), c.major);
-    EXPECT_EQ(QFAppleEvents::maximumXMEMLVersion(), c.xmeml);
+    const struct
+    {
+        std::optional<QString> shortVersion; // none: no Info.plist key
+        int major;
+        int xmeml;
+    } versions[] = {{u"7.0.3"_qs, 7, 5}, {u"6.0.6"_qs, 6, 4}, {u"5.1.2"_qs, 5, 3},
+                    {u"5.1"_qs, 5, 2},   {u"4.5"_qs, 4, 1},   {u"10.1"_qs, 1, 5},
+                    {std::nullopt, 7, 1}};
+    for (const auto &v : versions) {
+        SCOPED_TRACE(v.shortVersion.value_or(u"none"_qs).toStdString());
+        install(v.shortVersion);
+        EXPECT_EQ(QFAppleEvents::finalCutProVersionString(), v.shortVersion.value_or(QString()));
+        EXPECT_EQ(QFAppleEvents::finalCutProMajorVersion(), v.major);
+        EXPECT_EQ(QFAppleEvents::maximumXMEMLVersion(), v.xmeml);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    , InstalledVersion,
-    testing::Values(VersionCase{"Seven", u"7.0.3"_qs, u"7.0.3"_qs, 7, 5},
-                    VersionCase{"Six", u"6.0.6"_qs, u"6.0.6"_qs, 6, 4},
-                    VersionCase{"FiveOneTwo", u"5.1.2"_qs, u"5.1.2"_qs, 5, 3},
-                    VersionCase{"FiveOnePadded", u"5.1"_qs, u"5.1"_qs, 5, 2},
-                    VersionCase{"FourFive", u"4.5"_qs, u"4.5"_qs, 4, 1},
-                    VersionCase{"TenReadsAsOne", u"10.1"_qs, u"10.1"_qs, 1, 5},
-                    VersionCase{"NoVersionKey", std::nullopt, QString(), 7, 1}),
-    [](const testing::TestParamInfo<VersionCase> &param) { return std::string(param.param.name); });
 
 TEST_F(LinkTest, BeforeVersionSevenSequencesComeFromTheWholeProject)
 {
