@@ -6,7 +6,7 @@ WERROR  := $(if $(filter true 1 yes,$(CI)),ON,OFF)
 FUZZ_SECONDS ?= 60
 MAKEFLAGS += --no-print-directory
 
-.PHONY: all deps configure build run test test-slow test-asan bench fuzz fuzz-run format format-check clean
+.PHONY: all deps configure build run test test-slow test-asan bench package package-check fuzz fuzz-run format format-check clean
 
 all: build
 
@@ -50,6 +50,17 @@ bench: build
 	@bench/write-results $(BUILD)/bench/micro.json $(BUILD)/bench/imports.tsv \
 	  $(BUILD)/bench/window.tsv > bench/RESULTS.md
 	@echo "figures written to bench/RESULTS.md"
+
+# The Debian package of a release build, in build/release.
+package: deps
+	@cmake --preset release -DCUEBRIDGE_WERROR=$(WERROR) >/dev/null
+	@cmake --build --preset release -j $(JOBS)
+	@cd build/release && cpack -G DEB | grep -v '^CPack: - '
+
+# Its files, its dependencies, the validators of the desktop; as root it is also
+# installed and removed again.
+package-check: package
+	@scripts/check-package "$$(ls -t build/release/cuebridge_*.deb | head -1)"
 
 fuzz:
 	@scripts/install-deps --fuzz
