@@ -1,8 +1,8 @@
 // Any bytes as a marker list: records always have seven or more trimmed fields.
 
 #include "FuzzInput.h"
-#include "import/MarkerListText.h"
 #include "import/QFFCP7MarkerListParser.h"
+#include "import/TextEncoding.h"
 
 namespace {
 
@@ -20,8 +20,8 @@ void check(const QString &text)
 extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
 {
     const QByteArray bytes(reinterpret_cast<const char *>(data), qsizetype(size));
-    const auto encoding = MarkerListText::detectEncoding(bytes);
-    check(MarkerListText::decode(bytes, encoding.value_or(QStringConverter::Utf16LE)));
+    const auto encoding = TextEncoding::detect(bytes);
+    check(TextEncoding::decode(bytes, encoding.value_or(TextEncoding::utf16LE)));
     check(fuzzUtf8(data, size));
     check(fuzzUtf16(data, size));
     return 0;

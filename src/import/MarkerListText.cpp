@@ -1,4 +1,5 @@
 #include "MarkerListText.h"
+#include "TextEncoding.h"
 
 #include "diagnostics/QFLog.h"
 #include "support/QFFileContents.h"
@@ -6,24 +7,6 @@
 #include <QFileInfo>
 
 namespace MarkerListText {
-
-std::optional<QStringConverter::Encoding> detectEncoding(const QByteArray &bytes)
-{
-    if (const auto fromBom = QStringConverter::encodingForData(bytes))
-        return fromBom;
-    // Stateless, so that a sequence cut off at the end counts as an error.
-    QStringDecoder utf8(QStringConverter::Utf8, QStringConverter::Flag::Stateless);
-    const QString text = utf8.decode(bytes);
-    if (utf8.hasError())
-        return std::nullopt;
-    return QStringConverter::Utf8;
-}
-
-QString decode(const QByteArray &bytes, QStringConverter::Encoding encoding)
-{
-    QStringDecoder decoder(encoding, QStringConverter::Flag::Stateless);
-    return decoder.decode(bytes);
-}
 
 namespace {
 
@@ -45,36 +28,30 @@ std::optional<QByteArray> readMarkerList(const QString &path, QFError *error)
 
 } // namespace
 
-std::optional<QStringConverter::Encoding> detectFileEncoding(const QString &path, QFError *error)
+std::optional<QByteArray> detectFileEncoding(const QString &path, QFError *error)
 {
     const auto bytes = readMarkerList(path, error);
-    return bytes ? detectEncoding(*bytes) : std::nullopt;
+    return bytes ? TextEncoding::detect(*bytes) : std::nullopt;
 }
 
-QString readFile(const QString &path, QStringConverter::Encoding encoding, QFError *error)
+QString readFile(const QString &path, const QByteArray &encoding, QFError *error)
 {
     const auto bytes = readMarkerList(path, error);
     if (!bytes)
         return QString();
-    QStringDecoder decoder(encoding, QStringConverter::Flag::Stateless);
-    QString text = decoder.decode(*bytes);
-    const bool oddUtf16 =
-        (encoding == QStringConverter::Utf16LE || encoding == QStringConverter::Utf16BE ||
-         encoding == QStringConverter::Utf16) &&
-        bytes->size() % 2 != 0;
-    if (decoder.hasError() || oddUtf16) {
+    bool valid = false;
+    const QString text = TextEncoding::decode(*bytes, encoding, &valid);
+    const bool oddUtf16 = encoding.startsWith("UTF-16") && bytes->size() % 2 != 0;
+    if (!valid || oddUtf16) {
         if (error) {
             *error = QFError::make(
                 QStringLiteral("QFFileContents"), 261, QStringLiteral("NSLocalizedDescription"),
                 QStringLiteral("The file “%1” couldn’t be read in the %2 text encoding.")
-                    .arg(QFileInfo(path).fileName(),
-                         QLatin1StringView(QStringConverter::nameForEncoding(encoding))));
+                    .arg(QFileInfo(path).fileName(), QString::fromLatin1(encoding)));
         }
         return QString();
     }
-    if (text.isNull())
-        text = QStringLiteral(""); // an empty file is an empty text, not a failed read
-    return text;
+    return text; // an empty file is an empty text, not a failed read
 }
 
 QStringList splitLines(const QString &text)
@@ -99,12 +76,12 @@ ImportText readForImport(const QString &path, const ReadFailure &readFailed,
     const auto encoding = detectFileEncoding(path, &error);
     reportTo(otherFailed);
     ImportText read;
-    read.text = readFile(path, encoding.value_or(QStringConverter::Utf16LE), &error);
+    read.text = readFile(path, encoding.value_or(TextEncoding::utf16LE), &error);
     reportTo(readFailed);
     QFLog::appendLog(u"Marker text: %@", read.text);
     read.lineCount = splitLines(read.text).size();
     if (read.lineCount < 2) {
-        read.text = readFile(path, QStringConverter::Utf8, &error);
+        read.text = readFile(path, TextEncoding::utf8, &error);
         reportTo(otherFailed);
         QFLog::appendLog(u"UTF-8 Marker text: %@", read.text);
         read.lineCount = splitLines(read.text).size();

@@ -5,7 +5,6 @@
 
 #include <QByteArray>
 #include <QString>
-#include <QStringConverter>
 #include <QStringList>
 
 #include <functional>
@@ -14,28 +13,18 @@
 /// Decoding the bytes of a marker list file into text.
 namespace MarkerListText {
 
-/// The encoding of a text file when it is certain: a byte order mark, else strict
-/// UTF-8 validity. Nothing when unsure (the caller picks its own fallback).
-std::optional<QStringConverter::Encoding> detectEncoding(const QByteArray &bytes);
-
-/// The bytes decoded with the encoding; a byte order mark at the start is dropped and
-/// invalid sequences become U+FFFD.
-QString decode(const QByteArray &bytes, QStringConverter::Encoding encoding);
-
 /// The largest marker list read: some 200,000 markers. Anything larger is another
 /// kind of file, and importing it would take gigabytes.
 constexpr qint64 maximumFileSize = 16 * 1024 * 1024;
 
-/// The encoding of a marker list file when it is certain. Nothing when unsure; error
-/// is set only when the file cannot be read (or is larger than maximumFileSize).
-std::optional<QStringConverter::Encoding> detectFileEncoding(const QString &path,
-                                                             QFError *error = nullptr);
+/// The encoding of a marker list file (TextEncoding::detect). Nothing when unsure;
+/// error is set only when the file cannot be read (or is larger than maximumFileSize).
+std::optional<QByteArray> detectFileEncoding(const QString &path, QFError *error = nullptr);
 
 /// The file's text in the encoding, or a null string with error set when the file
 /// cannot be read, is larger than maximumFileSize or its bytes are not valid in that
 /// encoding.
-QString readFile(const QString &path, QStringConverter::Encoding encoding,
-                 QFError *error = nullptr);
+QString readFile(const QString &path, const QByteArray &encoding, QFError *error = nullptr);
 
 /// The text's lines: split at line feeds, or at carriage returns when that gives
 /// fewer than two pieces. Empty for a null text.

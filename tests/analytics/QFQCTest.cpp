@@ -270,37 +270,31 @@ TEST_F(Analytics, UploadsAreDueOnceADayFromTheFourthLaunch)
 TEST_F(Analytics, TheUploadIsOneMultipartPostAndTheIdentifierLastsNinetyDays)
 {
     const QDateTime now = QDateTime::currentDateTimeUtc();
-    const QRegularExpression newIdentifier(u"^[a-zA-Z0-9]{12}$"_qs);
-    struct Row
+    const QString test = u"com.quillfen.Test"_qs;
+    // The identifier's age in days (0: no date beside it; none: no identifier), whether
+    // the consent file can be read, and whether the identifier is kept.
+    const struct
     {
         QString bundleID;
-        QVariantMap consent; // null: the file is not a property list
-        bool keepsIdentifier;
-        bool identifierStored;
-    };
-    const QVariantMap answer{{u"logQC"_qs, true}};
-    auto with = [&](const QVariantMap &more) {
-        QVariantMap values = answer;
-        values.insert(more);
-        return values;
-    };
-    const Row rows[] = {
-        {u"com.quillfen.Test"_qs,
-         with({{u"uid"_qs, u"abcdefghijkl"_qs}, {u"uidAssigned"_qs, now.addDays(-89)}}), true,
-         true},
-        {u"com.quillfen.Test"_qs,
-         with({{u"uid"_qs, u"abcdefghijkl"_qs}, {u"uidAssigned"_qs, now.addDays(-91)}}), false,
-         true},
-        {u"com.quillfen.Test"_qs, with({{u"uid"_qs, u"abcdefghijkl"_qs}}), true, true},
-        {QString(), answer, false, true},
-        {u"com.quillfen.Test"_qs, QVariantMap(), false, false},
-    };
-    for (const Row &row : rows) {
+        std::optional<int> age;
+        bool readable;
+        bool keeps;
+    } rows[] = {{test, 89, true, true},
+                {test, 91, true, false},
+                {test, 0, true, true},
+                {QString(), std::nullopt, true, false},
+                {test, std::nullopt, false, false}};
+    for (const auto &row : rows) {
         SCOPED_TRACE(&row - rows);
-        if (row.consent.isEmpty())
-            TempHome::write(QFQC::consentFilePath(), "not a property list");
+        QVariantMap values{{u"logQC"_qs, true}};
+        if (row.age)
+            values.insert(u"uid"_qs, u"abcdefghijkl"_qs);
+        if (row.age.value_or(0) > 0)
+            values.insert(u"uidAssigned"_qs, now.addDays(-*row.age));
+        if (row.readable)
+            setConsent(values);
         else
-            setConsent(row.consent);
+            TempHome::write(QFQC::consentFilePath(), "not a property list");
         auto qc = launch(row.bundleID);
         qc->setShouldLog(true);
         qc->logQCEvent(event(u"launch"_qs, 1700000000));
@@ -314,13 +308,13 @@ TEST_F(Analytics, TheUploadIsOneMultipartPostAndTheIdentifierLastsNinetyDays)
                 .match(QString::fromLatin1(request->contentType));
         ASSERT_TRUE(type.hasMatch()) << request->contentType.toStdString();
         const QByteArray boundary = type.captured(1).toLatin1();
-        const QByteArray uid = row.keepsIdentifier
-                                   ? "abcdefghijkl"
-                                   : QRegularExpression(u"name=\"uid\"\r\n\r\n(\\w+)\r\n"_qs)
-                                         .match(QString::fromLatin1(request->body))
-                                         .captured(1)
-                                         .toLatin1();
-        EXPECT_TRUE(newIdentifier.match(QString::fromLatin1(uid)).hasMatch());
+        const QByteArray uid = QRegularExpression(u"name=\"uid\"\r\n\r\n(\\w+)\r\n"_qs)
+                                   .match(QString::fromLatin1(request->body))
+                                   .captured(1)
+                                   .toLatin1();
+        EXPECT_EQ(uid == "abcdefghijkl", row.keeps);
+        EXPECT_TRUE(
+            QRegularExpression(u"^[a-zA-Z0-9]{12}$"_qs).match(QString::fromLatin1(uid)).hasMatch());
         const QByteArray app = row.bundleID.isEmpty() ? "Unknown" : row.bundleID.toUtf8();
         auto part = [&](const QByteArray &name, const QByteArray &value) {
             return "--" + boundary + "\r\nContent-Disposition: form-data; name=\"" + name +
@@ -331,10 +325,10 @@ TEST_F(Analytics, TheUploadIsOneMultipartPostAndTheIdentifierLastsNinetyDays)
                       part("events", R"([{"date":1700000000,"event":"launch"},)"
                                      R"({"data":"6.1.0","date":1700000100,"event":"specs"}])") +
                       part("uid", uid) + part("version", "1.2"));
-        if (row.identifierStored) {
+        if (row.readable) {
             EXPECT_EQ(consent().value(u"uid"_qs).toByteArray(), uid);
             const QDateTime assigned = consent().value(u"uidAssigned"_qs).toDateTime();
-            EXPECT_EQ(assigned.isValid() && assigned.secsTo(now) < 60, !row.keepsIdentifier);
+            EXPECT_EQ(assigned.isValid() && assigned.secsTo(now) < 60, !row.keeps);
         } else {
             EXPECT_EQ(TempHome::read(QFQC::consentFilePath()), "not a property list");
         }

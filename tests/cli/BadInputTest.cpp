@@ -213,6 +213,13 @@ INSTANTIATE_TEST_SUITE_P(
                                     test.copy(u"library.fcpxml"_qs)};
              },
              0, "Markers successfully imported"},
+        Case{"Windows1252MarkerList",
+             [](BadInput &test) {
+                 return QStringList{
+                     test.write(u"m.txt"_qs, QByteArray(oneMarker).replace("\tA\t", "\tCaf\xe9\t")),
+                     test.copy(u"library.fcpxml"_qs)};
+             },
+             0, "Markers successfully imported"},
         Case{"NulBytesInAName",
              [](BadInput &test) {
                  return QStringList{

@@ -1,5 +1,5 @@
-#include "import/MarkerListText.h"
 #include "import/QFFCP7MarkerListParser.h"
+#include "import/TextEncoding.h"
 
 #include "QtPrinters.h"
 
@@ -9,8 +9,8 @@
 
 namespace {
 
-using MarkerListText::decode;
-using MarkerListText::detectEncoding;
+using TextEncoding::decode;
+using TextEncoding::detect;
 
 QByteArray readExample(const char *name)
 {
@@ -21,37 +21,47 @@ QByteArray readExample(const char *name)
 
 QList<QFMarkerRecord> parseBytes(const QByteArray &bytes)
 {
-    const auto encoding = detectEncoding(bytes).value_or(QStringConverter::Utf16LE);
+    const QByteArray encoding = detect(bytes).value_or(TextEncoding::utf16LE);
     return QFFCP7MarkerListParser::parseMarkersFromText(decode(bytes, encoding));
 }
 
-TEST(DetectEncoding, CertainOnlyWithByteOrderMarkOrValidUtf8)
+TEST(TextEncoding, MarksAndUtf8ComeFirstThenTheDetectorWithMacRomanToldApart)
 {
-    EXPECT_EQ(detectEncoding(QByteArray("\xff\xfe"
-                                        "a\0",
-                                        4)),
-              QStringConverter::Utf16LE);
-    EXPECT_EQ(detectEncoding(QByteArray("\xfe\xff\0a", 4)), QStringConverter::Utf16BE);
-    EXPECT_EQ(detectEncoding("\xef\xbb\xbf"
-                             "caf\xc3\xa9"),
-              QStringConverter::Utf8);
-    EXPECT_EQ(detectEncoding("caf\xc3\xa9"), QStringConverter::Utf8);
-    EXPECT_EQ(detectEncoding(QByteArray()), QStringConverter::Utf8);
-    EXPECT_EQ(detectEncoding("caf\xe9"), std::nullopt); // Latin-1
-    EXPECT_EQ(detectEncoding("\xc3\x28"), std::nullopt);
-}
-
-TEST(Decode, DropsByteOrderMark)
-{
-    EXPECT_EQ(decode(QByteArray("\xff\xfe"
-                                "a\0",
-                                4),
-                     QStringConverter::Utf16LE),
-              "a");
-    EXPECT_EQ(decode("\xef\xbb\xbf"
-                     "caf\xc3\xa9",
-                     QStringConverter::Utf8),
-              QString::fromUtf8("café"));
+    // A line as older spreadsheet and text programs save it, in their encodings.
+    const QString line = u"Café\tTrès bien, “à revoir” – 5 €\tNoël"_qs;
+    const struct
+    {
+        QByteArray bytes;
+        std::optional<QByteArray> encoding;
+        QString text;
+    } cases[] = {
+        {QByteArray("\xff\xfe"
+                    "a\0",
+                    4),
+         "UTF-16LE", u"a"_qs},
+        {QByteArray("\xfe\xff\0a", 4), "UTF-16BE", u"a"_qs},
+        {"\xef\xbb\xbf"
+         "caf\xc3\xa9",
+         "UTF-8", u"café"_qs},
+        {line.toUtf8(), "UTF-8", line},
+        {QByteArray(), "UTF-8", u""_qs},
+        {"Caf\xe9\tTr\xe8s bien, \x93\xe0 revoir\x94 \x96 5 \x80\tNo\xebl", "WINDOWS-1252", line},
+        {"Caf\x8e\tTr\x8fs bien, \xd2\x88 revoir\xd3 \xd0 5 \xdb\tNo\x91l", "MACINTOSH", line},
+        // Without a mark UTF-16 is left to the caller's fallback.
+        {readExample("review-notes-utf16.txt").mid(2), std::nullopt, QString()},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.bytes.left(16).toHex().toStdString());
+        EXPECT_EQ(detect(c.bytes), c.encoding);
+        if (c.encoding) {
+            EXPECT_EQ(decode(c.bytes, *c.encoding), c.text);
+        }
+    }
+    bool valid = true;
+    EXPECT_EQ(decode("caf\xc3\x28", TextEncoding::utf8, &valid), u"caf\ufffd("_qs);
+    EXPECT_FALSE(valid);
+    EXPECT_TRUE(decode("x", "NO-SUCH-ENCODING", &valid).isNull());
+    EXPECT_FALSE(valid);
 }
 
 TEST(Examples, Utf8AndUtf16ListsGiveTheSameMarkers)
@@ -68,10 +78,9 @@ TEST(Examples, Utf8AndUtf16ListsGiveTheSameMarkers)
 
 TEST(Examples, Utf16WithoutByteOrderMarkFallsBackToUtf16)
 {
-    // Its letters past ASCII are no valid UTF-8, so detection is unsure and the
-    // UTF-16 little-endian fallback reads the list whole.
+    // Detection is unsure (see above), and the UTF-16 little-endian fallback reads
+    // the list whole.
     const QByteArray withoutMark = readExample("review-notes-utf16.txt").mid(2);
-    EXPECT_EQ(detectEncoding(withoutMark), std::nullopt);
     EXPECT_EQ(parseBytes(withoutMark), parseBytes(readExample("review-notes.txt")));
 }
 
