@@ -84,7 +84,8 @@ void AppController::openFile()
     QFileDialog panel(nullptr, QStringLiteral("Browse for a Final Cut Pro marker list"));
     panel.setWindowModality(Qt::ApplicationModal);
     panel.setFileMode(QFileDialog::ExistingFiles);
-    panel.setNameFilter(QStringLiteral("Marker lists (*.txt)"));
+    // Our lists, and the marker exports of Premiere Pro (.csv) and Resolve (.edl).
+    panel.setNameFilter(QStringLiteral("Marker lists (*.txt *.csv *.edl)"));
     panel.setDirectory(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
     m_panelShown = true;
     const bool chosen = panel.exec() == QDialog::Accepted;

@@ -30,6 +30,14 @@ void TerminalHost::setProcessSpinnerRunning(bool running)
                      .arg(QFileInfo(m_markerListPath).fileName()));
 }
 
+void TerminalHost::markerListLineSkipped(qsizetype line, const QString &why)
+{
+    TerminalAlertPresenter::printLine(stderr,
+                                      QStringLiteral("Line %1 of %2 skipped: %3")
+                                          .arg(line)
+                                          .arg(QFileInfo(m_markerListPath).fileName(), why));
+}
+
 void TerminalHost::showAlert(const ImportOutcome &outcome)
 {
     // A written result is news for standard output; anything else is a complaint.

@@ -23,6 +23,8 @@ public:
     void enableUI(bool) override {}
     void addItemToSequencePopUp(const SequenceItem &) override {}
     void setToDoMarkerCheckEnabled(bool) override {}
+    /// Said even when quiet: a marker the user expects is missing.
+    void markerListLineSkipped(qsizetype line, const QString &why) override;
     void showAlert(const ImportOutcome &outcome) override;
 
     /// The exit status of an outcome: 0 imported, 1 some markers failed, 2 failed,

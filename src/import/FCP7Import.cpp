@@ -228,8 +228,10 @@ ImportOutcome FCP7Import::startProcessingWithSettings(ImportHost &host,
     // failure is still there after a successful write, and is reported.
     QFError errorSlot;
     const auto keep = [&errorSlot](const QFError &error) { errorSlot = error; };
-    const MarkerListText::ImportText markerText =
-        MarkerListText::readForImport(host.markerListPath(), keep, keep);
+    const MarkerListText::ImportText markerText = MarkerListText::readForImport(
+        host.markerListPath(), keep, keep, [&host](const MarkerExports::SkippedLine &line) {
+            host.markerListLineSkipped(line.line, line.why);
+        });
     QFLog::appendLog(u"Line count: %li", markerText.lineCount);
     if (markerText.lineCount < 2)
         return host.endImport(MarkerListText::unreadable());

@@ -212,7 +212,10 @@ ImportOutcome FCPXImport::startProcessingFCPXWithSettings(ImportHost &host,
         QFLog::appendLog(u"Error importing markers: %@", error.localizedDescription());
     };
     const MarkerListText::ImportText markerText =
-        MarkerListText::readForImport(host.markerListPath(), logReadError, nullptr);
+        MarkerListText::readForImport(host.markerListPath(), logReadError, nullptr,
+                                      [&host](const MarkerExports::SkippedLine &line) {
+                                          host.markerListLineSkipped(line.line, line.why);
+                                      });
     if (markerText.lineCount < 2)
         return host.endImport(MarkerListText::unreadable());
     QFLog::appendLog(u"Line count: %li", markerText.lineCount);

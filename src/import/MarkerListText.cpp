@@ -65,7 +65,7 @@ QStringList splitLines(const QString &text)
 }
 
 ImportText readForImport(const QString &path, const ReadFailure &readFailed,
-                         const ReadFailure &otherFailed)
+                         const ReadFailure &otherFailed, const LineSkipped &lineSkipped)
 {
     QFError error;
     const auto reportTo = [&error](const ReadFailure &failed) {
@@ -84,6 +84,18 @@ ImportText readForImport(const QString &path, const ReadFailure &readFailed,
         read.text = readFile(path, TextEncoding::utf8, &error);
         reportTo(otherFailed);
         QFLog::appendLog(u"UTF-8 Marker text: %@", read.text);
+        read.lineCount = splitLines(read.text).size();
+    }
+    const MarkerExports::Source source = MarkerExports::recognise(read.text);
+    if (source != MarkerExports::Source::MarkerList) {
+        QFLog::appendLog(u"Reading a %@", MarkerExports::sourceName(source));
+        QList<MarkerExports::SkippedLine> skipped;
+        read.text = MarkerExports::toMarkerList(read.text, source, &skipped);
+        for (const MarkerExports::SkippedLine &line : std::as_const(skipped)) {
+            QFLog::appendLog(u"Line %li skipped: %@", qint64(line.line), line.why);
+            if (lineSkipped)
+                lineSkipped(line);
+        }
         read.lineCount = splitLines(read.text).size();
     }
     return read;

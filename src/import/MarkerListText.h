@@ -1,6 +1,7 @@
 #pragma once
 
 #include "import/ImportHost.h"
+#include "import/MarkerExports.h"
 #include "support/QFError.h"
 
 #include <QByteArray>
@@ -42,10 +43,13 @@ struct ImportText
 /// encoding (UTF-16 little-endian when unsure), then as UTF-8 when that gives fewer
 /// than two lines. Each text read is logged ("Marker text: ", "UTF-8 Marker text: ").
 /// A failure of the first read goes to readFailed before its text is logged; a failed
-/// detection or UTF-8 read to otherFailed.
+/// detection or UTF-8 read to otherFailed. Another editor's marker export becomes a
+/// list of our format; each of its lines that gives no marker is logged and goes to
+/// lineSkipped.
 using ReadFailure = std::function<void(const QFError &)>;
+using LineSkipped = std::function<void(const MarkerExports::SkippedLine &)>;
 ImportText readForImport(const QString &path, const ReadFailure &readFailed,
-                         const ReadFailure &otherFailed);
+                         const ReadFailure &otherFailed, const LineSkipped &lineSkipped);
 
 /// Logs and gives what the import procedures say of a list of fewer than two lines.
 ImportOutcome unreadable();

@@ -362,4 +362,46 @@ TEST_F(Cli, OpenHandsTheResultToTheEditorsDesktopEntry)
     EXPECT_EQ(TempHome::noted(opened), u'[' + resultPath(result) + u']');
 }
 
+TEST_F(Cli, OtherEditorsMarkerExportsLandAsOurListsDo)
+{
+    // The same three markers in each editor's export, and lines that give none.
+    const struct
+    {
+        const char *file;
+        QString comment; // of the first marker
+        QString skipped;
+    } exports[] = {
+        {"avid.txt", QString(), u"Line 4 of avid.txt skipped: fewer than six columns"_qs},
+        {"premiere.csv", u"Grade shot 12 warmer"_qs,
+         u"Line 5 of premiere.csv skipped: the In column holds no timecode"_qs},
+        {"resolve.edl", u"Grade shot 12 warmer"_qs,
+         u"Line 13 of resolve.edl skipped: neither an event nor a marker line"_qs}};
+    const QStringList names{u"Fix the flare"_qs, u"Music cue in"_qs, u"Check the sync"_qs};
+    for (const auto &e : exports) {
+        SCOPED_TRACE(e.file);
+        const QString list = copy(u"exports/"_qs + QLatin1StringView(e.file));
+        const QString xmeml = copy(u"project.xml"_qs);
+        const Outcome intoXmeml = run({list, xmeml});
+        EXPECT_EQ(intoXmeml.status, 0) << intoXmeml.err.toStdString();
+        EXPECT_TRUE(intoXmeml.err.contains(e.skipped)) << intoXmeml.err.toStdString();
+        EXPECT_EQ(inOut(xmeml), QList<InOut>({{250, 255}, {500, -1}, {750, 751}}));
+        const auto doc = XmlDocument::fromFile(xmeml);
+        ASSERT_TRUE(doc);
+        const QList<XmlNode> markers = added(*doc);
+        for (qsizetype i = 0; i < markers.size(); ++i)
+            EXPECT_EQ(markers[i].nodesForXPath(u"name"_qs).value(0).stringValue(), names.value(i));
+        EXPECT_EQ(markers.value(0).nodesForXPath(u"comment"_qs).value(0).stringValue(), e.comment);
+
+        const Outcome intoFcpx = run({list, copy(u"library.fcpxml"_qs)});
+        EXPECT_EQ(intoFcpx.status, 0) << intoFcpx.err.toStdString();
+        const QString output = QString::fromUtf8(TempHome::read(resultPath(intoFcpx)));
+        const QString first = e.comment.isEmpty() ? names[0] : names[0] + u" -  "_qs + e.comment;
+        for (const auto &[start, value] :
+             {std::pair(u"25000/2500s"_qs, first), std::pair(u"50000/2500s"_qs, names[1])})
+            EXPECT_TRUE(output.contains(u"<marker start=\""_qs + start +
+                                        u"\" duration=\"100/2500s\" value=\""_qs + value))
+                << start.toStdString();
+    }
+}
+
 } // namespace

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <QList>
+#include <QString>
+
+/// The marker exports of other editors, recognised by their content and turned into a
+/// marker list of our own format, which the import procedures then read as always.
+namespace MarkerExports {
+
+enum class Source
+{
+    MarkerList, ///< our own format, and anything not recognised as another
+    Avid,       ///< Media Composer: User, Timecode, Track, Colour, Comment, Duration (frames)
+    Premiere,   ///< Premiere Pro: Marker Name, Description, In, Out, Duration, Marker Type
+    ResolveEdl  ///< Resolve's timeline marker EDL: event lines, each with a "|M:" line
+};
+
+/// What the text is, by its first lines.
+Source recognise(const QString &text);
+/// The source as the log and the terminal name it.
+QString sourceName(Source source);
+
+/// A line of an export that gives no marker: its number (from 1) and why.
+struct SkippedLine
+{
+    qsizetype line = 0;
+    QString why;
+};
+
+/// The export as a marker list of our format: the column header, then a line a
+/// marker with name, comment, start, duration and colour (the nearest of ours).
+/// Lines that give no marker are left out and noted in skipped.
+QString toMarkerList(const QString &text, Source source, QList<SkippedLine> *skipped);
+
+} // namespace MarkerExports
