@@ -18,6 +18,7 @@ QString CommandLine::helpText()
     return QStringLiteral(
         "Usage: cuebridge-import [options] MARKER_LIST TARGET\n"
         "       cuebridge-import --list TARGET\n"
+        "       cuebridge-import --markers FCPX_TARGET\n"
         "\n"
         "Imports a tab-separated marker list into a Final Cut Pro 7 XML (XMEML) file, a\n"
         "project open in Final Cut Pro 7, or a Final Cut Pro X .fcpxml file or .fcpxmld\n"
@@ -28,6 +29,9 @@ QString CommandLine::helpText()
         "Options:\n"
         "  --list            print what TARGET holds, one item a line: title, a tab, the\n"
         "                    item to pass to --sequence; then exit\n"
+        "  --markers         print the markers on the main storyline of a Final Cut Pro X\n"
+        "                    .fcpxml file or .fcpxmld bundle as a marker list, to import\n"
+        "                    into another target; then exit\n"
         "  --sequence ID     the item to import into (as --list prints it: a sequence\n"
         "                    uuid, or for FCPX a project's or event clip's XPath; a\n"
         "                    title also works); default: the first item listed\n"
@@ -56,6 +60,7 @@ CommandLine CommandLine::parse(const QStringList &arguments)
     QCommandLineParser parser;
     parser.setSingleDashWordOptionMode(QCommandLineParser::ParseAsLongOptions);
     const QCommandLineOption list(QStringLiteral("list"));
+    const QCommandLineOption markers(QStringLiteral("markers"));
     const QCommandLineOption sequence(QStringLiteral("sequence"), QString(), QStringLiteral("ID"));
     const QCommandLineOption offset(QStringLiteral("offset"), QString(), QStringLiteral("N"));
     const QCommandLineOption unit(QStringLiteral("unit"), QString(), QStringLiteral("U"));
@@ -65,7 +70,8 @@ CommandLine CommandLine::parse(const QStringList &arguments)
     const QCommandLineOption open(QStringLiteral("open"));
     const QCommandLineOption quiet(QStringList{QStringLiteral("q"), QStringLiteral("quiet")});
     const QCommandLineOption help(QStringList{QStringLiteral("h"), QStringLiteral("help")});
-    parser.addOptions({list, sequence, offset, unit, clear, todo, output, open, quiet, help});
+    parser.addOptions(
+        {list, markers, sequence, offset, unit, clear, todo, output, open, quiet, help});
 
     if (!parser.parse(arguments)) {
         line.error = parser.errorText();
@@ -76,15 +82,17 @@ CommandLine CommandLine::parse(const QStringList &arguments)
         return line;
     }
     line.list = parser.isSet(list);
+    line.printsMarkers = parser.isSet(markers);
+    const bool targetOnly = line.list || line.printsMarkers;
     QStringList positional = parser.positionalArguments();
     // Listing reads no marker list; one given anyway is left unread.
-    if (line.list && positional.size() == 1)
+    if (targetOnly && positional.size() == 1)
         positional.prepend(QString());
     if (positional.size() != 2) {
         line.error =
             positional.size() < 2
-                ? (line.list ? QStringLiteral("a target is needed")
-                             : QStringLiteral("a marker list and a target are needed"))
+                ? (targetOnly ? QStringLiteral("a target is needed")
+                              : QStringLiteral("a marker list and a target are needed"))
                 : QStringLiteral("too many arguments: %1").arg(positional.mid(2).join(u' '));
         return line;
     }
@@ -123,7 +131,7 @@ CommandLine CommandLine::parse(const QStringList &arguments)
 QString CommandLine::checkPaths() const
 {
     const QFileInfo markers(markerList);
-    if (list) {
+    if (list || printsMarkers) {
         // Listing reads no marker list.
     } else if (!markers.exists()) {
         return QStringLiteral("%1: no such file").arg(markerList);
@@ -147,6 +155,10 @@ QString CommandLine::checkPaths() const
             .arg(target);
     if (!targetFile.isReadable())
         return QStringLiteral("%1 cannot be read (permission denied)").arg(target);
+    if (printsMarkers && format != TargetFormat::FCPXFile && format != TargetFormat::FCPXBundle)
+        return QStringLiteral("--markers reads a Final Cut Pro X .fcpxml file or .fcpxmld "
+                              "bundle, not %1")
+            .arg(target);
     if (!output)
         return QString();
     if (format == TargetFormat::FCP7Project)

@@ -11,6 +11,8 @@ struct CommandLine
     QString markerList;
     QString target;
     bool list = false;
+    /// Print the markers of an FCPX target as a marker list.
+    bool printsMarkers = false;
     std::optional<QString> sequence;
     qint64 offset = 0;
     int unitIndex = 0;

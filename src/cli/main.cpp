@@ -6,6 +6,7 @@
 
 #include "diagnostics/QFLog.h"
 #include "import/ImportSession.h"
+#include "import/MarkerExports.h"
 #include "import/UserTextEscaping.h"
 #include "support/QFAlert.h"
 #include "support/QFFileContents.h"
@@ -50,8 +51,22 @@ bool deliverFCPXResult(const QString &result, const QString &output)
     return copied;
 }
 
+/// The markers of an FCPX target as a marker list on standard output.
+int printMarkers(const QString &target)
+{
+    const std::optional<QString> list = MarkerExports::markerListOfFCPXDocument(target);
+    if (!list) {
+        printError(QStringLiteral("%1 holds no marker on its main storyline").arg(target));
+        return failureStatus;
+    }
+    std::fputs(list->toUtf8().constData(), stdout);
+    return 0;
+}
+
 int run(const CommandLine &line)
 {
+    if (line.printsMarkers)
+        return printMarkers(line.target);
     if (ImportSession::needsMissingEditor(line.target)) {
         printError(QStringLiteral("Final Cut Pro 7 is not running: the project %1 can only be "
                                   "reached through it. Open it there, or export its sequence as "

@@ -1,5 +1,8 @@
 #include "MarkerExports.h"
 
+#include "xml/QFFCPXMLMarkerReader.h"
+
+#include <QFileInfo>
 #include <QHash>
 #include <QRegularExpression>
 #include <QStringList>
@@ -244,6 +247,22 @@ QString toMarkerList(const QString &text, Source source, QList<SkippedLine> *ski
     if (skipped)
         *skipped = noted;
     return list.text();
+}
+
+std::optional<QString> markerListOfFCPXDocument(const QString &path)
+{
+    const QString file = QFileInfo(path).isDir() ? path + QStringLiteral("/Info.fcpxml") : path;
+    MarkerList list;
+    bool any = false;
+    for (const QVariantMap &marker : QFFCPXMLMarkerReader::markersFromXMLFile(file, true)) {
+        if (marker.isEmpty())
+            continue; // a marker without text
+        list.add(QStringLiteral("V1"), marker.value(QStringLiteral("name")).toString(), QString(),
+                 marker.value(QStringLiteral("startTimecode")).toString(),
+                 QStringLiteral("00:00:00:00"), QStringLiteral("Red"));
+        any = true;
+    }
+    return any ? std::optional(list.text()) : std::nullopt;
 }
 
 } // namespace MarkerExports

@@ -3,6 +3,8 @@
 #include <QList>
 #include <QString>
 
+#include <optional>
+
 /// The marker exports of other editors, recognised by their content and turned into a
 /// marker list of our own format, which the import procedures then read as always.
 namespace MarkerExports {
@@ -31,5 +33,11 @@ struct SkippedLine
 /// marker with name, comment, start, duration and colour (the nearest of ours).
 /// Lines that give no marker are left out and noted in skipped.
 QString toMarkerList(const QString &text, Source source, QList<SkippedLine> *skipped);
+
+/// The markers on the main storyline of a Final Cut Pro X file or bundle as a marker
+/// list of our format, to be imported elsewhere: each at its timeline timecode, with
+/// the marker's text as its name. Nothing when the document cannot be read or holds
+/// no such marker.
+std::optional<QString> markerListOfFCPXDocument(const QString &path);
 
 } // namespace MarkerExports

@@ -404,4 +404,22 @@ TEST_F(Cli, OtherEditorsMarkerExportsLandAsOurListsDo)
     }
 }
 
+TEST_F(Cli, TheMarkersOfAnFcpxDocumentComeOutAsAListThatPutsThemBackInPlace)
+{
+    const QString library = copy(u"library.fcpxml"_qs);
+    const Outcome printed = run({u"--markers"_qs, library});
+    EXPECT_EQ(printed.status, 0) << printed.err.toStdString();
+    EXPECT_TRUE(printed.out.startsWith(u"#\tTrack\tName\tComment\tStart\tDuration\tColor\n"
+                                       u"1\tV1\tTen\t\t00:01:45:00\t00:00:00:00\tRed\n"_qs))
+        << printed.out.toStdString();
+
+    const Outcome imported = run({markers(printed.out.toUtf8()), library});
+    const QByteArray output = TempHome::read(resultPath(imported));
+    // Ten seconds into the interview, and 61 into the closing clip, as before.
+    EXPECT_TRUE(output.contains(R"(<marker start="25000/2500s" duration="100/2500s" value="Ten")"));
+    EXPECT_TRUE(
+        output.contains(R"(<marker start="152500/2500s" duration="100/2500s" value="An hour in")"));
+    EXPECT_EQ(run({u"--markers"_qs, copy(u"project.xml"_qs)}).status, 64);
+}
+
 } // namespace
