@@ -3,14 +3,12 @@
 #include "CommandLine.h"
 #include "TerminalAlertPresenter.h"
 #include "TerminalHost.h"
+#include "TerminalOutput.h"
 
 #include "diagnostics/QFLog.h"
 #include "import/ImportSession.h"
-#include "import/MarkerExports.h"
 #include "import/UserTextEscaping.h"
 #include "support/QFAlert.h"
-#include "support/QFFileContents.h"
-#include "support/QFFileManager.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>
@@ -23,45 +21,7 @@
 
 namespace {
 
-constexpr int usageStatus = 64;
-constexpr int failureStatus = 2;
-
-void printError(const QString &text)
-{
-    std::fputs(QStringLiteral("cuebridge-import: %1\n").arg(text).toUtf8().constData(), stderr);
-}
-
-/// Copies an FCPX result (file or bundle) to where --output asked for it.
-bool deliverFCPXResult(const QString &result, const QString &output)
-{
-    QFError error;
-    bool copied = false;
-    if (QFileInfo(result).isDir()) {
-        copied = QFFileManager::copyFile(result, output, false);
-    } else {
-        const std::optional<QByteArray> bytes = QFFileContents::read(result, &error);
-        copied = bytes && QFFileContents::writeAtomically(output, *bytes, &error);
-    }
-    if (!copied)
-        printError(QStringLiteral("the result %1 could not be copied to %2%3")
-                       .arg(result, output,
-                            error.domain.isEmpty()
-                                ? QString()
-                                : QStringLiteral(": ") + error.localizedDescription()));
-    return copied;
-}
-
-/// The markers of an FCPX target as a marker list on standard output.
-int printMarkers(const QString &target)
-{
-    const std::optional<QString> list = MarkerExports::markerListOfFCPXDocument(target);
-    if (!list) {
-        printError(QStringLiteral("%1 holds no marker on its main storyline").arg(target));
-        return failureStatus;
-    }
-    std::fputs(list->toUtf8().constData(), stdout);
-    return 0;
-}
+using namespace TerminalOutput;
 
 int run(const CommandLine &line)
 {
