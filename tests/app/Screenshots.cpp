@@ -1,6 +1,6 @@
 // Screenshots of the document window for the README, made under Xvfb by
 // scripts/screenshots: the window with the example's sequences listed, then with the
-// alert of a finished import on it.
+// alert of a finished import on it, and the preferences.
 //
 //   cuebridge-screenshots MARKER_LIST TARGET OUTPUT_FOLDER
 
@@ -78,5 +78,16 @@ int main(int argc, char *argv[])
         return 5;
     sheet->accept();
     waitFor([&] { return !document->session().isBusy(); });
+
+    controller.showPrefs();
+    QWidget *prefs = nullptr;
+    waitFor([&] {
+        for (QWidget *widget : QApplication::topLevelWidgets())
+            if (widget->isVisible() && widget->windowTitle() == u"Cuebridge Preferences")
+                prefs = widget;
+        return prefs != nullptr;
+    });
+    if (!prefs || !shoot(*prefs, output + QStringLiteral("/preferences.png")))
+        return 6;
     return 0;
 }
