@@ -111,9 +111,9 @@ private:
 void readAvid(const QStringList &lines, MarkerList &list, QList<SkippedLine> &skipped)
 {
     for (qsizetype i = 0; i < lines.size(); ++i) {
-        const QStringList f = lines[i].split(u'\t');
         if (lines[i].trimmed().isEmpty())
             continue;
+        const QStringList f = lines[i].split(u'\t');
         if (f.size() < 6)
             skipped.append({i + 1, QStringLiteral("fewer than six columns")});
         else if (!isTimecode(f[1].trimmed()))
@@ -129,9 +129,9 @@ void readAvid(const QStringList &lines, MarkerList &list, QList<SkippedLine> &sk
 void readPremiere(const QStringList &lines, MarkerList &list, QList<SkippedLine> &skipped)
 {
     for (qsizetype i = 1; i < lines.size(); ++i) { // after the header
-        const QStringList f = lines[i].split(u'\t');
         if (lines[i].trimmed().isEmpty())
             continue;
+        const QStringList f = lines[i].split(u'\t');
         if (f.size() < 5)
             skipped.append({i + 1, QStringLiteral("fewer than five columns")});
         else if (!isTimecode(f[2].trimmed()))
