@@ -73,4 +73,7 @@ public:
     /// Character references for units of 160 and above (a surrogate pair gives one, of
     /// its code point) and for carriage returns.
     static QString escapeCharactersInXMLString(const QString &text);
+    /// The same for UTF-8 text, without a round trip through UTF-16 (whole documents
+    /// pass through here); malformed UTF-8 is escaped as its decoding would be.
+    static QByteArray escapeCharactersInXMLString(const QByteArray &utf8);
 };

@@ -132,6 +132,55 @@ QByteArray QFAppleEvents::formatData(const QByteArray &data)
     return data;
 }
 
+QByteArray QFAppleEvents::escapeCharactersInXMLString(const QByteArray &utf8)
+{
+    const auto *bytes = reinterpret_cast<const unsigned char *>(utf8.constData());
+    const qsizetype size = utf8.size();
+    QByteArray escaped;
+    qsizetype runStart = 0;
+    for (qsizetype i = 0; i < size; ++i) {
+        const unsigned char byte = bytes[i];
+        if (byte < 0x80 && byte != '\r')
+            continue;
+        // U+0080 to U+009F (0xC2 0x80 to 0xC2 0x9F) stay as they are, like units below 160.
+        if (byte == 0xc2 && i + 1 < size && bytes[i + 1] >= 0x80 && bytes[i + 1] < 0xa0) {
+            ++i;
+            continue;
+        }
+        char32_t codePoint = byte;
+        qsizetype length = 1;
+        if (byte >= 0x80) {
+            length = byte >= 0xf0 ? 4 : byte >= 0xe0 ? 3 : 2;
+            codePoint = byte & (0x7f >> length);
+            bool wellFormed = byte >= 0xc2 && byte < 0xf5 && i + length <= size;
+            for (qsizetype k = 1; wellFormed && k < length; ++k) {
+                wellFormed = (bytes[i + k] & 0xc0) == 0x80;
+                codePoint = codePoint << 6 | (bytes[i + k] & 0x3f);
+            }
+            // Overlong forms, surrogates and values past U+10FFFF are malformed too.
+            wellFormed = wellFormed &&
+                         codePoint >= (length == 3   ? 0x800u
+                                       : length == 4 ? 0x10000u
+                                                     : 0x80u) &&
+                         (codePoint < 0xd800 || codePoint > 0xdfff) && codePoint <= 0x10ffff;
+            if (!wellFormed)
+                return escapeCharactersInXMLString(QString::fromUtf8(utf8)).toUtf8();
+        }
+        if (escaped.isNull())
+            escaped.reserve(size + size / 8);
+        escaped.append(utf8.constData() + runStart, i - runStart);
+        escaped += "&#";
+        escaped += QByteArray::number(quint32(codePoint));
+        escaped += ';';
+        i += length - 1;
+        runStart = i + 1;
+    }
+    if (escaped.isNull())
+        return utf8;
+    escaped.append(utf8.constData() + runStart, size - runStart);
+    return escaped;
+}
+
 QString QFAppleEvents::escapeCharactersInXMLString(const QString &text)
 {
     // Whole documents pass through here: copy the runs between escaped units in one go.

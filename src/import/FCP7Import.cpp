@@ -261,37 +261,40 @@ ImportOutcome FCP7Import::startProcessingWithSettings(ImportHost &host,
         sequence.addChild(element->rootElement());
     }
 
-    QString output;
+    // Whole documents stay UTF-8 from the serialiser to the disk.
+    QByteArray output;
     if (kind.isSequenceOnly) {
         output = bareSequenceDocument(version, document->internalSubsetDeclaration(),
-                                      sequence.toPrettyString());
+                                      sequence.toPrettyString())
+                     .toUtf8();
     } else if (kind.isXMLFile) {
-        const QString whole = QString::fromUtf8(document->toPrettyXml());
-        const QLatin1StringView children("<children>");
+        const QByteArray whole = document->toPrettyXml();
+        const QByteArrayView children("<children>");
         const qsizetype at = whole.indexOf(children);
         if (at < 0)
             return host.endImport(
                 ImportOutcome::failed(QStringLiteral("Unable to find child element"),
                                       QStringLiteral("The XML format is invalid."), Parent::None));
         const qsizetype split = at + children.size();
-        const QString copy = bin(QFAppleEvents::generateUUID(), sequence.toPrettyString());
+        const QByteArray copy =
+            bin(QFAppleEvents::generateUUID(), sequence.toPrettyString()).toUtf8();
         output.reserve(whole.size() + copy.size());
-        output += QStringView(whole).left(split);
+        output += QByteArrayView(whole).first(split);
         output += copy;
-        output += QStringView(whole).mid(split);
+        output += QByteArrayView(whole).sliced(split);
     } else {
-        output = QFFormat::format(u"<?xml version=\"1.0\" encoding=\"UTF-8\"?><!DOCTYPE xmeml>"
-                                  u"<xmeml version=\"%@\">%@</xmeml>",
-                                  version,
-                                  bin(QFAppleEvents::generateUUID(), sequence.toPrettyString()));
+        output =
+            QFFormat::format(u"<?xml version=\"1.0\" encoding=\"UTF-8\"?><!DOCTYPE xmeml>"
+                             u"<xmeml version=\"%@\">%@</xmeml>",
+                             version, bin(QFAppleEvents::generateUUID(), sequence.toPrettyString()))
+                .toUtf8();
     }
     output = QFAppleEvents::escapeCharactersInXMLString(output);
 
     if (targetFormatForPath(filename) == TargetFormat::XMEMLFile)
-        return writeXMEMLFile(host, output.toUtf8(), settings.outputPath.value_or(filename),
-                              errorSlot);
+        return writeXMEMLFile(host, output, settings.outputPath.value_or(filename), errorSlot);
 
-    if (QFAppleEvents::sendXMLToFCP(output, filename)) {
+    if (QFAppleEvents::sendXMLToFCP(QString::fromUtf8(output), filename)) {
         QFAppleEvents::openItem(newUUID, filename, true);
         host.setProcessSpinnerRunning(false);
         return host.report({ImportOutcome::Status::Imported,

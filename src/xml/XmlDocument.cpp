@@ -7,8 +7,8 @@
 #include <QFile>
 
 #include <libxml/parser.h>
+#include <libxml/parserInternals.h>
 #include <libxml/tree.h>
-#include <libxml/xmlreader.h>
 #include <libxml/xpath.h>
 
 #include <climits>
@@ -71,19 +71,37 @@ bool XmlDocument::isWellFormed(const QByteArray &bytes, QString *error)
 {
     ensureLibxmlInitialised();
     XmlErrors errors;
-    int status = -1;
-    if (bytes.size() <= INT_MAX) {
-        xmlTextReaderPtr reader =
-            xmlReaderForMemory(bytes.constData(), int(bytes.size()), nullptr, nullptr, safeOptions);
-        status = reader ? 1 : -1;
-        while (status == 1)
-            status = xmlTextReaderRead(reader);
-        xmlFreeTextReader(reader);
+    bool wellFormed = false;
+    xmlParserCtxtPtr context = bytes.size() <= INT_MAX
+                                   ? xmlCreateMemoryParserCtxt(bytes.constData(), int(bytes.size()))
+                                   : nullptr;
+    if (context) {
+        // The parser's own checks without a tree: declarations are still kept, as entity
+        // references need them, but no element or text is built.
+        xmlSAXHandler checks;
+        xmlSAXVersion(&checks, 2);
+        checks.startElement = nullptr;
+        checks.endElement = nullptr;
+        checks.startElementNs = nullptr;
+        checks.endElementNs = nullptr;
+        checks.characters = nullptr;
+        checks.ignorableWhitespace = nullptr;
+        checks.cdataBlock = nullptr;
+        checks.comment = nullptr;
+        checks.processingInstruction = nullptr;
+        checks.reference = nullptr;
+        xmlSAXHandlerPtr own = context->sax;
+        context->sax = &checks;
+        xmlCtxtUseOptions(context, safeOptions & ~XML_PARSE_NOBLANKS);
+        wellFormed = xmlParseDocument(context) == 0 && context->wellFormed;
+        context->sax = own;
+        xmlFreeDoc(context->myDoc);
+        xmlFreeParserCtxt(context);
     }
-    if (status != 0 && error)
+    if (!wellFormed && error)
         *error =
             errors.any() ? errors.description() : QStringLiteral("The document could not be read.");
-    return status == 0;
+    return wellFormed;
 }
 
 std::unique_ptr<XmlDocument> XmlDocument::fromFile(const QString &path, Parsing parsing,

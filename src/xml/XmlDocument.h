@@ -29,7 +29,7 @@ public:
     static std::unique_ptr<XmlDocument>
     fromBytes(const QByteArray &bytes, Parsing parsing = Parsing::Strict, QString *error = nullptr);
     /// Whether the bytes are a well-formed document, read as the strict parse reads
-    /// them but streamed, so that no tree is built; error receives why not.
+    /// them but without building a tree; error receives why not.
     static bool isWellFormed(const QByteArray &bytes, QString *error = nullptr);
     /// Reads and parses a file (never a compressed or remote one).
     static std::unique_ptr<XmlDocument>
