@@ -141,17 +141,17 @@ void QFLog::print(const QString &text) const
     std::fflush(stdout);
 }
 
-void QFLog::createNewLogImpl(const QString &name, bool noPrinting)
+bool QFLog::createNewLogImpl(const QString &name, bool noPrinting, bool queueHeader)
 {
     m_noPrinting = noPrinting;
     if (m_loggingDisabled.load())
-        return;
+        return false;
     closeFile();
 
     if (QFGlobalPreferences::switchIsOn(QStringLiteral("disable-logging"))) {
         print(QStringLiteral("Logging is disabled\n"));
         m_loggingDisabled = true;
-        return;
+        return false;
     }
 
     if (!name.isEmpty() && appName().isEmpty())
@@ -164,18 +164,23 @@ void QFLog::createNewLogImpl(const QString &name, bool noPrinting)
     const QString path = currentLogPath();
     if (!QDir().mkpath(folder)) {
         print(QFFormat::format(u"Unable to create folder %s.\n", folder));
-        return;
+        return false;
     }
     if (QFile::exists(path) && !rotate())
-        return;
+        return false;
 
     QSaveFile empty(path);
     if (!empty.open(QIODevice::WriteOnly) || !empty.commit()) {
         print(QFFormat::format(u"Unable to create log file %s - %s\n", path, empty.errorString()));
-        return;
+        return false;
     }
-    if (ensureOpen())
-        queueHeader();
+    if (!ensureOpen())
+        return false;
+    if (queueHeader) {
+        for (const QString &entry : headerEntries())
+            appendTextToLog(entry);
+    }
+    return true;
 }
 
 bool QFLog::rotate()
@@ -195,26 +200,27 @@ bool QFLog::rotate()
     return true;
 }
 
-void QFLog::queueHeader()
+QStringList QFLog::headerEntries()
 {
-    fastAppendLog(u"Log started: %@\n", dateDescription());
+    QStringList entries{formatEntry(u"Log started: %@", {dateDescription()})};
     if (QCoreApplication::instance() && !QCoreApplication::applicationVersion().isEmpty())
-        fastAppendLog(u"Version: %@\n", QCoreApplication::applicationVersion());
+        entries << formatEntry(u"Version: %@", {QCoreApplication::applicationVersion()});
     if (const QString path = QFLocalPaths::executablePath(); !path.isEmpty())
-        fastAppendLog(u"Path: %@\n", path);
+        entries << formatEntry(u"Path: %@", {path});
     const double gigabytes =
         double(::sysconf(_SC_PHYS_PAGES)) * double(::sysconf(_SC_PAGESIZE)) / 1024 / 1024 / 1024;
     const qint64 cpus = ::sysconf(_SC_NPROCESSORS_ONLN);
 #ifdef Q_OS_MACOS
-    appendLog(u"System: macOS %@, %li CPU(s), %0.2f GB RAM\n", QSysInfo::productVersion(), cpus,
-              gigabytes);
+    entries << formatEntry(u"System: macOS %@, %li CPU(s), %0.2f GB RAM",
+                           {QSysInfo::productVersion(), cpus, gigabytes});
 #else
-    appendLog(u"System: Linux %@, %li CPU(s), %0.2f GB RAM\n",
-              QSysInfo::prettyProductName() + QStringLiteral(" (kernel ") +
-                  QSysInfo::kernelVersion() + u')',
-              cpus, gigabytes);
+    entries << formatEntry(u"System: Linux %@, %li CPU(s), %0.2f GB RAM",
+                           {QString(QSysInfo::prettyProductName() + QStringLiteral(" (kernel ") +
+                                    QSysInfo::kernelVersion() + u')'),
+                            cpus, gigabytes});
 #endif
-    fastAppendLog(u"Running in 64-bit mode\n");
+    entries << formatEntry(u"Running in 64-bit mode", {});
+    return entries;
 }
 
 // ---- the file --------------------------------------------------------------------
@@ -492,9 +498,18 @@ std::uint64_t QFLog::writeEntries(std::deque<QString> &entries)
                 m_bytesWritten += quint64(line.size());
                 if (m_bytesWritten.load() >= m_rolloverLimit.load()) {
                     write();
-                    // Runs on this thread; entries queued behind go to the new file.
-                    createNewLogImpl(appName(), m_noPrinting.load());
-                    appendLog(u"Log truncated at 500KB");
+                    // The new file starts with its header and the note, then the rest of
+                    // this batch and the entries queued behind it.
+                    if (createNewLogImpl(appName(), m_noPrinting.load(), false)) {
+                        QStringList notes = headerEntries();
+                        notes << QStringLiteral("Log truncated at 500KB");
+                        for (const QString &note : std::as_const(notes)) {
+                            const QByteArray noteLine =
+                                (dateDescription() + QStringLiteral(" - ") + note + u'\n').toUtf8();
+                            pending += noteLine;
+                            m_bytesWritten += quint64(noteLine.size());
+                        }
+                    }
                 } else if (pending.size() >= pieceBytes) {
                     write();
                     finish();

@@ -107,8 +107,9 @@ private:
                                            std::initializer_list<QFFormat::Arg> args);
     static QString formatEntry(QStringView format, std::initializer_list<QFFormat::Arg> args);
 
-    void createNewLogImpl(const QString &name, bool noPrinting);
-    void queueHeader();
+    /// Whether the new file is open; its header is queued unless the caller writes it.
+    bool createNewLogImpl(const QString &name, bool noPrinting, bool queueHeader = true);
+    static QStringList headerEntries();
     bool rotate();
     void print(const QString &text) const;
     void writerLoop();
