@@ -41,6 +41,20 @@ public:
     }
     QString path() const { return m_dir.path(); }
     QString tempPath() const { return m_dir.path() + QStringLiteral("/temporary"); }
+    /// Where a file of this home goes.
+    QString filePath(const QString &name) const { return QDir(m_dir.path()).filePath(name); }
+    /// Writes a file of this home, with the folders it needs; its path.
+    QString file(const QString &name, const QByteArray &bytes) const
+    {
+        write(filePath(name), bytes);
+        return filePath(name);
+    }
+    /// A copy of a file of tests/data in this home, under its own name or the one given.
+    QString copyOfData(const QString &dataFile, const QString &as = QString()) const
+    {
+        return file(as.isNull() ? dataFile : as,
+                    read(QStringLiteral(CUEBRIDGE_TEST_DATA "/") + dataFile));
+    }
 
     static QByteArray read(const QString &path)
     {

@@ -377,8 +377,7 @@ TEST(AnalyticsFormData, EachFieldIsAPartAndAFileIsSentAsAFile)
     EXPECT_EQ(QFQC::generateFormData({{u"uid"_qs, u"abc"_qs}}, u"B"_qs),
               "--B\r\nContent-Disposition: form-data; name=\"uid\"\r\n\r\nabc\r\n");
     TempHome home;
-    const QString file = home.path() + u"/report.crash"_qs;
-    TempHome::write(file, "bytes");
+    const QString file = home.file(u"report.crash"_qs, "bytes");
     EXPECT_EQ(QFQC::generateFormData({{u"f"_qs, QUrl::fromLocalFile(file)},
                                       {u"g"_qs, QUrl(u"https://example.com/x"_qs)}},
                                      u"B"_qs),

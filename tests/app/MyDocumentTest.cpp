@@ -27,8 +27,6 @@
 
 namespace {
 
-const QString data = QStringLiteral(CUEBRIDGE_TEST_DATA);
-
 /// A project and, in a project of its own, a clip: the clip is listed as an event clip.
 const QByteArray projectAndClip =
     R"(<fcpxml version="1.8"><resources><format id="r1" frameDuration="1/25s"/></resources>
@@ -43,16 +41,8 @@ protected:
     void SetUp() override
     {
         QFAlert::setPresenter(&alerts);
-        list = home.path() + QStringLiteral("/notes.txt");
-        TempHome::write(list, "#\tTrack\tName\tComment\tStart\tDuration\tColor\n"
-                              "1\tV1\tA\tc\t01:00:10:00\t00:00:01:00\tRed\n");
-    }
-    /// A copy of a file of tests/data in the home, or a file with the bytes given.
-    QString copy(const QString &name, const QByteArray &bytes = QByteArray())
-    {
-        const QString path = home.path() + u'/' + name;
-        TempHome::write(path, bytes.isNull() ? TempHome::read(data + u'/' + name) : bytes);
-        return path;
+        list = home.file(u"notes.txt"_qs, "#\tTrack\tName\tComment\tStart\tDuration\tColor\n"
+                                          "1\tV1\tA\tc\t01:00:10:00\t00:00:01:00\tRed\n");
     }
     /// A window on the marker list whose last target is the one given.
     MyDocument *open(const QString &target)
@@ -112,7 +102,6 @@ TEST_F(Window, DiscoveryListsEachKindOfTarget)
         {"clips.fcpxml", projectAndClipItems, true},
         {"clips.fcpxmld", projectAndClipItems, true},
     };
-    QDir(home.path()).mkdir(u"clips.fcpxmld"_qs);
     for (const Kind &kind : kinds) {
         SCOPED_TRACE(kind.file);
         const QString file = QString::fromLatin1(kind.file);
@@ -120,8 +109,9 @@ TEST_F(Window, DiscoveryListsEachKindOfTarget)
         const bool bundle = file.endsWith(u".fcpxmld"_qs);
         // A bundle is adopted as the folder; its document is Info.fcpxml inside.
         const QString written =
-            copy(bundle ? file + u"/Info.fcpxml"_qs : file, fcpx ? projectAndClip : QByteArray());
-        MyDocument *document = open(bundle ? home.path() + u'/' + file : written);
+            fcpx ? home.file(bundle ? file + u"/Info.fcpxml"_qs : file, projectAndClip)
+                 : home.copyOfData(file);
+        MyDocument *document = open(bundle ? home.filePath(file) : written);
         QComboBox *items = popUp(document);
         ASSERT_EQ(items->count(), kind.items.size());
         for (int i = 0; i < items->count(); ++i) {
@@ -140,7 +130,7 @@ TEST_F(Window, DiscoveryListsEachKindOfTarget)
 
 TEST_F(Window, TheControlsBecomeTheSettings)
 {
-    MyDocument *document = open(copy(u"clips.fcpxml"_qs, projectAndClip));
+    MyDocument *document = open(home.file(u"clips.fcpxml"_qs, projectAndClip));
     ASSERT_EQ(document->session().items().size(), 2);
     document->findChild<QLineEdit *>(u"frameOffsetText"_qs)->setText(u"12abc"_qs);
     document->findChild<QComboBox *>(u"offsetUnitPopUp"_qs)->setCurrentIndex(3);
@@ -160,7 +150,7 @@ TEST_F(Window, TheControlsBecomeTheSettings)
 
 TEST_F(Window, AnImportEndsWithItsSheetAndAReloadDuringDiscoveryListsOnce)
 {
-    const QString target = copy(u"project.xml"_qs);
+    const QString target = home.copyOfData(u"project.xml"_qs);
     MyDocument *document = open(target);
     document->reloadSequences();
     document->reloadSequences();
@@ -181,7 +171,7 @@ TEST_F(Window, AnImportEndsWithItsSheetAndAReloadDuringDiscoveryListsOnce)
 
 TEST_F(Window, ASheetsSuppressionBoxKeepsItsPreferenceAndATimedSheetGoesByItself)
 {
-    MyDocument *document = open(copy(u"project.xml"_qs));
+    MyDocument *document = open(home.copyOfData(u"project.xml"_qs));
     for (const bool answerChecked : {true, false}) {
         QFAlert alert;
         QFAlert::alertSheetWithMessageText(u"Replace?"_qs, u"Replace"_qs, u"Cancel"_qs, QString(),
@@ -212,7 +202,7 @@ TEST_F(Window, ASheetsSuppressionBoxKeepsItsPreferenceAndATimedSheetGoesByItself
 
 TEST_F(Window, AWindowClosedDuringAnImportGoesOnceItEnds)
 {
-    const QString target = copy(u"sequence.xml"_qs);
+    const QString target = home.copyOfData(u"sequence.xml"_qs);
     QPointer<MyDocument> document = open(target);
     document->sendToFCP();
     document->close();
@@ -232,9 +222,9 @@ TEST_F(Window, AWindowClosedDuringAnImportGoesOnceItEnds)
 
 TEST_F(Window, LaunchOpensTheFilesGivenOrAsksForMarkerLists)
 {
-    QFUserDefaults::standardUserDefaults().setObject(copy(u"project.xml"_qs), u"lastProject"_qs);
-    const QString second = home.path() + u"/second.txt"_qs;
-    TempHome::write(second, TempHome::read(list));
+    QFUserDefaults::standardUserDefaults().setObject(home.copyOfData(u"project.xml"_qs),
+                                                     u"lastProject"_qs);
+    const QString second = home.file(u"second.txt"_qs, TempHome::read(list));
     {
         AppController controller;
         controller.applicationDidFinishLaunching({second, list});

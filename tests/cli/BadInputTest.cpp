@@ -24,24 +24,13 @@
 
 namespace {
 
-const QString data = QStringLiteral(CUEBRIDGE_TEST_DATA);
 const QByteArray oneMarker = "#\tTrack\tName\tComment\tStart\tDuration\tColor\n"
                              "1\tV1\tA\tc\t00:01:50:00\t00:00:05:00\tRed\n";
 
 class BadInput : public testing::Test
 {
 public:
-    QString path(const QString &name) const { return QDir(home.path()).filePath(name); }
-    QString write(const QString &name, const QByteArray &bytes)
-    {
-        TempHome::write(path(name), bytes);
-        return path(name);
-    }
-    QString copy(const QString &dataFile)
-    {
-        return write(dataFile, TempHome::read(data + u'/' + dataFile));
-    }
-    QString markers() { return write(u"markers.txt"_qs, oneMarker); }
+    QString markers() { return home.file(u"markers.txt"_qs, oneMarker); }
 
     /// Every file of the user's (the home without its hidden and temporary folders).
     std::map<QString, QByteArray> files() const
@@ -88,9 +77,9 @@ TEST_P(Matrix, EndsWithItsMessageAndChangesNoFile)
                                                QFileDevice::ReadOther | QFileDevice::ExeOther);
         // The build tree may lie where that user cannot go (root's own home): the
         // program is run from a copy in the home, which the comparison leaves out.
-        const QString copy = path(u".bin/cuebridge-import"_qs);
-        QDir().mkpath(path(u".bin"_qs));
-        QFile::setPermissions(path(u".bin"_qs), QFile::permissions(home.path()));
+        const QString copy = home.filePath(u".bin/cuebridge-import"_qs);
+        QDir().mkpath(home.filePath(u".bin"_qs));
+        QFile::setPermissions(home.filePath(u".bin"_qs), QFile::permissions(home.path()));
         ASSERT_TRUE(QFile::copy(command.first(), copy));
         command = QStringList{runuser, u"-u"_qs, u"nobody"_qs, u"--"_qs, copy, u"-q"_qs};
     }
@@ -130,74 +119,77 @@ INSTANTIATE_TEST_SUITE_P(
     testing::Values(
         Case{"EmptyMarkerList",
              [](BadInput &test) {
-                 return QStringList{test.write(u"m.txt"_qs, ""), test.copy(u"library.fcpxml"_qs)};
+                 return QStringList{test.home.file(u"m.txt"_qs, ""),
+                                    test.home.copyOfData(u"library.fcpxml"_qs)};
              },
              2, "Unable to read marker list"},
         Case{"EmptyXmemlTarget",
              [](BadInput &test) {
-                 return QStringList{test.markers(), test.write(u"t.xml"_qs, "")};
+                 return QStringList{test.markers(), test.home.file(u"t.xml"_qs, "")};
              },
              3, "lists no sequence to import into"},
         Case{"EmptyFcpxTarget",
              [](BadInput &test) {
-                 return QStringList{test.markers(), test.write(u"t.fcpxml"_qs, "")};
+                 return QStringList{test.markers(), test.home.file(u"t.fcpxml"_qs, "")};
              },
              2, "Unable to find sequence"},
         Case{"BinaryMarkerList",
              [](BadInput &test) {
-                 return QStringList{test.write(u"m.txt"_qs, QByteArray("\x00\x01\xfe\x80\x0a", 5) +
-                                                                QByteArray(4000, '\x9c')),
-                                    test.copy(u"library.fcpxml"_qs)};
+                 return QStringList{
+                     test.home.file(u"m.txt"_qs, QByteArray("\x00\x01\xfe\x80\x0a", 5) +
+                                                     QByteArray(4000, '\x9c')),
+                     test.home.copyOfData(u"library.fcpxml"_qs)};
              },
              2, "Unable to read marker list"},
         Case{"OnlyAHeader",
              [](BadInput &test) {
-                 return QStringList{test.write(u"m.txt"_qs, "#\tTrack\tName\tComment\n"),
-                                    test.copy(u"library.fcpxml"_qs)};
+                 return QStringList{test.home.file(u"m.txt"_qs, "#\tTrack\tName\tComment\n"),
+                                    test.home.copyOfData(u"library.fcpxml"_qs)};
              },
              3, ""},
         Case{"FiftyMegabyteLineAsMarkerList",
              [](BadInput &test) {
-                 return QStringList{test.write(u"m.txt"_qs, QByteArray(50 << 20, 'x')),
-                                    test.copy(u"library.fcpxml"_qs)};
+                 return QStringList{test.home.file(u"m.txt"_qs, QByteArray(50 << 20, 'x')),
+                                    test.home.copyOfData(u"library.fcpxml"_qs)};
              },
              64, "too large for a marker list"},
         Case{"FiftyMegabyteLineAsXmemlTarget",
              [](BadInput &test) {
                  return QStringList{
                      test.markers(),
-                     test.write(u"t.xml"_qs, "<xmeml version=\"5\"><sequence><name>" +
-                                                 QByteArray(50 << 20, 'x') +
-                                                 "</name></sequence></xmeml>")};
+                     test.home.file(u"t.xml"_qs, "<xmeml version=\"5\"><sequence><name>" +
+                                                     QByteArray(50 << 20, 'x') +
+                                                     "</name></sequence></xmeml>")};
              },
              3, "lists no sequence to import into"},
         Case{"FiftyMegabyteLineAsFcpxTarget",
              [](BadInput &test) {
                  return QStringList{
                      test.markers(),
-                     test.write(u"t.fcpxml"_qs, "<fcpxml version=\"1.8\"><project name=\"" +
-                                                    QByteArray(50 << 20, 'x') + "\"/></fcpxml>")};
+                     test.home.file(u"t.fcpxml"_qs, "<fcpxml version=\"1.8\"><project name=\"" +
+                                                        QByteArray(50 << 20, 'x') +
+                                                        "\"/></fcpxml>")};
              },
              2, "Unable to find sequence"},
         Case{"Utf16BigEndianWithoutByteOrderMarkReadsAsText",
              [](BadInput &test) {
-                 return QStringList{test.write(u"m.txt"_qs, utf16be(oneMarker)),
-                                    test.copy(u"library.fcpxml"_qs)};
+                 return QStringList{test.home.file(u"m.txt"_qs, utf16be(oneMarker)),
+                                    test.home.copyOfData(u"library.fcpxml"_qs)};
              },
              0, "Markers successfully imported"},
         Case{"Windows1252MarkerList",
              [](BadInput &test) {
-                 return QStringList{
-                     test.write(u"m.txt"_qs, QByteArray(oneMarker).replace("\tA\t", "\tCaf\xe9\t")),
-                     test.copy(u"library.fcpxml"_qs)};
+                 return QStringList{test.home.file(u"m.txt"_qs, QByteArray(oneMarker).replace(
+                                                                    "\tA\t", "\tCaf\xe9\t")),
+                                    test.home.copyOfData(u"library.fcpxml"_qs)};
              },
              0, "Markers successfully imported"},
         Case{"NulBytesInAName",
              [](BadInput &test) {
                  return QStringList{
-                     test.write(u"m.txt"_qs,
-                                QByteArray(oneMarker).replace("\tA\t", QByteArray("\tA\0B\t", 5))),
-                     test.copy(u"library.fcpxml"_qs)};
+                     test.home.file(u"m.txt"_qs, QByteArray(oneMarker).replace(
+                                                     "\tA\t", QByteArray("\tA\0B\t", 5))),
+                     test.home.copyOfData(u"library.fcpxml"_qs)};
              },
              0, "Markers successfully imported"},
         Case{"MarkerListAsTarget",
@@ -207,52 +199,53 @@ INSTANTIATE_TEST_SUITE_P(
              2, "Final Cut Pro 7 is not running"},
         Case{"TargetAsMarkerList",
              [](BadInput &test) {
-                 return QStringList{test.copy(u"project.xml"_qs), test.copy(u"library.fcpxml"_qs)};
+                 return QStringList{test.home.copyOfData(u"project.xml"_qs),
+                                    test.home.copyOfData(u"library.fcpxml"_qs)};
              },
              3, ""},
         Case{"FolderAsMarkerList",
              [](BadInput &test) {
-                 return QStringList{test.home.path(), test.copy(u"library.fcpxml"_qs)};
+                 return QStringList{test.home.path(), test.home.copyOfData(u"library.fcpxml"_qs)};
              },
              64, "is a folder"},
         Case{"FolderAsTarget",
              [](BadInput &test) {
                  QDir(test.home.path()).mkpath(u"cut.fcpxml"_qs);
-                 return QStringList{test.markers(), test.path(u"cut.fcpxml"_qs)};
+                 return QStringList{test.markers(), test.home.filePath(u"cut.fcpxml"_qs)};
              },
              64, "is a folder"},
         Case{"OutputIsTheTarget",
              [](BadInput &test) {
-                 const QString target = test.copy(u"library.fcpxml"_qs);
+                 const QString target = test.home.copyOfData(u"library.fcpxml"_qs);
                  return QStringList{u"--output"_qs, target, test.markers(), target};
              },
              64, "is the target itself"},
         Case{"OutputIsAFolder",
              [](BadInput &test) {
                  QDir(test.home.path()).mkpath(u"Taken.fcpxmld"_qs);
-                 return QStringList{u"--output"_qs, test.path(u"Taken.fcpxmld"_qs), test.markers(),
-                                    test.copy(u"library.fcpxml"_qs)};
+                 return QStringList{u"--output"_qs, test.home.filePath(u"Taken.fcpxmld"_qs),
+                                    test.markers(), test.home.copyOfData(u"library.fcpxml"_qs)};
              },
              64, "is a folder"},
         Case{"UnreadableMarkerList",
              [](BadInput &test) {
                  const QString list = test.markers();
                  QFile::setPermissions(list, QFileDevice::WriteOwner);
-                 return QStringList{list, test.copy(u"library.fcpxml"_qs)};
+                 return QStringList{list, test.home.copyOfData(u"library.fcpxml"_qs)};
              },
              64, "cannot be read", true},
         Case{"UnreadableFcpxTarget",
              [](BadInput &test) {
-                 const QString target = test.copy(u"library.fcpxml"_qs);
+                 const QString target = test.home.copyOfData(u"library.fcpxml"_qs);
                  QFile::setPermissions(target, QFileDevice::WriteOwner);
                  return QStringList{test.markers(), target};
              },
              64, "cannot be read", true},
         Case{"ReadOnlyTargetFolder",
              [](BadInput &test) {
-                 const QString target = test.write(u"locked/project.xml"_qs,
-                                                   TempHome::read(data + u"/project.xml"_qs));
-                 QFile::setPermissions(test.path(u"locked"_qs),
+                 const QString target =
+                     test.home.copyOfData(u"project.xml"_qs, u"locked/project.xml"_qs);
+                 QFile::setPermissions(test.home.filePath(u"locked"_qs),
                                        QFileDevice::ReadOwner | QFileDevice::ExeOwner |
                                            QFileDevice::ReadOther | QFileDevice::ExeOther);
                  return QStringList{test.markers(), target};
@@ -260,19 +253,21 @@ INSTANTIATE_TEST_SUITE_P(
              2, "Failed to write marker data to disk.", true},
         Case{"MissingMarkerList",
              [](BadInput &test) {
-                 return QStringList{test.path(u"none.txt"_qs), test.copy(u"project.xml"_qs)};
+                 return QStringList{test.home.filePath(u"none.txt"_qs),
+                                    test.home.copyOfData(u"project.xml"_qs)};
              },
              64, "no such file"},
         Case{"UnknownSequence",
              [](BadInput &test) {
                  return QStringList{u"--sequence"_qs, u"nope"_qs, test.markers(),
-                                    test.copy(u"project.xml"_qs)};
+                                    test.home.copyOfData(u"project.xml"_qs)};
              },
              64, "holds no item"},
         Case{"UsageErrors",
              [](BadInput &test) {
-                 return QStringList{u"--unit"_qs, u"beats"_qs,    u"--offset"_qs,
-                                    u"12x"_qs,    test.markers(), test.copy(u"project.xml"_qs)};
+                 return QStringList{u"--unit"_qs,   u"beats"_qs,
+                                    u"--offset"_qs, u"12x"_qs,
+                                    test.markers(), test.home.copyOfData(u"project.xml"_qs)};
              },
              64, "Try 'cuebridge-import --help'"}),
     [](const auto &param) { return std::string(param.param.name); });
@@ -288,14 +283,14 @@ TEST_F(BadInput, AnImportKilledAtAnyMomentLeavesTheOriginalOrTheWholeResult)
                     .arg(i / 60 % 60, 2, 10, QChar(u'0'))
                     .arg(i % 60, 2, 10, QChar(u'0'))
                     .toUtf8();
-    const QString markerFile = write(u"many.txt"_qs, list);
+    const QString markerFile = home.file(u"many.txt"_qs, list);
     // No log: as the superuser it would go to a computer-wide folder, one failure per line.
-    write(u".config/com.quillfen.global.plist"_qs,
-          "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>"
-          "<key>disable-logging</key><string>1</string></dict></plist>\n");
-    const QByteArray original = TempHome::read(data + u"/sequence.xml"_qs);
+    home.file(u".config/com.quillfen.global.plist"_qs,
+              "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>"
+              "<key>disable-logging</key><string>1</string></dict></plist>\n");
+    const QByteArray original = TempHome::read(QStringLiteral(CUEBRIDGE_TEST_DATA "/sequence.xml"));
 
-    const QString reference = write(u"reference.xml"_qs, original);
+    const QString reference = home.file(u"reference.xml"_qs, original);
     QElapsedTimer timer;
     timer.start();
     ASSERT_EQ(
@@ -309,7 +304,7 @@ TEST_F(BadInput, AnImportKilledAtAnyMomentLeavesTheOriginalOrTheWholeResult)
     const QString complete = withoutUuids(TempHome::read(reference));
     ASSERT_NE(complete, withoutUuids(original));
 
-    const QString target = path(u"killed.xml"_qs);
+    const QString target = home.filePath(u"killed.xml"_qs);
     constexpr int kills = 16;
     for (int i = 0; i < kills; ++i) {
         TempHome::write(target, original);

@@ -14,8 +14,6 @@
 
 namespace {
 
-const QString data = QStringLiteral(CUEBRIDGE_TEST_DATA);
-
 struct Outcome
 {
     int status = -1;
@@ -39,17 +37,7 @@ QByteArray markerList(std::initializer_list<Record> records, const char *newline
 class Cli : public testing::Test
 {
 protected:
-    QString path(const QString &name) const { return QDir(home.path()).filePath(name); }
-    QString copy(const QString &dataFile)
-    {
-        TempHome::write(path(dataFile), TempHome::read(data + u'/' + dataFile));
-        return path(dataFile);
-    }
-    QString markers(const QByteArray &bytes)
-    {
-        TempHome::write(path(u"markers.txt"_qs), bytes);
-        return path(u"markers.txt"_qs);
-    }
+    QString markers(const QByteArray &bytes) { return home.file(u"markers.txt"_qs, bytes); }
 
     static Outcome run(const QStringList &arguments)
     {
@@ -107,7 +95,7 @@ class Placements : public Cli, public testing::WithParamInterface<Placement>
 TEST_P(Placements, LandOnTheirFrames)
 {
     const Placement &c = GetParam();
-    const QString target = copy(c.target);
+    const QString target = home.copyOfData(c.target);
     const Outcome result = run(c.options + QStringList{markers(c.markers), target});
     EXPECT_EQ(result.status, 0) << result.err.toStdString();
     EXPECT_TRUE(result.out.startsWith(u"Markers successfully imported: "))
@@ -155,7 +143,7 @@ INSTANTIATE_TEST_SUITE_P(
 
 TEST_F(Cli, UserTextIsEscapedOnceAndColoursFollowTheirTable)
 {
-    const QString target = copy(u"sequence.xml"_qs);
+    const QString target = home.copyOfData(u"sequence.xml"_qs);
     const Outcome result = run(
         {markers(markerList({{"Café", " Tom & Jerry’s <cut> ", "01:00:00;00", "00:00:01;00", "red"},
                              {"G", "c", "01:00:01;00", "00:00:01;00", "Green"},
@@ -207,7 +195,7 @@ TEST_F(Cli, TextBeyondTheBasicPlaneComesBackWhole)
                     "<name>Review \xf0\x9f\x8e\x9e</name>", u"project/name"_qs,
                     u"Review \U0001F39E"_qs}};
     for (const auto &target : targets) {
-        const QString path = copy(target.file);
+        const QString path = home.copyOfData(target.file);
         TempHome::write(path, TempHome::read(path).replace(target.named, target.renamed));
         const Outcome result = run({markers(list), path});
         ASSERT_EQ(result.status, 0) << result.err.toStdString();
@@ -227,7 +215,7 @@ TEST_F(Cli, TextBeyondTheBasicPlaneComesBackWhole)
 TEST_F(Cli, ABareSequenceComesBackAloneAProjectGainsABin)
 {
     const QByteArray list = markerList({{"A", "c", "01:00:10:00", "00:00:05:00", "Red"}});
-    const QString bare = copy(u"sequence.xml"_qs);
+    const QString bare = home.copyOfData(u"sequence.xml"_qs);
     const Outcome bareRun = run({markers(list), bare});
     EXPECT_EQ(bareRun.out.section(u'\n', 0, 0),
               u"Markers successfully imported: The markers were imported into the XML file. "
@@ -236,7 +224,7 @@ TEST_F(Cli, ABareSequenceComesBackAloneAProjectGainsABin)
         "<?xml version=\"1.0\" encoding=\"UTF-8\"?><!DOCTYPE xmeml><xmeml version=\"4\">"
         "<sequence id=\"Selects-Cuebridge\">"));
 
-    const QString project = copy(u"project.xml"_qs);
+    const QString project = home.copyOfData(u"project.xml"_qs);
     const Outcome projectRun = run({u"-q"_qs, markers(list), project});
     EXPECT_EQ(projectRun.out,
               u"Markers successfully imported: The markers were imported into a copy of the "
@@ -268,25 +256,25 @@ TEST_F(Cli, ClearingRemovesSequenceAndClipMarkers)
             names << n.stringValue();
         return names;
     };
-    const QString kept = copy(u"project.xml"_qs);
+    const QString kept = home.copyOfData(u"project.xml"_qs);
     ASSERT_EQ(run({markers(list), kept}).status, 0);
     EXPECT_EQ(markerNames(kept), QStringList({u"On B"_qs, u"Sequence marker"_qs, u"A"_qs}));
-    const QString cleared = copy(u"project.xml"_qs);
+    const QString cleared = home.copyOfData(u"project.xml"_qs);
     ASSERT_EQ(run({u"--clear"_qs, markers(list), cleared}).status, 0);
     EXPECT_EQ(markerNames(cleared), QStringList(u"A"_qs));
 }
 
 TEST_F(Cli, OutputGoesElsewhereAndListShowsTheItems)
 {
-    const QString target = copy(u"project.xml"_qs);
+    const QString target = home.copyOfData(u"project.xml"_qs);
     const QByteArray before = TempHome::read(target);
     const Outcome result =
-        run({u"--output"_qs, path(u"out.xml"_qs),
+        run({u"--output"_qs, home.filePath(u"out.xml"_qs),
              markers(markerList({{"A", "c", "01:00:10:00", "00:00:05:00", "Red"}})), target});
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(TempHome::read(target), before);
-    EXPECT_EQ(inOut(path(u"out.xml"_qs)), QList<InOut>({{250, 375}}));
-    EXPECT_TRUE(result.out.contains(QStringLiteral("Result: ") + path(u"out.xml"_qs)));
+    EXPECT_EQ(inOut(home.filePath(u"out.xml"_qs)), QList<InOut>({{250, 375}}));
+    EXPECT_TRUE(result.out.contains(QStringLiteral("Result: ") + home.filePath(u"out.xml"_qs)));
 
     const Outcome list = run({u"--list"_qs, target}); // no marker list needed
     EXPECT_EQ(list.status, 0);
@@ -306,7 +294,7 @@ QString resultPath(const Outcome &outcome)
 
 TEST_F(Cli, AnFcpxLibraryIsListedAndImportedIntoACopy)
 {
-    const QString target = copy(u"library.fcpxml"_qs);
+    const QString target = home.copyOfData(u"library.fcpxml"_qs);
     const QByteArray before = TempHome::read(target);
     const Outcome list = run({u"--list"_qs, target});
     EXPECT_EQ(list.out, QStringLiteral("Cut 3\t%1\n").arg(librarySequence));
@@ -328,26 +316,28 @@ TEST_F(Cli, AnFcpxLibraryIsListedAndImportedIntoACopy)
 
 TEST_F(Cli, AnFcpxResultIsCopiedWhereAskedAndAPartialImportExitsOne)
 {
-    const QString bundle = path(u"Cut.fcpxmld"_qs);
-    TempHome::write(bundle + u"/Info.fcpxml"_qs, TempHome::read(data + u"/library.fcpxml"_qs));
+    const QString bundle = home.filePath(u"Cut.fcpxmld"_qs);
+    home.copyOfData(u"library.fcpxml"_qs, u"Cut.fcpxmld/Info.fcpxml"_qs);
     const Outcome result =
-        run({u"--output"_qs, path(u"Out.fcpxmld"_qs),
+        run({u"--output"_qs, home.filePath(u"Out.fcpxmld"_qs),
              markers(markerList({{"in", "", "00:00:01:00", "00:00:00:00", "Red"},
                                  {"past", "", "02:00:00:00", "00:00:00:00", "Red"}})),
              bundle});
     EXPECT_EQ(result.status, 1) << result.err.toStdString();
     EXPECT_TRUE(result.out.startsWith(u"Some markers failed to import: "))
         << result.out.toStdString();
-    EXPECT_EQ(resultPath(result), path(u"Out.fcpxmld"_qs));
-    EXPECT_EQ(QDir(path(u"Out.fcpxmld"_qs)).entryList(QDir::Files), QStringList{u"Info.fcpxml"_qs});
-    EXPECT_TRUE(TempHome::read(path(u"Out.fcpxmld/Info.fcpxml"_qs)).contains("value=\"in\""));
+    EXPECT_EQ(resultPath(result), home.filePath(u"Out.fcpxmld"_qs));
+    EXPECT_EQ(QDir(home.filePath(u"Out.fcpxmld"_qs)).entryList(QDir::Files),
+              QStringList{u"Info.fcpxml"_qs});
+    EXPECT_TRUE(
+        TempHome::read(home.filePath(u"Out.fcpxmld/Info.fcpxml"_qs)).contains("value=\"in\""));
 }
 
 TEST_F(Cli, OpenHandsTheResultToTheEditorsDesktopEntry)
 {
     // A stand-in for the editor that notes which file it was given.
-    const QString opened = path(u"opened"_qs);
-    const QString editor = path(u"editor.sh"_qs);
+    const QString opened = home.filePath(u"opened"_qs);
+    const QString editor = home.filePath(u"editor.sh"_qs);
     TempHome::writeNotingProgram(editor, opened);
     TempHome::write(
         home.path() + u"/.local/share/applications/com.apple.FinalCut.desktop"_qs,
@@ -355,7 +345,7 @@ TEST_F(Cli, OpenHandsTheResultToTheEditorsDesktopEntry)
 
     const Outcome result =
         run({u"--open"_qs, markers(markerList({{"A", "", "00:00:01:00", "00:00:00:00", "Red"}})),
-             copy(u"library.fcpxml"_qs)});
+             home.copyOfData(u"library.fcpxml"_qs)});
     EXPECT_EQ(result.status, 0) << result.err.toStdString();
     EXPECT_TRUE(result.out.startsWith(u"Markers successfully imported: A copy of your project "
                                       u"was sent to Final Cut Pro."));
@@ -382,8 +372,8 @@ TEST_F(Cli, OtherEditorsMarkerExportsLandAsOurListsDo)
     const QStringList starts{u"25000/2500s"_qs, u"50000/2500s"_qs, u"75000/2500s"_qs};
     for (const auto &e : exports) {
         SCOPED_TRACE(e.file);
-        const QString list = copy(u"exports/"_qs + QLatin1StringView(e.file));
-        const QString xmeml = copy(u"project.xml"_qs);
+        const QString list = home.copyOfData(u"exports/"_qs + QLatin1StringView(e.file));
+        const QString xmeml = home.copyOfData(u"project.xml"_qs);
         const Outcome intoXmeml = run({list, xmeml});
         EXPECT_EQ(intoXmeml.status, 0) << intoXmeml.err.toStdString();
         EXPECT_TRUE(intoXmeml.err.contains(e.skipped)) << intoXmeml.err.toStdString();
@@ -393,7 +383,7 @@ TEST_F(Cli, OtherEditorsMarkerExportsLandAsOurListsDo)
         const QList<XmlNode> markers = added(*doc);
         ASSERT_EQ(markers.size(), 3);
 
-        const Outcome intoFcpx = run({list, copy(u"library.fcpxml"_qs)});
+        const Outcome intoFcpx = run({list, home.copyOfData(u"library.fcpxml"_qs)});
         EXPECT_EQ(intoFcpx.status, 0) << intoFcpx.err.toStdString();
         const QString output = QString::fromUtf8(TempHome::read(resultPath(intoFcpx)));
         for (qsizetype i = 0; i < 3; ++i) {
@@ -411,7 +401,7 @@ TEST_F(Cli, OtherEditorsMarkerExportsLandAsOurListsDo)
 
 TEST_F(Cli, TheMarkersOfAnFcpxDocumentComeOutAsAListThatPutsThemBackInPlace)
 {
-    const QString library = copy(u"library.fcpxml"_qs);
+    const QString library = home.copyOfData(u"library.fcpxml"_qs);
     const Outcome printed = run({u"--markers"_qs, library});
     EXPECT_EQ(printed.status, 0) << printed.err.toStdString();
     EXPECT_TRUE(printed.out.startsWith(u"#\tTrack\tName\tComment\tStart\tDuration\tColor\n"
@@ -424,7 +414,7 @@ TEST_F(Cli, TheMarkersOfAnFcpxDocumentComeOutAsAListThatPutsThemBackInPlace)
     EXPECT_TRUE(output.contains(R"(<marker start="25000/2500s" duration="100/2500s" value="Ten")"));
     EXPECT_TRUE(
         output.contains(R"(<marker start="152500/2500s" duration="100/2500s" value="An hour in")"));
-    EXPECT_EQ(run({u"--markers"_qs, copy(u"project.xml"_qs)}).status, 64);
+    EXPECT_EQ(run({u"--markers"_qs, home.copyOfData(u"project.xml"_qs)}).status, 64);
 }
 
 } // namespace

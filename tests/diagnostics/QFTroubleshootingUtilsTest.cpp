@@ -132,8 +132,7 @@ TEST_F(Gathering, ViewingOpensTheCurrentLogOrSaysThereIsNone)
                            u"No log found / You must run the application as a task (e.g. through "
                            u"Runwick) before viewing a log."_qs}));
 
-    const QString log = home.path() + u"/.local/state/Quillfen/Cuebridge.1.log"_qs;
-    TempHome::write(log, "started");
+    const QString log = home.file(u".local/state/Quillfen/Cuebridge.1.log"_qs, "started");
     EXPECT_TRUE(QFTroubleshootingUtils::viewLogForApp(u"Cuebridge"_qs));
     EXPECT_EQ(desktopApps.opened(), QStringList(log + u" with ''"_qs));
 }

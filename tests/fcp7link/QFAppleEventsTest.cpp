@@ -63,8 +63,7 @@ protected:
 
     QString addProject(const QString &name)
     {
-        const QString path = QDir(home.path()).filePath(name);
-        TempHome::write(path, "FCP project");
+        const QString path = home.file(name, "FCP project");
         SimulatedFinalCutPro::Project contents;
         contents.xml = itemXml;
         contents.tableOfContents = "<xmeml version=\"5\"><bin><children>"

@@ -33,14 +33,6 @@ const QByteArray markerList = "#\tTrack\tName\tComment\tStart\tDuration\tColor\n
 class ImportTest : public LoggedTest
 {
 public:
-    QString file(const QString &name, const QByteArray &bytes)
-    {
-        const QString path = QDir(home.path()).filePath(name);
-        TempHome::write(path, bytes);
-        return path;
-    }
-
-protected:
     ImportSettings settings(const QString &target, std::optional<QString> uuid = u"U-1"_qs)
     {
         ImportSettings s;
@@ -52,9 +44,9 @@ protected:
 
 TEST_F(ImportTest, LogsEveryStepAndSkipsRecordsWithoutSevenFields)
 {
-    RecordingHost host(file(u"markers.txt"_qs, markerList));
+    RecordingHost host(home.file(u"markers.txt"_qs, markerList));
     host.kind.isXMLFile = true;
-    FCP7Import::startProcessingWithSettings(host, settings(file(u"cut.xml"_qs, project)));
+    FCP7Import::startProcessingWithSettings(host, settings(home.file(u"cut.xml"_qs, project)));
 
     EXPECT_EQ(host.calls, QStringList({u"process start"_qs, u"process stop"_qs,
                                        u"sheet Markers successfully imported"_qs}));
@@ -75,7 +67,7 @@ struct SilentOrFailing
 {
     const char *name;
     /// Changes the marker list path or the settings of an import that would succeed.
-    std::function<void(ImportTest &, QString &, ImportSettings &)> arrange;
+    std::function<void(const TempHome &, QString &, ImportSettings &)> arrange;
     QStringList calls;
     const char *logged;
     friend void PrintTo(const SilentOrFailing &c, std::ostream *os) { *os << c.name; }
@@ -87,9 +79,9 @@ class Ends : public ImportTest, public testing::WithParamInterface<SilentOrFaili
 
 TEST_P(Ends, StopTheSpinnerAndLeaveTheTargetAsItWas)
 {
-    QString markers = file(u"markers.txt"_qs, markerList);
-    ImportSettings s = settings(file(u"cut.xml"_qs, project));
-    GetParam().arrange(*this, markers, s);
+    QString markers = home.file(u"markers.txt"_qs, markerList);
+    ImportSettings s = settings(home.file(u"cut.xml"_qs, project));
+    GetParam().arrange(home, markers, s);
     RecordingHost host(markers);
     host.kind.isXMLFile = true;
     const QByteArray before = TempHome::read(s.filename);
@@ -108,40 +100,40 @@ INSTANTIATE_TEST_SUITE_P(
     Import, Ends,
     testing::Values(
         SilentOrFailing{"NoUuid",
-                        [](ImportTest &, QString &, ImportSettings &s) { s.uuid.reset(); },
+                        [](const TempHome &, QString &, ImportSettings &s) { s.uuid.reset(); },
                         {u"process start"_qs, u"process stop"_qs},
                         "Sequence UUID: (null)"},
         SilentOrFailing{"OnlyAHeader",
-                        [](ImportTest &test, QString &markers, ImportSettings &) {
-                            markers = test.file(u"h.txt"_qs, "#\tT\tName\n\n");
+                        [](const TempHome &home, QString &markers, ImportSettings &) {
+                            markers = home.file(u"h.txt"_qs, "#\tT\tName\n\n");
                         },
                         {u"process start"_qs, u"process stop"_qs},
                         "Line count: 3"},
         SilentOrFailing{"MissingMarkerList",
-                        [](ImportTest &, QString &markers, ImportSettings &) {
+                        [](const TempHome &, QString &markers, ImportSettings &) {
                             markers = u"/nonexistent/markers.txt"_qs;
                         },
                         sheet("Unable to read marker list"), "Error: unable to load marker list"},
         SilentOrFailing{"MarkerListTooLarge",
-                        [](ImportTest &test, QString &markers, ImportSettings &) {
-                            markers = test.file(u"huge.txt"_qs, markerList);
+                        [](const TempHome &home, QString &markers, ImportSettings &) {
+                            markers = home.file(u"huge.txt"_qs, markerList);
                             QFile(markers).resize(17 * 1024 * 1024);
                         },
                         sheet("Unable to read marker list"), "Line count: 0"},
         SilentOrFailing{"SequenceWithoutId",
-                        [](ImportTest &test, QString &, ImportSettings &s) {
+                        [](const TempHome &home, QString &, ImportSettings &s) {
                             QByteArray xml = project;
-                            s.filename = test.file(u"noid.xml"_qs,
+                            s.filename = home.file(u"noid.xml"_qs,
                                                    xml.replace("id=\"seq1\"", "ident=\"seq1\""));
                         },
                         sheet("Unable to find the sequence"), "Project filename: "},
         SilentOrFailing{"NotXml",
-                        [](ImportTest &test, QString &, ImportSettings &s) {
-                            s.filename = test.file(u"junk.xml"_qs, "\x89PNG\r\n\x1a\n\0\0");
+                        [](const TempHome &home, QString &, ImportSettings &s) {
+                            s.filename = home.file(u"junk.xml"_qs, "\x89PNG\r\n\x1a\n\0\0");
                         },
                         sheet("Unable to find the sequence"), "Unable to parse XML"},
         SilentOrFailing{"UnwritableOutput",
-                        [](ImportTest &, QString &, ImportSettings &s) {
+                        [](const TempHome &, QString &, ImportSettings &s) {
                             s.outputPath = u"/proc/cuebridge-cannot-write.xml"_qs;
                         },
                         {u"process start"_qs, u"process stop"_qs,
@@ -218,7 +210,7 @@ protected:
     void SetUp() override
     {
         ImportTest::SetUp();
-        projectPath = file(u"Review.fcp"_qs, "FCP project");
+        projectPath = home.file(u"Review.fcp"_qs, "FCP project");
         SimulatedFinalCutPro::Project contents;
         QByteArray item = project;
         contents.items.insert(u"U-1"_qs, item.replace("<xmeml version=\"5\">", "<xmeml>"));
@@ -231,7 +223,7 @@ protected:
 
 TEST_F(LiveImport, SendsTheSequenceBackInABinAndOpensItsNewUuid)
 {
-    RecordingHost host(file(u"markers.txt"_qs, markerList));
+    RecordingHost host(home.file(u"markers.txt"_qs, markerList));
     FCP7Import::startProcessingWithSettings(host, settings(projectPath));
 
     EXPECT_EQ(host.alerts, QStringList(u"Markers successfully imported / The markers were imported "
@@ -254,7 +246,7 @@ TEST_F(LiveImport, SendsTheSequenceBackInABinAndOpensItsNewUuid)
 
 TEST_F(LiveImport, FailuresOfTheEditorAreReported)
 {
-    RecordingHost missing(file(u"markers.txt"_qs, markerList));
+    RecordingHost missing(home.file(u"markers.txt"_qs, markerList));
     FCP7Import::startProcessingWithSettings(missing, settings(projectPath, u"U-2"_qs));
     EXPECT_EQ(missing.alerts,
               QStringList(u"Unable to get data for UUID U-2 / Cuebridge has been aborted."_qs));
@@ -267,7 +259,7 @@ TEST_F(LiveImport, FailuresOfTheEditorAreReported)
         result.stage = AESendStage::Send;
         return result;
     };
-    RecordingHost refused(file(u"markers.txt"_qs, markerList));
+    RecordingHost refused(home.file(u"markers.txt"_qs, markerList));
     FCP7Import::startProcessingWithSettings(refused, settings(projectPath));
     EXPECT_EQ(refused.alerts, QStringList(u"Failed to send marker data to Final Cut Pro / Please "
                                           u"report this error to Quillfen."_qs));

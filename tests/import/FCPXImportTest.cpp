@@ -79,9 +79,9 @@ protected:
     QString importInto(const QByteArray &document, const QByteArray &markers,
                        const Adjust &adjust = {})
     {
-        host = std::make_unique<RecordingHost>(file(u"markers.txt"_qs, markers));
+        host = std::make_unique<RecordingHost>(home.file(u"markers.txt"_qs, markers));
         ImportSettings settings;
-        settings.filename = file(u"cut.fcpxml"_qs, document);
+        settings.filename = home.file(u"cut.fcpxml"_qs, document);
         settings.sequenceXPath = sequencePath;
         if (adjust)
             adjust(settings, host->kind);
@@ -376,7 +376,8 @@ TEST_F(FCPXImportTest, AProjectIsSentRenamedAsANewFileAndTheUsersFileIsKept)
     EXPECT_EQ(QFileInfo(path).path(), home.tempPath());
     EXPECT_TRUE(output.contains("<project name=\"Cut 3-Cuebridge\""));
     EXPECT_TRUE(output.contains("uid=\"5A1E7C2D-0000-4000-8000-000000000002\""));
-    EXPECT_EQ(workspace.opened, QStringList{path + u" with com.apple.FinalCut async"_qs});
+    EXPECT_EQ(workspace.opened(),
+              QStringList{path + u" with 'com.apple.FinalCut', asynchronously"_qs});
     EXPECT_EQ(host->calls,
               (QStringList{u"process start"_qs, u"process stop"_qs,
                            u"sheet Markers successfully imported"_qs, u"process stop"_qs}));
@@ -392,9 +393,9 @@ TEST_F(FCPXImportTest, ALibraryKeepsItsProjectName)
 TEST_F(FCPXImportTest, ABundleGivesANewBundleHoldingOnlyInfoFcpxml)
 {
     const QString bundle = QDir(home.path()).filePath(u"Cut.fcpxmld"_qs);
-    file(u"Cut.fcpxmld/b.fcpxml"_qs, "not even XML");
-    file(u"Cut.fcpxmld/a.fcpxml"_qs, library(fourClips));
-    file(u"Cut.fcpxmld/Assets/notes.txt"_qs, "kept out");
+    home.file(u"Cut.fcpxmld/b.fcpxml"_qs, "not even XML");
+    home.file(u"Cut.fcpxmld/a.fcpxml"_qs, library(fourClips));
+    home.file(u"Cut.fcpxmld/Assets/notes.txt"_qs, "kept out");
     const QString path =
         importInto(library(fourClips), markerList({{"m", "", "00:00:01:00"}}),
                    [&bundle](ImportSettings &s, TargetKind &) { s.filename = bundle; });
@@ -404,14 +405,15 @@ TEST_F(FCPXImportTest, ABundleGivesANewBundleHoldingOnlyInfoFcpxml)
               QStringList{u"Info.fcpxml"_qs});
     EXPECT_EQ(markers(), QStringList{u"A 2500/2500s m"_qs});
     EXPECT_EQ(temporaryFiles().size(), 2); // the intermediate file stays beside the bundle
-    EXPECT_EQ(workspace.opened, QStringList{path + u" with com.apple.FinalCut async"_qs});
+    EXPECT_EQ(workspace.opened(),
+              QStringList{path + u" with 'com.apple.FinalCut', asynchronously"_qs});
 }
 
 TEST_F(FCPXImportTest, WithoutHandOffNothingIsOpenedAndTheMessageSaysSo)
 {
     importInto(library(fourClips), markerList({{"m", "", "00:00:01:00"}}),
                [](ImportSettings &s, TargetKind &) { s.handOffResult = false; });
-    EXPECT_TRUE(workspace.opened.isEmpty());
+    EXPECT_TRUE(workspace.opened().isEmpty());
     EXPECT_EQ(host->alerts, QStringList{u"Markers successfully imported / A copy of your project "
                                         u"was written for Final Cut Pro to import."_qs});
 }
@@ -420,7 +422,7 @@ TEST_F(FCPXImportTest, AMarkerOutsideEveryClipIsLoggedAndTheRestIsStillSent)
 {
     importInto(library(fourClips), markerList({{"late", "", "01:00:00:00"}}));
     EXPECT_TRUE(log().contains(u"Clip not found for marker late at 90000"));
-    EXPECT_EQ(workspace.opened.size(), 1);
+    EXPECT_EQ(workspace.opened().size(), 1);
     EXPECT_EQ(markers(), QStringList());
 }
 
@@ -453,7 +455,7 @@ TEST_P(FCPXEnds, WriteNothingAndSayWhy)
         << host->alerts.value(0).toStdString();
     EXPECT_TRUE(result.isNull());
     EXPECT_EQ(temporaryFiles(), QStringList());
-    EXPECT_TRUE(workspace.opened.isEmpty());
+    EXPECT_TRUE(workspace.opened().isEmpty());
 }
 
 QStringList sheet(const char *message)

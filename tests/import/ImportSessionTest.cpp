@@ -27,11 +27,6 @@ const QByteArray eventClip = R"(<?xml version="1.0"?>
 class SessionTest : public HandOffTest
 {
 protected:
-    QString copy(const QString &dataFile, const QString &as)
-    {
-        return file(as, TempHome::read(QStringLiteral(CUEBRIDGE_TEST_DATA "/") + dataFile));
-    }
-
     /// Discovers the target, chooses the listed item with that title (or the first,
     /// or none), imports and waits for the outcome.
     ImportOutcome import(const QString &target, const QString &title = QString())
@@ -50,7 +45,7 @@ protected:
         return session.lastOutcome();
     }
 
-    RecordingHost host{file(u"markers.txt"_qs, markerList)};
+    RecordingHost host{home.file(u"markers.txt"_qs, markerList)};
     ImportSession session{host};
 };
 
@@ -64,19 +59,19 @@ TEST_F(SessionTest, EveryKindOfTargetEndsWithItsOutcome)
         Status status;
         bool eventClip;
     } const cases[] = {
-        {"XMEML project", copy(u"project.xml"_qs, u"p.xml"_qs), {}, Status::Imported, false},
-        {"bare sequence", copy(u"sequence.xml"_qs, u"s.xml"_qs), {}, Status::Imported, false},
-        {"FCPX project", copy(u"library.fcpxml"_qs, u"l.fcpxml"_qs), {}, Status::Imported, false},
-        {"FCPX event clip", file(u"e.fcpxml"_qs, eventClip), u"Event clip"_qs, Status::Imported,
-         true},
+        {"XMEML project", home.copyOfData(u"project.xml"_qs), {}, Status::Imported, false},
+        {"bare sequence", home.copyOfData(u"sequence.xml"_qs), {}, Status::Imported, false},
+        {"FCPX project", home.copyOfData(u"library.fcpxml"_qs), {}, Status::Imported, false},
+        {"FCPX event clip", home.file(u"e.fcpxml"_qs, eventClip), u"Event clip"_qs,
+         Status::Imported, true},
         // Nothing listed and nothing chosen: no sequence is looked up at all.
         {"no uuid",
-         file(u"nouuid.xml"_qs, "<xmeml><sequence id=\"s\"><name>S</name></sequence>"
-                                "</xmeml>"),
+         home.file(u"nouuid.xml"_qs, "<xmeml><sequence id=\"s\"><name>S</name></sequence>"
+                                     "</xmeml>"),
          {},
          Status::NothingImported,
          false},
-        {"not XMEML", file(u"png.xml"_qs, "\x89PNG\r\n"), {}, Status::NothingImported, false},
+        {"not XMEML", home.file(u"png.xml"_qs, "\x89PNG\r\n"), {}, Status::NothingImported, false},
     };
     for (const auto &c : cases) {
         const QByteArray before = TempHome::read(c.target);
@@ -90,23 +85,23 @@ TEST_F(SessionTest, EveryKindOfTargetEndsWithItsOutcome)
             EXPECT_TRUE(XmlDocument::fromFile(outcome.resultPath)) << c.name;
         host.alerts.clear();
     }
-    EXPECT_EQ(workspace.opened.size(), 2) << "both FCPX results handed to the editor";
+    EXPECT_EQ(workspace.opened().size(), 2) << "both FCPX results handed to the editor";
 }
 
 TEST_F(SessionTest, AnFcpxResultThatCannotBeWrittenIsAFailureAndNotHandedOver)
 {
     qputenv("TMPDIR", "/proc"); // where not even the superuser makes files
-    const ImportOutcome outcome = import(copy(u"library.fcpxml"_qs, u"l.fcpxml"_qs));
+    const ImportOutcome outcome = import(home.copyOfData(u"library.fcpxml"_qs));
     EXPECT_EQ(outcome.status, Status::Failed);
     EXPECT_EQ(outcome.messageText, u"Failed to write marker data to disk.");
-    EXPECT_TRUE(workspace.opened.isEmpty());
+    EXPECT_TRUE(workspace.opened().isEmpty());
 }
 
 TEST_F(SessionTest, AnXmemlFileIsLeftAloneUnlessTheResultParses)
 {
     // The output escaping turns every character from 160 up into a reference, names
     // too, so an element named beyond ASCII would come out unreadable: the file stays.
-    const QString target = file(
+    const QString target = home.file(
         u"p.xml"_qs, QByteArray(TempHome::read(QStringLiteral(CUEBRIDGE_TEST_DATA "/project.xml")))
                          .replace("<name>Cut 3</name>", "<name>Cut 3</name><\xc3\xbc"
                                                         "ber/>"));
@@ -118,7 +113,7 @@ TEST_F(SessionTest, AnXmemlFileIsLeftAloneUnlessTheResultParses)
     const QByteArray sequence = R"(<?xml version="1.0"?>
 <!DOCTYPE xmeml [<!ENTITY studio "Quill &amp; Fen">]>
 <xmeml version="4"><sequence id="S"><uuid>U</uuid><name>By &studio;</name></sequence></xmeml>)";
-    const QString bare = file(u"bare.xml"_qs, sequence);
+    const QString bare = home.file(u"bare.xml"_qs, sequence);
     TempHome::write(host.markerListPath(), markerList);
     EXPECT_EQ(import(bare).status, Status::Imported);
     const auto written = XmlDocument::fromFile(bare);
@@ -141,7 +136,7 @@ TEST_F(SessionTest, TheImportTakesTheDiscoveredDocumentOnlyWhileTheFileIsUnchang
     EXPECT_EQ(repaired.take(broken), nullptr);
 
     // Through the session: a file changed between discovery and import is read again.
-    const QString target = copy(u"sequence.xml"_qs, u"s.xml"_qs);
+    const QString target = home.copyOfData(u"sequence.xml"_qs);
     ASSERT_TRUE(session.openFilename(target));
     session.waitForIdle();
     session.chooseItem(session.items().value(0));
@@ -155,7 +150,7 @@ TEST_F(SessionTest, TheImportTakesTheDiscoveredDocumentOnlyWhileTheFileIsUnchang
 
 TEST_F(SessionTest, ChoosingByNameFindsTheItemOrStandsForWhatWasAsked)
 {
-    ASSERT_TRUE(session.openFilename(file(u"e.fcpxml"_qs, eventClip)));
+    ASSERT_TRUE(session.openFilename(home.file(u"e.fcpxml"_qs, eventClip)));
     session.waitForIdle();
     EXPECT_TRUE(session.chooseItemNamed(u"Event clip"_qs));
     EXPECT_TRUE(host.kind.isEvent);
@@ -164,7 +159,7 @@ TEST_F(SessionTest, ChoosingByNameFindsTheItemOrStandsForWhatWasAsked)
     EXPECT_EQ(session.settingsFor({}).sequenceXPath, u"/fcpxml/library/event/project/sequence"_qs);
     EXPECT_FALSE(session.chooseItemNamed(u"nothing of that name"_qs));
 
-    ASSERT_TRUE(session.openFilename(file(u"nouuid.xml"_qs, "<xmeml><sequence/></xmeml>")));
+    ASSERT_TRUE(session.openFilename(home.file(u"nouuid.xml"_qs, "<xmeml><sequence/></xmeml>")));
     session.waitForIdle();
     EXPECT_FALSE(session.settingsFor({}).uuid) << "nothing listed, nothing chosen";
     EXPECT_TRUE(session.chooseItemNamed(u"U-9"_qs));

@@ -12,17 +12,9 @@
 
 namespace {
 
-const QString data = QStringLiteral(CUEBRIDGE_TEST_DATA);
-
 class DiscoveryTest : public LoggedTest
 {
 protected:
-    QString copy(const QString &dataFile, const QString &as)
-    {
-        const QString path = QDir(home.path()).filePath(as);
-        TempHome::write(path, TempHome::read(data + u'/' + dataFile));
-        return path;
-    }
     void discover(const QString &path)
     {
         ASSERT_TRUE(TargetDiscovery::openFilename(host, path)) << path.toStdString();
@@ -42,7 +34,7 @@ TEST_F(DiscoveryTest, TheExtensionDecidesTheKindWhateverItsCase)
                        {"b.FCPXML", true, true}, {"b.fcpxmld", true, true},
                        {"c.fcp", false, false},  {"Project", false, false}};
     for (const auto &c : cases) {
-        const QString path = copy(u"sequence.xml"_qs, QLatin1StringView(c.name));
+        const QString path = home.copyOfData(u"sequence.xml"_qs, QLatin1StringView(c.name));
         ASSERT_TRUE(TargetDiscovery::openFilename(host, path));
         EXPECT_EQ(host.kind.isFCPX, c.fcpx) << c.name;
         EXPECT_EQ(host.kind.isXMLFile, c.xmlFile) << c.name;
@@ -52,64 +44,61 @@ TEST_F(DiscoveryTest, TheExtensionDecidesTheKindWhateverItsCase)
     EXPECT_FALSE(TargetDiscovery::openFilename(host, QString()));
 }
 
-TEST_F(DiscoveryTest, AnXmemlProjectListsItsSequencesWithNameAndUuid)
+TEST_F(DiscoveryTest, EachKindOfFileListsWhatItHolds)
 {
-    discover(copy(u"project.xml"_qs, u"project.xml"_qs));
-    EXPECT_EQ(host.items,
-              QList<SequenceItem>({{u"Cut 3"_qs, u"0F2D6C31-4B1E-4C55-9C3E-2A1B8F7D0001"_qs,
-                                    SequenceItem::Image::Sequence}}));
-    EXPECT_EQ(host.calls, QStringList({u"disable"_qs, u"load start"_qs, u"item Cut 3"_qs,
-                                       u"enable"_qs, u"todo off"_qs, u"load stop"_qs}));
-    EXPECT_FALSE(host.kind.isSequenceOnly);
-}
-
-TEST_F(DiscoveryTest, ABareSequenceSetsSequenceOnlyUntilAnFcpxTarget)
-{
-    discover(copy(u"sequence.xml"_qs, u"bare.xml"_qs));
-    EXPECT_EQ(host.items.size(), 1);
-    EXPECT_TRUE(host.kind.isSequenceOnly);
-
-    discover(copy(u"project.xml"_qs, u"project.xml"_qs));
-    EXPECT_TRUE(host.kind.isSequenceOnly) << "only ever set on this path";
-
-    ASSERT_TRUE(TargetDiscovery::openFilename(host, copy(u"library.fcpxml"_qs, u"l.fcpxml"_qs)));
-    EXPECT_FALSE(host.kind.isSequenceOnly);
-}
-
-TEST_F(DiscoveryTest, AnUnreadableXmemlFileYieldsNothingAndCountsAsSequenceOnly)
-{
-    const QString path = QDir(home.path()).filePath(u"junk.xml"_qs);
-    TempHome::write(path, QByteArray("\0\1\2 not xml", 12));
-    discover(path);
-    EXPECT_TRUE(host.items.isEmpty());
-    EXPECT_EQ(host.calls,
-              QStringList({u"disable"_qs, u"load start"_qs, u"todo off"_qs, u"load stop"_qs}));
-    EXPECT_TRUE(host.kind.isSequenceOnly);
-}
-
-TEST_F(DiscoveryTest, ASequenceWithoutUuidIsNotListedButStillEnables)
-{
-    const QString path = QDir(home.path()).filePath(u"nouuid.xml"_qs);
-    TempHome::write(path, "<xmeml><sequence><name>S</name></sequence></xmeml>");
-    discover(path);
-    EXPECT_TRUE(host.items.isEmpty());
-    EXPECT_TRUE(host.calls.contains(u"enable"_qs));
-}
-
-TEST_F(DiscoveryTest, AnFcpxLibraryListsItsProjectsWithoutImage)
-{
-    discover(copy(u"library.fcpxml"_qs, u"library.fcpxml"_qs));
-    EXPECT_EQ(host.items,
-              QList<SequenceItem>({{u"Cut 3"_qs, u"/fcpxml/library/event/project/sequence"_qs}}));
-    EXPECT_EQ(host.calls,
-              QStringList({u"disable"_qs, u"enable without menu"_qs, u"load start"_qs,
-                           u"item Cut 3"_qs, u"enable"_qs, u"todo on"_qs, u"load stop"_qs}));
+    const QStringList listed{u"disable"_qs, u"load start"_qs, u"item Cut 3"_qs,
+                             u"enable"_qs,  u"todo off"_qs,   u"load stop"_qs};
+    const struct
+    {
+        QString target;
+        QList<SequenceItem> items;
+        QStringList calls; ///< none: not checked
+        bool sequenceOnly;
+    } cases[] = {
+        {home.copyOfData(u"project.xml"_qs),
+         {{u"Cut 3"_qs, u"0F2D6C31-4B1E-4C55-9C3E-2A1B8F7D0001"_qs, SequenceItem::Image::Sequence}},
+         listed,
+         false},
+        {home.copyOfData(u"sequence.xml"_qs, u"bare.xml"_qs),
+         {{u"Selects"_qs, u"0F2D6C31-4B1E-4C55-9C3E-2A1B8F7D0002"_qs,
+           SequenceItem::Image::Sequence}},
+         {},
+         true},
+        // Only ever set on this path: a project after a bare sequence keeps it.
+        {home.copyOfData(u"project.xml"_qs, u"again.xml"_qs),
+         {{u"Cut 3"_qs, u"0F2D6C31-4B1E-4C55-9C3E-2A1B8F7D0001"_qs, SequenceItem::Image::Sequence}},
+         {},
+         true},
+        {home.file(u"junk.xml"_qs, QByteArray("\0\1\2 not xml", 12)),
+         {},
+         {u"disable"_qs, u"load start"_qs, u"todo off"_qs, u"load stop"_qs},
+         true},
+        // A sequence without uuid is not listed, but the menu is still enabled.
+        {home.file(u"nouuid.xml"_qs, "<xmeml><sequence><name>S</name></sequence></xmeml>"),
+         {},
+         {u"disable"_qs, u"load start"_qs, u"enable"_qs, u"todo off"_qs, u"load stop"_qs},
+         true},
+        {home.copyOfData(u"library.fcpxml"_qs),
+         {{u"Cut 3"_qs, u"/fcpxml/library/event/project/sequence"_qs}},
+         {u"disable"_qs, u"enable without menu"_qs, u"load start"_qs, u"item Cut 3"_qs,
+          u"enable"_qs, u"todo on"_qs, u"load stop"_qs},
+         false},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.target.toStdString());
+        discover(c.target);
+        EXPECT_EQ(host.items, c.items);
+        if (!c.calls.isEmpty()) {
+            EXPECT_EQ(host.calls, c.calls);
+        }
+        EXPECT_EQ(host.kind.isSequenceOnly, c.sequenceOnly);
+    }
 }
 
 TEST_F(DiscoveryTest, ABundleWithoutFcpxmlIsReported)
 {
-    const QString bundle = QDir(home.path()).filePath(u"Empty.fcpxmld"_qs);
-    TempHome::write(bundle + QStringLiteral("/Info.plist"), "<plist/>");
+    const QString bundle = home.filePath(u"Empty.fcpxmld"_qs);
+    home.file(u"Empty.fcpxmld/Info.plist"_qs, "<plist/>");
     discover(bundle);
     EXPECT_EQ(
         host.alerts,
@@ -119,8 +108,7 @@ TEST_F(DiscoveryTest, ABundleWithoutFcpxmlIsReported)
     EXPECT_TRUE(log().contains(QStringLiteral("Could not locate any FCPXML files inside bundle ") +
                                bundle));
 
-    TempHome::write(bundle + QStringLiteral("/Info.fcpxml"),
-                    TempHome::read(data + QStringLiteral("/library.fcpxml")));
+    home.copyOfData(u"library.fcpxml"_qs, u"Empty.fcpxmld/Info.fcpxml"_qs);
     host.alerts.clear();
     discover(bundle);
     EXPECT_TRUE(host.alerts.isEmpty());
@@ -130,7 +118,7 @@ TEST_F(DiscoveryTest, ABundleWithoutFcpxmlIsReported)
 TEST_F(DiscoveryTest, AProjectInTheEditorListsTheSequencesItReports)
 {
     SimulatedFinalCutPro editor;
-    const QString path = copy(u"sequence.xml"_qs, u"Review.fcp"_qs);
+    const QString path = home.copyOfData(u"sequence.xml"_qs, u"Review.fcp"_qs);
     SimulatedFinalCutPro::Project contents;
     contents.tableOfContents = "<xmeml><bin><children><sequence><name>A</name><uuid>U-A</uuid>"
                                "</sequence><sequence><name>B</name></sequence></children></bin>"

@@ -53,9 +53,9 @@ TEST_F(Workspace, FilesOpenWithTheEntrysCommandLine)
 {
     const QString file = QDir(home.path()).filePath(u"Cut 3 \u00e9.fcpxml"_qs);
     const QString out = QDir(home.path()).filePath(u"opened.txt"_qs);
-    const QString script = QDir(home.path()).filePath(u"opener"_qs);
-    TempHome::write(script, "#!/bin/sh\nprintf '%s' \"$1\" > \"$0.tmp\" && mv \"$0.tmp\" \"" +
-                                QFile::encodeName(out) + "\"\n");
+    const QString script =
+        home.file(u"opener"_qs, "#!/bin/sh\nprintf '%s' \"$1\" > \"$0.tmp\" && mv \"$0.tmp\" \"" +
+                                    QFile::encodeName(out) + "\"\n");
     QFile::setPermissions(script, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     writeEntry(u"com.example.Opener"_qs, "\"" + QFile::encodeName(script) + "\" %f");
     ASSERT_TRUE(
