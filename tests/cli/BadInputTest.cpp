@@ -128,11 +128,6 @@ INSTANTIATE_TEST_SUITE_P(
                  return QStringList{test.markers(), test.home.file(u"t.xml"_qs, "")};
              },
              3, "lists no sequence to import into"},
-        Case{"EmptyFcpxTarget",
-             [](BadInput &test) {
-                 return QStringList{test.markers(), test.home.file(u"t.fcpxml"_qs, "")};
-             },
-             2, "Unable to find sequence"},
         Case{"BinaryMarkerList",
              [](BadInput &test) {
                  return QStringList{
@@ -141,12 +136,6 @@ INSTANTIATE_TEST_SUITE_P(
                      test.home.copyOfData(u"library.fcpxml"_qs)};
              },
              2, "Unable to read marker list"},
-        Case{"OnlyAHeader",
-             [](BadInput &test) {
-                 return QStringList{test.home.file(u"m.txt"_qs, "#\tTrack\tName\tComment\n"),
-                                    test.home.copyOfData(u"library.fcpxml"_qs)};
-             },
-             3, ""},
         Case{"FiftyMegabyteLineAsMarkerList",
              [](BadInput &test) {
                  return QStringList{test.home.file(u"m.txt"_qs, QByteArray(50 << 20, 'x')),
@@ -197,12 +186,6 @@ INSTANTIATE_TEST_SUITE_P(
                  return QStringList{test.markers(), test.markers()};
              },
              2, "Final Cut Pro 7 is not running"},
-        Case{"TargetAsMarkerList",
-             [](BadInput &test) {
-                 return QStringList{test.home.copyOfData(u"project.xml"_qs),
-                                    test.home.copyOfData(u"library.fcpxml"_qs)};
-             },
-             3, ""},
         Case{"FolderAsMarkerList",
              [](BadInput &test) {
                  return QStringList{test.home.path(), test.home.copyOfData(u"library.fcpxml"_qs)};

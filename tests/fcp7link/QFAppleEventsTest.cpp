@@ -80,7 +80,7 @@ protected:
     /// An installed editor whose Info.plist holds the version (none: no version key).
     void install(const std::optional<QString> &shortVersion)
     {
-        editor.applicationPath = QDir(home.path()).filePath(u"Final Cut Pro.app"_qs);
+        editor.applicationPath = home.filePath(u"Final Cut Pro.app"_qs);
         QVariantMap info{{u"CFBundleIdentifier"_qs, u"com.apple.FinalCutPro"_qs}};
         if (shortVersion)
             info.insert(u"CFBundleShortVersionString"_qs, *shortVersion);
@@ -162,8 +162,7 @@ TEST_F(LinkTest, SavingAndClosingNameTheProjectTwiceAndCarryTheirFlags)
     EXPECT_EQ(lastEvent().parameter(fourCharCode("fsOF"))->data(), QByteArray(1, '\1'));
     const AEDescriptor url = *lastEvent().parameter(fourCharCode("fcpU"));
     EXPECT_EQ(url.type(), fourCharCode("furl"));
-    EXPECT_EQ(url.data(),
-              QDir(home.path()).filePath(u"Caf%C3%A9%20100%25%20final.fcp"_qs).toUtf8());
+    EXPECT_EQ(url.data(), home.filePath(u"Caf%C3%A9%20100%25%20final.fcp"_qs).toUtf8());
     EXPECT_EQ(AEFileReference::toPath(lastEvent().parameter(fourCharCode("fcpP"))->data()),
               awkward);
 
@@ -310,18 +309,13 @@ TEST_F(LinkTest, BadRepliesToTheItemFetchGiveNilWithTheirMessage)
 
 TEST_F(LinkTest, SendingXmlWordsItsFailuresWithTheStatus)
 {
-    editor.fault = [](const AppleEvent &) {
-        return std::optional(failure(AESendStage::PutParameter, -1703, fourCharCode("xmlD")));
-    };
-    EXPECT_FALSE(QFAppleEvents::sendXMLToFCP(u"<x/>"_qs, project));
-    editor.fault = [](const AppleEvent &) {
-        return std::optional(failure(AESendStage::PutParameter, -43, fourCharCode("fcpP")));
-    };
-    EXPECT_FALSE(QFAppleEvents::sendXMLToFCP(u"<x/>"_qs, project));
-    editor.fault = [](const AppleEvent &) {
-        return std::optional(failure(AESendStage::Send, AEStatus::errAETimeout));
-    };
-    EXPECT_FALSE(QFAppleEvents::sendXMLToFCP(u"<x/>"_qs, project));
+    for (const AESendResult &result :
+         {failure(AESendStage::PutParameter, -1703, fourCharCode("xmlD")),
+          failure(AESendStage::PutParameter, -43, fourCharCode("fcpP")),
+          failure(AESendStage::Send, AEStatus::errAETimeout)}) {
+        editor.fault = [&result](const AppleEvent &) { return std::optional(result); };
+        EXPECT_FALSE(QFAppleEvents::sendXMLToFCP(u"<x/>"_qs, project));
+    }
     EXPECT_EQ(ConsoleCapture::messages(), (QStringList{"Error adding XML data to event: -1703",
                                                        "Error creating project FSRef: -43",
                                                        "Error sending AppleEvent: -1712"}));
@@ -367,9 +361,9 @@ TEST_F(LinkTest, TheInstalledVersionMapsToTheXmemlVersion)
         std::optional<QString> shortVersion; // none: no Info.plist key
         int major;
         int xmeml;
-    } versions[] = {{u"7.0.3"_qs, 7, 5}, {u"6.0.6"_qs, 6, 4}, {u"5.1.2"_qs, 5, 3},
-                    {u"5.1"_qs, 5, 2},   {u"4.5"_qs, 4, 1},   {u"10.1"_qs, 1, 5},
-                    {std::nullopt, 7, 1}};
+    } versions[] = {{u"7.0.3"_qs, 7, 5},  {u"6.0.6"_qs, 6, 4}, {u"5.1.2"_qs, 5, 3},
+                    {u"5.1"_qs, 5, 2},    {u"4.5"_qs, 4, 1},   {u"10.1"_qs, 1, 5},
+                    {std::nullopt, 7, 1}, {u"7"_qs, 7, 0}};
     for (const auto &v : versions) {
         SCOPED_TRACE(v.shortVersion.value_or(u"none"_qs).toStdString());
         install(v.shortVersion);
@@ -377,6 +371,12 @@ TEST_F(LinkTest, TheInstalledVersionMapsToTheXmemlVersion)
         EXPECT_EQ(QFAppleEvents::finalCutProMajorVersion(), v.major);
         EXPECT_EQ(QFAppleEvents::maximumXMEMLVersion(), v.xmeml);
     }
+    // A one-component version is logged, not fatal.
+    EXPECT_TRUE(log().contains(u"+[QFAppleEvents maximumXMEMLVersion]")) << log().toStdString();
+
+    editor.applicationPath = home.filePath(u"missing.app"_qs); // none installed: version 7
+    EXPECT_EQ(QFAppleEvents::finalCutProVersionString(), u"7.0");
+    EXPECT_EQ(QFAppleEvents::maximumXMEMLVersion(), 5);
 }
 
 TEST_F(LinkTest, BeforeVersionSevenSequencesComeFromTheWholeProject)
@@ -386,20 +386,6 @@ TEST_F(LinkTest, BeforeVersionSevenSequencesComeFromTheWholeProject)
     ASSERT_TRUE(sequences);
     EXPECT_EQ(editor.eventIDs().last(), fourCharCode("eXML"));
     EXPECT_EQ(sequences->sequences.size(), 1);
-}
-
-TEST_F(LinkTest, AOneComponentVersionIsLoggedNotFatal)
-{
-    install(u"7"_qs);
-    EXPECT_EQ(QFAppleEvents::maximumXMEMLVersion(), 0);
-    EXPECT_TRUE(log().contains(u"+[QFAppleEvents maximumXMEMLVersion]")) << log().toStdString();
-}
-
-TEST_F(LinkTest, NoInstalledEditorMeansVersionSeven)
-{
-    editor.applicationPath = QDir(home.path()).filePath(u"missing.app"_qs);
-    EXPECT_EQ(QFAppleEvents::finalCutProVersionString(), u"7.0");
-    EXPECT_EQ(QFAppleEvents::maximumXMEMLVersion(), 5);
 }
 
 TEST(QFAppleEvents, EscapingDataAndUuids)
@@ -458,7 +444,7 @@ TEST(QFAppleEvents, WithoutAnEditorNothingIsSent)
 TEST(AEFileReference, FollowsTheFileNotTheName)
 {
     TempHome home;
-    const QString path = QDir(home.path()).filePath(u"a b.fcp"_qs);
+    const QString path = home.filePath(u"a b.fcp"_qs);
     EXPECT_FALSE(AEFileReference::fromPath(path));
     TempHome::write(path, "x");
     const std::optional<QByteArray> reference = AEFileReference::fromPath(path);

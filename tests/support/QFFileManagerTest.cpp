@@ -72,20 +72,16 @@ TEST_F(FileTest, CreateDirectory)
               "Unable to create directory. Drive is not mounted.\n");
     EXPECT_TRUE(calls().isEmpty()) << "no password asked for a missing volume";
 
-    TempHome::write(home.path() + "/file", "x");
-    EXPECT_FALSE(QFFileManager::createDirectory(home.path() + "/file/sub", false));
-    EXPECT_TRUE(log().contains(" - Error creating folder: "));
-    EXPECT_TRUE(log().contains(". Authorizing..."));
-    EXPECT_FALSE(QFFileManager::createDirectory(QString(), false));
-}
-
-TEST_F(FileTest, CreateDirectoryFallsBackToMkdirWithRights)
-{
     // The ordinary way fails (a file in the way); mkdir with rights is waited for, and
-    // fails the same way.
-    TempHome::write(home.path() + "/file", "x");
+    // fails the same way; without rights allowed it is not tried.
+    home.file(u"file"_qs, "x");
     EXPECT_FALSE(QFFileManager::createDirectory(home.path() + "/file/sub"));
     EXPECT_EQ(calls(), "/bin/mkdir -p -- " + home.path() + "/file/sub\n");
+    EXPECT_TRUE(log().contains(" - Error creating folder: "));
+    EXPECT_TRUE(log().contains(". Authorizing..."));
+    EXPECT_FALSE(QFFileManager::createDirectory(home.path() + "/file/other", false));
+    EXPECT_EQ(calls().count(u'\n'), 1);
+    EXPECT_FALSE(QFFileManager::createDirectory(QString(), false));
 }
 
 TEST_F(FileTest, RightsCountOnlyWhenGrantedAndTheToolSucceeds)
