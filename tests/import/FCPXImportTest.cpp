@@ -226,28 +226,29 @@ INSTANTIATE_TEST_SUITE_P(
                   {u"Event clip 12500/2500s e"_qs},
                   false}));
 
-TEST_F(FCPXImportTest, OffsetInMinutesAt2997CountsWholeFrames)
+TEST_F(FCPXImportTest, At2997OnlyDFReadsTimecodesAsDropFrameAndOffsetsCountWholeFrames)
 {
     const QString clip = u"<asset-clip name=\"A\" ref=\"r2\" offset=\"0s\" duration=\"300s\" "
                          u"format=\"r1\"/>"_qs;
-    importInto(library(clip, u"1001/30000s"_qs), markerList({{"m", "", "00:00:00:00"}}),
-               offset(2, 2));
-    EXPECT_EQ(markers(), QStringList{u"A 3603600/30000s m"_qs}); // frame 3600
-    EXPECT_TRUE(log().contains(u"Marker start pos: 3600"));
-}
-
-TEST_F(FCPXImportTest, OnlyDFReadsTimecodesAsDropFrame)
-{
-    const QString clip = u"<asset-clip name=\"A\" ref=\"r2\" offset=\"0s\" duration=\"300s\" "
-                         u"format=\"r1\"/>"_qs;
-    for (const auto &[tcFormat, start] : {std::pair{u"tcFormat=\"DF\""_qs, u"1801800/30000s"_qs},
-                                          {u"tcFormat=\"NDF\""_qs, u"1803802/30000s"_qs},
-                                          {u"tcFormat=\"df\""_qs, u"1803802/30000s"_qs},
-                                          {u""_qs, u"1803802/30000s"_qs}}) {
-        importInto(library(clip, u"1001/30000s"_qs, tcFormat),
-                   markerList({{"m", "", "00:01:00;02"}}));
-        EXPECT_EQ(markers(), QStringList{u"A "_qs + start + u" m"_qs}) << tcFormat.toStdString();
+    const struct
+    {
+        QString tcFormat;
+        const char *start;
+        Adjust adjust;
+        QString expected;
+    } cases[] = {{u"tcFormat=\"DF\""_qs, "00:01:00;02", {}, u"1801800/30000s"_qs},
+                 {u"tcFormat=\"NDF\""_qs, "00:01:00;02", {}, u"1803802/30000s"_qs},
+                 {u"tcFormat=\"df\""_qs, "00:01:00;02", {}, u"1803802/30000s"_qs},
+                 {u""_qs, "00:01:00;02", {}, u"1803802/30000s"_qs},
+                 // Two minutes of offset are 3600 frames.
+                 {u""_qs, "00:00:00:00", offset(2, 2), u"3603600/30000s"_qs}};
+    for (const auto &c : cases) {
+        importInto(library(clip, u"1001/30000s"_qs, c.tcFormat), markerList({{"m", "", c.start}}),
+                   c.adjust);
+        EXPECT_EQ(markers(), QStringList{u"A "_qs + c.expected + u" m"_qs})
+            << c.tcFormat.toStdString();
     }
+    EXPECT_TRUE(log().contains(u"Marker start pos: 3600"));
 }
 
 // Timing is read from the chosen element, so only a transition carrying a format
@@ -384,12 +385,6 @@ TEST_F(FCPXImportTest, AProjectIsSentRenamedAsANewFileAndTheUsersFileIsKept)
     EXPECT_TRUE(log().contains(QStringLiteral("Writing data to temp file %1...").arg(path)));
 }
 
-TEST_F(FCPXImportTest, ALibraryKeepsItsProjectName)
-{
-    importInto(library(fourClips), markerList({{"m", "", "00:00:01:00"}}));
-    EXPECT_TRUE(output.contains("<project name=\"Cut\">"));
-}
-
 TEST_F(FCPXImportTest, ABundleGivesANewBundleHoldingOnlyInfoFcpxml)
 {
     const QString bundle = QDir(home.path()).filePath(u"Cut.fcpxmld"_qs);
@@ -414,6 +409,7 @@ TEST_F(FCPXImportTest, WithoutHandOffNothingIsOpenedAndTheMessageSaysSo)
     importInto(library(fourClips), markerList({{"m", "", "00:00:01:00"}}),
                [](ImportSettings &s, TargetKind &) { s.handOffResult = false; });
     EXPECT_TRUE(workspace.opened().isEmpty());
+    EXPECT_TRUE(output.contains("<project name=\"Cut\">")) << "a library keeps its project name";
     EXPECT_EQ(host->alerts, QStringList{u"Markers successfully imported / A copy of your project "
                                         u"was written for Final Cut Pro to import."_qs});
 }
