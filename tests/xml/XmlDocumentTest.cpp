@@ -60,6 +60,9 @@ TEST_P(RefusedByTheStrictParse, WithADescription)
     QString error;
     EXPECT_FALSE(parse(GetParam().bytes, XmlDocument::Parsing::Strict, &error));
     EXPECT_FALSE(error.isEmpty());
+    error.clear();
+    EXPECT_FALSE(XmlDocument::isWellFormed(GetParam().bytes, &error));
+    EXPECT_FALSE(error.isEmpty());
 }
 
 TEST_P(RefusedByTheStrictParse, AndTheRepairingParseStaysBounded)
@@ -93,6 +96,16 @@ INSTANTIATE_TEST_SUITE_P(
                                 "<a>&x;</a>"},
                     BadDocument{"TenThousandDeep", nested(10'000)}),
     [](const testing::TestParamInfo<BadDocument> &param) { return std::string(param.param.name); });
+
+TEST_F(LoggedTest, WellFormednessIsJudgedWithoutATreeAsTheStrictParseJudgesIt)
+{
+    for (const QByteArray &bytes :
+         {QByteArray("<a/>"),
+          QByteArray("<!DOCTYPE a [<!ENTITY e \"x &amp; y\">]><a b=\"&e;\">&e;</a>"),
+          QByteArray("<a>&e;</a>"), QByteArray("<!DOCTYPE a [<!ENTITY e \"<b>\">]><a>&e;</a>"),
+          QByteArray("<x:a/>"), QByteArray("<a>&#0;</a>"), QByteArray("<a>\xc3</a>")})
+        EXPECT_EQ(XmlDocument::isWellFormed(bytes), bool(parse(bytes))) << bytes.data();
+}
 
 TEST(XmlDocument, FailuresSayWhy)
 {
