@@ -169,29 +169,18 @@ INSTANTIATE_TEST_SUITE_P(
                   {"clip:Closing"}}),
     [](const testing::TestParamInfo<QueryCase> &param) { return std::string(param.param.label); });
 
-TEST_F(LoggedTest, AMalformedQueryIsLoggedAndMatchesNothing)
+TEST_F(LoggedTest, AMalformedQueryIsLoggedAndMatchesNothingTheShortcutsLogNothing)
 {
     const auto document = loadTestDocument("library.fcpxml");
     ASSERT_TRUE(document);
+    EXPECT_TRUE(QFXMLParser::stringValueForQuery(u"./fcpxml[[1]"_qs, document->node()).isNull());
+    EXPECT_FALSE(QFXMLParser::stringValuesForQuery(u"./fcpxml[[1]"_qs, document->node()));
+    EXPECT_FALSE(log().contains(u"XML parsing error")) << "the shortcuts count it as no match";
     EXPECT_TRUE(
-        QFXMLParser::nodesForQuery(QStringLiteral("./fcpxml[1]/(clip | )"), document->node())
-            .isEmpty());
-    EXPECT_TRUE(
-        QFXMLParser::nodesForQuery(QStringLiteral("./fcpxml[[1]"), document->node()).isEmpty());
-    EXPECT_EQ(log().count(QStringLiteral("XML parsing error: ")), 2) << log().toStdString();
-    EXPECT_TRUE(log().contains(QStringLiteral("./fcpxml[[1]")))
-        << "the description names the query";
-}
-
-TEST_F(LoggedTest, TheSingleValueShortcutsCountAnErrorAsNoMatchWithoutLogging)
-{
-    const auto document = loadTestDocument("library.fcpxml");
-    ASSERT_TRUE(document);
-    EXPECT_TRUE(QFXMLParser::stringValueForQuery(QStringLiteral("./fcpxml[[1]"), document->node())
-                    .isNull());
-    EXPECT_FALSE(
-        QFXMLParser::stringValuesForQuery(QStringLiteral("./fcpxml[[1]"), document->node()));
-    EXPECT_FALSE(log().contains(u"XML parsing error"));
+        QFXMLParser::nodesForQuery(u"./fcpxml[1]/(clip | )"_qs, document->node()).isEmpty());
+    EXPECT_TRUE(QFXMLParser::nodesForQuery(u"./fcpxml[[1]"_qs, document->node()).isEmpty());
+    EXPECT_EQ(log().count(u"XML parsing error: "_qs), 2) << log().toStdString();
+    EXPECT_TRUE(log().contains(u"./fcpxml[[1]"_qs)) << "the description names the query";
 }
 
 } // namespace
