@@ -8,8 +8,8 @@
 
 #include "LoggedTest.h"
 #include "QtPrinters.h"
+#include "Recorders.h"
 #include "app/WaitFor.h"
-#include "diagnostics/Recorders.h"
 
 #include <QCoreApplication>
 #include <QNetworkProxy>

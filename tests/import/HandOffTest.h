@@ -4,7 +4,7 @@
 // and a workspace that records what it was asked to open instead of opening it.
 
 #include "LoggedTest.h"
-#include "diagnostics/Recorders.h"
+#include "Recorders.h"
 
 class HandOffTest : public LoggedTest
 {
