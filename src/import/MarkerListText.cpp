@@ -6,6 +6,8 @@
 
 #include <QFileInfo>
 
+#include <optional>
+
 namespace MarkerListText {
 
 namespace {
@@ -26,33 +28,25 @@ std::optional<QByteArray> readMarkerList(const QString &path, QFError *error)
     return QFFileContents::read(path, error);
 }
 
-} // namespace
-
-std::optional<QByteArray> detectFileEncoding(const QString &path, QFError *error)
+/// The file's text in the encoding, or a null string with error set when its bytes are
+/// not valid in that encoding.
+QString decode(const QByteArray &bytes, const QByteArray &encoding, const QString &path,
+               QFError *error)
 {
-    const auto bytes = readMarkerList(path, error);
-    return bytes ? TextEncoding::detect(*bytes) : std::nullopt;
-}
-
-QString readFile(const QString &path, const QByteArray &encoding, QFError *error)
-{
-    const auto bytes = readMarkerList(path, error);
-    if (!bytes)
-        return QString();
     bool valid = false;
-    const QString text = TextEncoding::decode(*bytes, encoding, &valid);
-    const bool oddUtf16 = encoding.startsWith("UTF-16") && bytes->size() % 2 != 0;
+    const QString text = TextEncoding::decode(bytes, encoding, &valid);
+    const bool oddUtf16 = encoding.startsWith("UTF-16") && bytes.size() % 2 != 0;
     if (!valid || oddUtf16) {
-        if (error) {
-            *error = QFError::make(
-                QStringLiteral("QFFileContents"), 261, QStringLiteral("NSLocalizedDescription"),
-                QStringLiteral("The file “%1” couldn’t be read in the %2 text encoding.")
-                    .arg(QFileInfo(path).fileName(), QString::fromLatin1(encoding)));
-        }
+        *error = QFError::make(
+            QStringLiteral("QFFileContents"), 261, QStringLiteral("NSLocalizedDescription"),
+            QStringLiteral("The file “%1” couldn’t be read in the %2 text encoding.")
+                .arg(QFileInfo(path).fileName(), QString::fromLatin1(encoding)));
         return QString();
     }
     return text; // an empty file is an empty text, not a failed read
 }
+
+} // namespace
 
 QStringList splitLines(const QString &text)
 {
@@ -67,21 +61,34 @@ QStringList splitLines(const QString &text)
 ImportText readForImport(const QString &path, const ReadFailure &readFailed,
                          const ReadFailure &otherFailed, const LineSkipped &lineSkipped)
 {
+    // Read once; a failed read is reported by every step that reads the text, as before.
+    QFError readError;
+    const std::optional<QByteArray> bytes = readMarkerList(path, &readError);
     QFError error;
     const auto reportTo = [&error](const ReadFailure &failed) {
         if (!error.domain.isEmpty() && failed)
             failed(error);
         error = QFError();
     };
-    const auto encoding = detectFileEncoding(path, &error);
+    const auto textIn = [&](const QByteArray &encoding) {
+        if (bytes)
+            return decode(*bytes, encoding, path, &error);
+        error = readError;
+        return QString();
+    };
+    std::optional<QByteArray> encoding;
+    if (bytes)
+        encoding = TextEncoding::detect(*bytes);
+    else
+        error = readError;
     reportTo(otherFailed);
     ImportText read;
-    read.text = readFile(path, encoding.value_or(TextEncoding::utf16LE), &error);
+    read.text = textIn(encoding.value_or(TextEncoding::utf16LE));
     reportTo(readFailed);
     QFLog::appendLog(u"Marker text: %@", read.text);
     read.lineCount = splitLines(read.text).size();
     if (read.lineCount < 2) {
-        read.text = readFile(path, TextEncoding::utf8, &error);
+        read.text = textIn(TextEncoding::utf8);
         reportTo(otherFailed);
         QFLog::appendLog(u"UTF-8 Marker text: %@", read.text);
         read.lineCount = splitLines(read.text).size();

@@ -4,12 +4,10 @@
 #include "import/MarkerExports.h"
 #include "support/QFError.h"
 
-#include <QByteArray>
 #include <QString>
 #include <QStringList>
 
 #include <functional>
-#include <optional>
 
 /// Decoding the bytes of a marker list file into text.
 namespace MarkerListText {
@@ -17,15 +15,6 @@ namespace MarkerListText {
 /// The largest marker list read: some 200,000 markers. Anything larger is another
 /// kind of file, and importing it would take gigabytes.
 constexpr qint64 maximumFileSize = 16 * 1024 * 1024;
-
-/// The encoding of a marker list file (TextEncoding::detect). Nothing when unsure;
-/// error is set only when the file cannot be read (or is larger than maximumFileSize).
-std::optional<QByteArray> detectFileEncoding(const QString &path, QFError *error = nullptr);
-
-/// The file's text in the encoding, or a null string with error set when the file
-/// cannot be read, is larger than maximumFileSize or its bytes are not valid in that
-/// encoding.
-QString readFile(const QString &path, const QByteArray &encoding, QFError *error = nullptr);
 
 /// The text's lines: split at line feeds, or at carriage returns when that gives
 /// fewer than two pieces. Empty for a null text.
@@ -39,13 +28,12 @@ struct ImportText
     qsizetype lineCount = 0;
 };
 
-/// Reads the marker list as the import procedures always have: in the detected
-/// encoding (UTF-16 little-endian when unsure), then as UTF-8 when that gives fewer
-/// than two lines. Each text read is logged ("Marker text: ", "UTF-8 Marker text: ").
-/// A failure of the first read goes to readFailed before its text is logged; a failed
-/// detection or UTF-8 read to otherFailed. Another editor's marker export becomes a
-/// list of our format; each of its lines that gives no marker is logged and goes to
-/// lineSkipped.
+/// Reads the marker list file once and decodes it as the import procedures always have: in the
+/// detected encoding (UTF-16 little-endian when unsure), then as UTF-8 when that gives fewer than
+/// two lines. Each text read is logged ("Marker text: ", "UTF-8 Marker text: "). A failure of the
+/// first read goes to readFailed before its text is logged; a failed detection or UTF-8 read to
+/// otherFailed. Another editor's marker export becomes a list of our format; each of its lines that
+/// gives no marker is logged and goes to lineSkipped.
 using ReadFailure = std::function<void(const QFError &)>;
 using LineSkipped = std::function<void(const MarkerExports::SkippedLine &)>;
 ImportText readForImport(const QString &path, const ReadFailure &readFailed,
