@@ -22,24 +22,6 @@ const QString header = QStringLiteral("#\tTrack\tName\tComment\tStart\tDuration\
 const QFMarkerRecord headerRecord =
     record({"#", "Track", "Name", "Comment", "Start", "Duration", "Color"});
 
-struct TextCase
-{
-    const char *name;
-    QString text;
-    Records expected;
-
-    friend void PrintTo(const TextCase &c, std::ostream *os) { *os << c.name; }
-};
-
-class ParseMarkersFromText : public testing::TestWithParam<TextCase>
-{
-};
-
-TEST_P(ParseMarkersFromText, Records)
-{
-    EXPECT_EQ(QFFCP7MarkerListParser::parseMarkersFromText(GetParam().text), GetParam().expected);
-}
-
 QString interleaveNuls(const QString &text)
 {
     QString result;
@@ -55,68 +37,72 @@ const QFMarkerRecord record1 =
 const QFMarkerRecord record2 =
     record({"2", "V1", "Cut", "Too long", "01:00:05:00", "00:00:00:00", "Red"});
 
-INSTANTIATE_TEST_SUITE_P(
-    Texts, ParseMarkersFromText,
-    testing::Values(
-        TextCase{"LineFeeds",
-                 header + "\n" + line1 + "\n" + line2 + "\n",
-                 {headerRecord, record1, record2}},
-        TextCase{"CarriageReturns",
-                 header + "\r" + line1 + "\r" + line2,
-                 {headerRecord, record1, record2}},
-        TextCase{"CrLf",
-                 header + "\r\n" + line1 + "\r\n" + line2 + "\r\n",
-                 {headerRecord, record1, record2}},
+TEST(ParseMarkersFromText, Records)
+{
+    const struct
+    {
+        const char *name;
+        QString text;
+        Records expected;
+    } cases[] = {
+        {"LineFeeds",
+         header + "\n" + line1 + "\n" + line2 + "\n",
+         {headerRecord, record1, record2}},
+        {"CarriageReturns", header + "\r" + line1 + "\r" + line2, {headerRecord, record1, record2}},
+        {"CrLf",
+         header + "\r\n" + line1 + "\r\n" + line2 + "\r\n",
+         {headerRecord, record1, record2}},
         // One line feed already gives two pieces, so the carriage returns stay inside.
-        TextCase{"OneLineFeedManyCarriageReturns",
-                 header + "\r" + line1 + "\n" + line2,
-                 {record({"#", "Track", "Name", "Comment", "Start", "Duration", "Color\r1", "V1",
-                          "Intro", "Fade up", "01:00:00:00", "00:00:02:00", "Blue"}),
-                  record2}},
-        TextCase{"NulInterleaved",
-                 interleaveNuls(header + "\r\n" + line1 + "\r\n"),
-                 {headerRecord, record1}},
-        TextCase{"BlankLinesBetween",
-                 "\n\n" + header + "\n\n  \t \n" + line1 + "\n\n",
-                 {headerRecord, record1}},
-        TextCase{
-            "CommentOverTwoLines",
-            header +
-                "\n3\tA1\tVO\tLine 14 re-recorded,\nuse take 3\t01:00:40:20\t00:00:04:00\tPurple\n",
-            {headerRecord, record({"3", "A1", "VO", "Line 14 re-recorded,\nuse take 3",
-                                   "01:00:40:20", "00:00:04:00", "Purple"})}},
+        {"OneLineFeedManyCarriageReturns",
+         header + "\r" + line1 + "\n" + line2,
+         {record({"#", "Track", "Name", "Comment", "Start", "Duration", "Color\r1", "V1", "Intro",
+                  "Fade up", "01:00:00:00", "00:00:02:00", "Blue"}),
+          record2}},
+        {"NulInterleaved",
+         interleaveNuls(header + "\r\n" + line1 + "\r\n"),
+         {headerRecord, record1}},
+        {"BlankLinesBetween",
+         "\n\n" + header + "\n\n  \t \n" + line1 + "\n\n",
+         {headerRecord, record1}},
+        {"CommentOverTwoLines",
+         header +
+             "\n3\tA1\tVO\tLine 14 re-recorded,\nuse take 3\t01:00:40:20\t00:00:04:00\tPurple\n",
+         {headerRecord, record({"3", "A1", "VO", "Line 14 re-recorded,\nuse take 3", "01:00:40:20",
+                                "00:00:04:00", "Purple"})}},
         // A blank line inside a held-back record stays as an empty line in the field.
-        TextCase{
-            "BlankLineInsideRecord",
-            header + "\n3\tA1\tVO\tfirst\n\nlast\t01:00:00:00\t0\tRed",
-            {headerRecord, record({"3", "A1", "VO", "first\n\nlast", "01:00:00:00", "0", "Red"})}},
-        TextCase{"EightFields",
-                 header + "\n" + line1 + "\textra\n",
-                 {headerRecord, record({"1", "V1", "Intro", "Fade up", "01:00:00:00", "00:00:02:00",
-                                        "Blue", "extra"})}},
-        TextCase{"SixFieldLastLineDropped",
-                 header + "\n" + line1 + "\n1\t2\t3\t4\t5\t6\n",
-                 {headerRecord, record1}},
+        {"BlankLineInsideRecord",
+         header + "\n3\tA1\tVO\tfirst\n\nlast\t01:00:00:00\t0\tRed",
+         {headerRecord, record({"3", "A1", "VO", "first\n\nlast", "01:00:00:00", "0", "Red"})}},
+        {"EightFields",
+         header + "\n" + line1 + "\textra\n",
+         {headerRecord,
+          record({"1", "V1", "Intro", "Fade up", "01:00:00:00", "00:00:02:00", "Blue", "extra"})}},
+        {"SixFieldLastLineDropped",
+         header + "\n" + line1 + "\n1\t2\t3\t4\t5\t6\n",
+         {headerRecord, record1}},
         // Leading tabs vanish with the trim: the columns shift left when enough remain,
         // and a line left short is joined with the next.
-        TextCase{"LeadingTabsShiftColumns",
-                 header + "\n\t\t" + line1 + "\tx\ty\n",
-                 {headerRecord, record({"1", "V1", "Intro", "Fade up", "01:00:00:00", "00:00:02:00",
-                                        "Blue", "x", "y"})}},
-        TextCase{"LeadingTabsMakeLineShort",
-                 header + "\n\t\ta\tb\tc\td\te\tf\n" + line2,
-                 {headerRecord, record({"a", "b", "c", "d", "e", "f\n2", "V1", "Cut", "Too long",
-                                        "01:00:05:00", "00:00:00:00", "Red"})}},
-        TextCase{"EmptyColourColumnJoinsNextLine",
-                 header + "\n1\t2\t3\t4\t5\t6\t\n7\t8\t9\t10\t11\t12\t13",
-                 {headerRecord,
-                  record({"1", "2", "3", "4", "5", "6", "7", "8", "9", "10", "11", "12", "13"})}},
-        TextCase{"FieldsTrimmed",
-                 header + "\n 1 \t V1\t Intro \tA\t01:00:00:00 \t0\t Red \r\n",
-                 {headerRecord, record({"1", "V1", "Intro", "A", "01:00:00:00", "0", "Red"})}},
-        TextCase{"Empty", QString(), {}}, TextCase{"OnlyBlanks", "\n \n\t\r\n", {}},
-        TextCase{"NoTabs", "hello\nworld\n", {}}),
-    [](const testing::TestParamInfo<TextCase> &param) { return param.param.name; });
+        {"LeadingTabsShiftColumns",
+         header + "\n\t\t" + line1 + "\tx\ty\n",
+         {headerRecord,
+          record({"1", "V1", "Intro", "Fade up", "01:00:00:00", "00:00:02:00", "Blue", "x", "y"})}},
+        {"LeadingTabsMakeLineShort",
+         header + "\n\t\ta\tb\tc\td\te\tf\n" + line2,
+         {headerRecord, record({"a", "b", "c", "d", "e", "f\n2", "V1", "Cut", "Too long",
+                                "01:00:05:00", "00:00:00:00", "Red"})}},
+        {"EmptyColourColumnJoinsNextLine",
+         header + "\n1\t2\t3\t4\t5\t6\t\n7\t8\t9\t10\t11\t12\t13",
+         {headerRecord,
+          record({"1", "2", "3", "4", "5", "6", "7", "8", "9", "10", "11", "12", "13"})}},
+        {"FieldsTrimmed",
+         header + "\n 1 \t V1\t Intro \tA\t01:00:00:00 \t0\t Red \r\n",
+         {headerRecord, record({"1", "V1", "Intro", "A", "01:00:00:00", "0", "Red"})}},
+        {"Empty", QString(), {}},
+        {"OnlyBlanks", "\n \n\t\r\n", {}},
+        {"NoTabs", "hello\nworld\n", {}}};
+    for (const auto &c : cases)
+        EXPECT_EQ(QFFCP7MarkerListParser::parseMarkersFromText(c.text), c.expected) << c.name;
+}
 
 TEST(ParseLine, ReportsTheReason)
 {

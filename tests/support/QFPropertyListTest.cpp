@@ -22,31 +22,18 @@ QVariantMap sample()
             {"dict", QVariantMap{{"nested", QStringLiteral("yes")}}}};
 }
 
-class PropertyListRoundTrip : public testing::TestWithParam<QFPropertyList::Format>
-{
-};
-
-TEST_P(PropertyListRoundTrip, EveryTypeSurvives)
+TEST(PropertyList, EveryTypeSurvivesARoundTripInBothFormats)
 {
     TempHome home;
     const QString path = home.path() + "/prefs.plist";
-    ASSERT_TRUE(QFPropertyList::writeDictionary(sample(), path, GetParam()));
-    const QVariantMap back = QFPropertyList::readDictionary(path);
-    ASSERT_EQ(back.size(), sample().size());
-    EXPECT_EQ(back["string"].toString(), QString::fromUtf8("Zoë & co"));
-    EXPECT_EQ(back["true"].typeId(), QMetaType::Bool);
-    EXPECT_TRUE(back["true"].toBool());
-    EXPECT_EQ(back["integer"].toLongLong(), -42);
-    EXPECT_EQ(back["real"].toDouble(), 2.5);
-    EXPECT_EQ(back["data"].toByteArray(), QByteArray("\x00\x01\xff", 3));
-    EXPECT_EQ(back["date"].toDateTime(), sample()["date"].toDateTime());
-    EXPECT_EQ(back["list"].toList().size(), 2);
-    EXPECT_EQ(back["dict"].toMap()["nested"].toString(), "yes");
+    for (const auto format : {QFPropertyList::Format::Xml, QFPropertyList::Format::Binary}) {
+        ASSERT_TRUE(QFPropertyList::writeDictionary(sample(), path, format));
+        const QVariantMap back = QFPropertyList::readDictionary(path);
+        EXPECT_EQ(back, sample()) << int(format);
+        EXPECT_EQ(back["true"].typeId(), QMetaType::Bool);
+        EXPECT_EQ(back["data"].typeId(), QMetaType::QByteArray);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(Formats, PropertyListRoundTrip,
-                         testing::Values(QFPropertyList::Format::Xml,
-                                         QFPropertyList::Format::Binary));
 
 TEST(PropertyList, MissingBrokenOrNonDictionaryFilesReadEmpty)
 {

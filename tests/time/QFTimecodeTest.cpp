@@ -12,97 +12,80 @@ namespace {
 
 constexpr quint64 maxCount = std::numeric_limits<quint64>::max();
 
-struct ReadCase
+TEST(FrameCountFromTimecode, Reads)
 {
-    const char *timecode;
-    int timebase;
-    bool dropFrame;
-    quint64 startFrame;
-    quint64 expected;
-
-    friend void PrintTo(const ReadCase &c, std::ostream *os)
+    const struct
     {
-        *os << c.timecode << " @" << c.timebase << (c.dropFrame ? " DF" : "");
-    }
-};
-
-class FrameCountFromTimecode : public testing::TestWithParam<ReadCase>
-{
-};
-
-TEST_P(FrameCountFromTimecode, Reads)
-{
-    const ReadCase &c = GetParam();
-    for (const bool ntsc : {false, true}) {
-        EXPECT_EQ(QFTimecode::frameCountFromTimecode(QString::fromUtf8(c.timecode), c.timebase,
-                                                     ntsc, c.dropFrame, c.startFrame),
-                  c.expected)
-            << c.timecode << " at " << c.timebase << (ntsc ? " ntsc" : "");
-    }
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Cases, FrameCountFromTimecode,
-    testing::Values(
+        const char *timecode;
+        int timebase;
+        bool dropFrame;
+        quint64 startFrame;
+        quint64 expected;
+    } cases[] = {
         // Plain non-drop readings.
-        ReadCase{"01:00:00:00", 30, false, 0, 108000}, ReadCase{"01:00:10:00", 25, false, 0, 90250},
-        ReadCase{"00:00:01:05", 24, false, 0, 29},
+        {"01:00:00:00", 30, false, 0, 108000},
+        {"01:00:10:00", 25, false, 0, 90250},
+        {"00:00:01:05", 24, false, 0, 29},
         // The effective timebase: 0 and negative read as 30.
-        ReadCase{"00:00:01:00", 0, false, 0, 30}, ReadCase{"00:00:01:00", -25, false, 0, 30},
+        {"00:00:01:00", 0, false, 0, 30},
+        {"00:00:01:00", -25, false, 0, 30},
         // Three fields are unreadable; surrounding white space is not.
-        ReadCase{"01:00:00", 30, false, 0, 0}, ReadCase{"", 30, false, 0, 0},
-        ReadCase{" \t01:00:00:00\r\n", 30, false, 0, 108000},
+        {"01:00:00", 30, false, 0, 0},
+        {"", 30, false, 0, 0},
+        {" \t01:00:00:00\r\n", 30, false, 0, 108000},
         // Either separator anywhere; fields past the fourth ignored; junk fields read as 0.
-        ReadCase{"01;00;00;00", 30, false, 0, 108000}, ReadCase{"00:00:01:02:99", 30, false, 0, 32},
-        ReadCase{"aa:bb:01:xx", 30, false, 0, 30}, ReadCase{"00:00:01:5x", 30, false, 0, 35},
+        {"01;00;00;00", 30, false, 0, 108000},
+        {"00:00:01:02:99", 30, false, 0, 32},
+        {"aa:bb:01:xx", 30, false, 0, 30},
+        {"00:00:01:5x", 30, false, 0, 35},
         // Drop frame (its minute boundaries are covered whole by the property tests): only
         // the flag decides, not the separator in the text.
-        ReadCase{"00:01:00:02", 30, true, 0, 1800}, ReadCase{"00:01:00;02", 30, false, 0, 1802},
+        {"00:01:00:02", 30, true, 0, 1800},
+        {"00:01:00;02", 30, false, 0, 1802},
         // The start frame is subtracted and wraps below zero.
-        ReadCase{"01:00:10:00", 25, false, 90000, 250},
-        ReadCase{"00:00:00:05", 30, false, 10, maxCount - 4},
-        ReadCase{"00:59:59:00", 25, false, 90000, maxCount - 24}));
-
-struct PrintCase
-{
-    quint64 count;
-    int timebase;
-    bool dropFrame;
-    quint64 startFrame;
-    const char *expected;
-
-    friend void PrintTo(const PrintCase &c, std::ostream *os)
-    {
-        *os << c.count << " @" << c.timebase << (c.dropFrame ? " DF" : "");
-    }
-};
-
-class TimecodeFromFrameCount : public testing::TestWithParam<PrintCase>
-{
-};
-
-TEST_P(TimecodeFromFrameCount, Prints)
-{
-    const PrintCase &c = GetParam();
-    for (const bool ntsc : {false, true}) {
-        EXPECT_EQ(QFTimecode::timecodeFromFrameCount(c.count, c.timebase, ntsc, c.dropFrame,
-                                                     c.startFrame),
-                  QString::fromUtf8(c.expected))
-            << c.count << " at " << c.timebase;
+        {"01:00:10:00", 25, false, 90000, 250},
+        {"00:00:00:05", 30, false, 10, maxCount - 4},
+        {"00:59:59:00", 25, false, 90000, maxCount - 24}};
+    for (const auto &c : cases) {
+        for (const bool ntsc : {false, true}) {
+            EXPECT_EQ(QFTimecode::frameCountFromTimecode(QString::fromUtf8(c.timecode), c.timebase,
+                                                         ntsc, c.dropFrame, c.startFrame),
+                      c.expected)
+                << c.timecode << " at " << c.timebase << (ntsc ? " ntsc" : "")
+                << (c.dropFrame ? " DF" : "");
+        }
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Cases, TimecodeFromFrameCount,
-    testing::Values(
-        PrintCase{108000, 30, false, 0, "01:00:00:00"}, PrintCase{0, 25, false, 0, "00:00:00:00"},
-        PrintCase{30 * 3600 * 25, 30, false, 0, "01:00:00:00"}, // hours wrap at 24
-        PrintCase{5, 30, false, 10, "00:00:00:15"}, PrintCase{31, 0, false, 0, "00:00:01:01"},
-        PrintCase{31, -1, false, 0, "00:00:01:01"},
-        // Ten-minute blocks of 18000 frames: the display steps back once.
-        PrintCase{17982, 30, true, 0, "00:10:00;02"}, PrintCase{17999, 30, true, 0, "00:10:00;19"},
-        PrintCase{18000, 30, true, 0, "00:10:00;18"},
-        PrintCase{107892, 30, true, 0, "01:00:00;00"}));
+TEST(TimecodeFromFrameCount, Prints)
+{
+    const struct
+    {
+        quint64 count;
+        int timebase;
+        bool dropFrame;
+        quint64 startFrame;
+        const char *expected;
+    } cases[] = {{108000, 30, false, 0, "01:00:00:00"},
+                 {0, 25, false, 0, "00:00:00:00"},
+                 {30 * 3600 * 25, 30, false, 0, "01:00:00:00"}, // hours wrap at 24
+                 {5, 30, false, 10, "00:00:00:15"},
+                 {31, 0, false, 0, "00:00:01:01"},
+                 {31, -1, false, 0, "00:00:01:01"},
+                 // Ten-minute blocks of 18000 frames: the display steps back once.
+                 {17982, 30, true, 0, "00:10:00;02"},
+                 {17999, 30, true, 0, "00:10:00;19"},
+                 {18000, 30, true, 0, "00:10:00;18"},
+                 {107892, 30, true, 0, "01:00:00;00"}};
+    for (const auto &c : cases) {
+        for (const bool ntsc : {false, true}) {
+            EXPECT_EQ(QFTimecode::timecodeFromFrameCount(c.count, c.timebase, ntsc, c.dropFrame,
+                                                         c.startFrame),
+                      QString::fromUtf8(c.expected))
+                << c.count << " at " << c.timebase << (c.dropFrame ? " DF" : "");
+        }
+    }
+}
 
 TEST(TimecodeFromFrameCount, HugeCountsPrintWithoutFailing)
 {
@@ -114,51 +97,41 @@ TEST(TimecodeFromFrameCount, HugeCountsPrintWithoutFailing)
     }
 }
 
-struct UserCase
+TEST(TimecodeFromUserString, Expands)
 {
-    const char *typed;
-    bool dropFrame;
-    const char *start;
-    const char *expected;
-
-    friend void PrintTo(const UserCase &c, std::ostream *os)
+    const struct
     {
-        *os << '"' << c.typed << '"' << (c.dropFrame ? " DF" : "");
+        const char *typed;
+        bool dropFrame;
+        const char *start;
+        const char *expected;
+    } cases[] = {{"1...", false, nullptr, "01:00:00:00"},
+                 {"1....", false, nullptr, "00:00:00:00"},
+                 {"5", false, nullptr, "00:00:00:05"},
+                 {"1.5", false, nullptr, "00:00:01:05"},
+                 {"1,2,3,4", false, nullptr, "01:02:03:04"},
+                 {"1:00:00:00", false, nullptr, "01:00:00:00"},
+                 {"123456789", false, nullptr, "23:45:67:89"},
+                 {"", false, nullptr, "00:00:00:00"},
+                 {"", true, "", "00:00:00;00"},
+                 {"1..", true, nullptr, "00:01:00;00"},
+                 {"12345", true, nullptr, "00:01:23;45"},
+                 {"12345", false, nullptr, "00:01:23:45"},
+                 {"5", false, "01:00:00:00", "01:00:00:05"},
+                 {"2,,", false, nullptr, "00:02:00:00"},
+                 {"10.", false, nullptr, "00:00:10:00"},
+                 {"1:2", false, nullptr, "00:00:00:12"},
+                 {"abcdefghijk", false, nullptr, "abcdefghijk"},
+                 {"99:99:99;99", true, nullptr, "99:99:99;99"},
+                 {"7", false, "12:34", "12:07"}};
+    for (const auto &c : cases) {
+        const QString start = c.start ? QString::fromUtf8(c.start) : QString();
+        EXPECT_EQ(
+            QFTimecode::timecodeFromUserString(QString::fromUtf8(c.typed), c.dropFrame, start),
+            QString::fromUtf8(c.expected))
+            << '"' << c.typed << '"' << (c.dropFrame ? " DF" : "");
     }
-};
-
-class TimecodeFromUserString : public testing::TestWithParam<UserCase>
-{
-};
-
-TEST_P(TimecodeFromUserString, Expands)
-{
-    const UserCase &c = GetParam();
-    const QString start = c.start ? QString::fromUtf8(c.start) : QString();
-    EXPECT_EQ(QFTimecode::timecodeFromUserString(QString::fromUtf8(c.typed), c.dropFrame, start),
-              QString::fromUtf8(c.expected));
 }
-
-INSTANTIATE_TEST_SUITE_P(Cases, TimecodeFromUserString,
-                         testing::Values(UserCase{"1...", false, nullptr, "01:00:00:00"},
-                                         UserCase{"1....", false, nullptr, "00:00:00:00"},
-                                         UserCase{"5", false, nullptr, "00:00:00:05"},
-                                         UserCase{"1.5", false, nullptr, "00:00:01:05"},
-                                         UserCase{"1,2,3,4", false, nullptr, "01:02:03:04"},
-                                         UserCase{"1:00:00:00", false, nullptr, "01:00:00:00"},
-                                         UserCase{"123456789", false, nullptr, "23:45:67:89"},
-                                         UserCase{"", false, nullptr, "00:00:00:00"},
-                                         UserCase{"", true, "", "00:00:00;00"},
-                                         UserCase{"1..", true, nullptr, "00:01:00;00"},
-                                         UserCase{"12345", true, nullptr, "00:01:23;45"},
-                                         UserCase{"12345", false, nullptr, "00:01:23:45"},
-                                         UserCase{"5", false, "01:00:00:00", "01:00:00:05"},
-                                         UserCase{"2,,", false, nullptr, "00:02:00:00"},
-                                         UserCase{"10.", false, nullptr, "00:00:10:00"},
-                                         UserCase{"1:2", false, nullptr, "00:00:00:12"},
-                                         UserCase{"abcdefghijk", false, nullptr, "abcdefghijk"},
-                                         UserCase{"99:99:99;99", true, nullptr, "99:99:99;99"},
-                                         UserCase{"7", false, "12:34", "12:07"}));
 
 TEST(FrameRateFromTimebase, NtscOnlyForTheThreeStandardRates)
 {

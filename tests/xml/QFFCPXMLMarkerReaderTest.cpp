@@ -9,8 +9,6 @@
 
 #include <gtest/gtest.h>
 
-#include <ostream>
-
 namespace {
 
 const QString library = QStringLiteral(CUEBRIDGE_TEST_DATA "/library.fcpxml");
@@ -32,79 +30,58 @@ QStringList describe(const QList<QVariantMap> &records)
     return descriptions;
 }
 
-struct ReaderCase
-{
-    const char *name;
-    bool useTimecode;
-    bool stripDuplicates;
-    bool mainStorylineOnly;
-    qint64 relativeHour;
-    QStringList expected;
-
-    friend void PrintTo(const ReaderCase &c, std::ostream *os) { *os << c.name; }
-};
-
-class MarkersOfTheLibrary : public testing::TestWithParam<ReaderCase>
-{
-};
-
-TEST_P(MarkersOfTheLibrary, AreReadInDocumentOrder)
-{
-    const ReaderCase &c = GetParam();
-    EXPECT_EQ(describe(QFFCPXMLMarkerReader::markersFromXMLFile(
-                  library, c.useTimecode, c.stripDuplicates, c.mainStorylineOnly, c.relativeHour)),
-              c.expected);
-}
-
 // The clip "Interview" uses its media from 5 s for 20 s at timeline 100 s: "Ten" (10 s)
 // lands at 105 s, "Too early" (4 s) is skipped, "At the end" (25 s) is kept. The
 // asset clips are not among the element names read, so their markers never count.
-INSTANTIATE_TEST_SUITE_P(
-    , MarkersOfTheLibrary,
-    testing::Values(ReaderCase{"SecondsOnTheMainStoryline",
-                               false,
-                               false,
-                               true,
-                               -1,
-                               {"Ten@105", "At the end@120", "Ten again@105", "In the gap@150",
-                                "An hour in@3661"}},
-                    ReaderCase{"SecondsAtAnyDepth",
-                               false,
-                               false,
-                               false,
-                               -1,
-                               {"Connected@7", "Ten@105", "At the end@120", "Ten again@105",
-                                "In the gap@150", "An hour in@3661"}},
-                    ReaderCase{"DuplicatesStripped",
-                               false,
-                               true,
-                               true,
-                               -1,
-                               {"Ten@105", "At the end@120", "In the gap@150", "An hour in@3661"}},
-                    ReaderCase{"Timecodes",
-                               true,
-                               false,
-                               true,
-                               -1,
-                               {"Ten@00:01:45:00", "At the end@00:02:00:00",
-                                "Ten again@00:01:45:00", "In the gap@00:02:30:00",
-                                "An hour in@01:01:01:00"}},
-                    // Relative hour 1: hour 1 becomes 0 and hour 0 (below it) becomes 0 + 1.
-                    ReaderCase{"RelativeHourOne",
-                               true,
-                               true,
-                               true,
-                               1,
-                               {"Ten@01:01:45:00", "At the end@01:02:00:00",
-                                "In the gap@01:02:30:00", "An hour in@00:01:01:00"}},
-                    ReaderCase{"RelativeHourZeroLeavesLaterHours",
-                               true,
-                               true,
-                               true,
-                               0,
-                               {"Ten@00:01:45:00", "At the end@00:02:00:00",
-                                "In the gap@00:02:30:00", "An hour in@01:01:01:00"}}),
-    [](const testing::TestParamInfo<ReaderCase> &param) { return std::string(param.param.name); });
+TEST(QFFCPXMLMarkerReader, MarkersOfTheLibraryAreReadInDocumentOrder)
+{
+    const struct
+    {
+        bool useTimecode;
+        bool stripDuplicates;
+        bool mainStorylineOnly;
+        qint64 relativeHour;
+        QStringList expected;
+    } cases[] = {
+        {false,
+         false,
+         true,
+         -1,
+         {"Ten@105", "At the end@120", "Ten again@105", "In the gap@150", "An hour in@3661"}},
+        {false,
+         false,
+         false,
+         -1,
+         {"Connected@7", "Ten@105", "At the end@120", "Ten again@105", "In the gap@150",
+          "An hour in@3661"}},
+        {false, true, true, -1, {"Ten@105", "At the end@120", "In the gap@150", "An hour in@3661"}},
+        {true,
+         false,
+         true,
+         -1,
+         {"Ten@00:01:45:00", "At the end@00:02:00:00", "Ten again@00:01:45:00",
+          "In the gap@00:02:30:00", "An hour in@01:01:01:00"}},
+        // Relative hour 1: hour 1 becomes 0 and hour 0 (below it) becomes 0 + 1.
+        {true,
+         true,
+         true,
+         1,
+         {"Ten@01:01:45:00", "At the end@01:02:00:00", "In the gap@01:02:30:00",
+          "An hour in@00:01:01:00"}},
+        {true,
+         true,
+         true,
+         0,
+         {"Ten@00:01:45:00", "At the end@00:02:00:00", "In the gap@00:02:30:00",
+          "An hour in@01:01:01:00"}}};
+    for (const auto &c : cases) {
+        EXPECT_EQ(
+            describe(QFFCPXMLMarkerReader::markersFromXMLFile(
+                library, c.useTimecode, c.stripDuplicates, c.mainStorylineOnly, c.relativeHour)),
+            c.expected)
+            << "row " << &c - cases;
+    }
+}
 
 TEST(QFFCPXMLMarkerReader, RecordsCarryNumbersAndStrings)
 {

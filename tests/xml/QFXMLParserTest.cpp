@@ -6,68 +6,51 @@
 #include "QtPrinters.h"
 #include "XmlTestSupport.h"
 
-#include <ostream>
-
 namespace {
 
-struct EscapeCase
+TEST_F(LoggedTest, EscapeQueryStringAppliesTheCharacterRules)
 {
-    const char *name;
-    QString input;
-    QString expected;
-    int strippedCount;
-
-    friend void PrintTo(const EscapeCase &c, std::ostream *os) { *os << c.name; }
-};
-
-class EscapeQueryString : public LoggedTest, public testing::WithParamInterface<EscapeCase>
-{
-};
-
-TEST_P(EscapeQueryString, AppliesTheCharacterRules)
-{
-    const EscapeCase &c = GetParam();
-    const QString escaped = QFXMLParser::escapeQueryString(c.input);
-    EXPECT_EQ(escaped, c.expected);
-    EXPECT_EQ(escaped.isNull(), c.input.isNull());
-    EXPECT_EQ(log().count(u"Stripped character"), c.strippedCount);
-    for (const QChar character : c.input) {
-        // Each stripped character is logged as it is (white space is trimmed off the entry).
-        if (character.unicode() < 20 && !character.isSpace()) {
-            EXPECT_TRUE(log().contains(u"Stripped character "_qs + character));
+    const QString kept = QString(QChar(20)) + QChar(31);
+    const struct
+    {
+        QString input;
+        QString expected;
+        int strippedCount;
+    } cases[] = {
+        {QString(), QString(), 0},
+        {u""_qs, u""_qs, 0},
+        {u"./xmeml[1]//sequence/uuid[\"A-1\"]/.."_qs, u"./xmeml[1]//sequence/uuid[\"A-1\"]/.."_qs,
+         0},
+        {u"a&amp;b"_qs, u"a&amp;b"_qs, 0},
+        {u"Tom & Jerry"_qs, u"Tom &amp; Jerry"_qs, 0},
+        {u"x&amp"_qs, u"x&amp;amp"_qs, 0},
+        {u"x&amp;"_qs, u"x&amp;"_qs, 0},
+        {u"&lt;"_qs, u"&amp;lt;"_qs, 0}, // other entities are escaped again
+        {u"Caf\u00e9"_qs, u"Caf&#233;"_qs, 0},
+        {u"a\u00a0b"_qs, u"a&#160;b"_qs, 0},
+        {QString(QChar(159)), QString(QChar(159)), 0},
+        {QString::fromUcs4(U"\U0001F3AC"), u"&#55356;&#57260;"_qs, 0}, // each half on its own
+        {u"a\rb"_qs, u"a&#13;b"_qs, 0},
+        {u"a\tb\nc"_qs, u"abc"_qs, 2},
+        {QString(QChar(0)) + u'x', u"x"_qs, 1},
+        {kept, kept, 0},
+        {QString(QChar(19)), u""_qs, 1},
+        {u"<\"'>"_qs, u"<\"'>"_qs, 0}};
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.input.toStdString());
+        const qsizetype strippedBefore = log().count(u"Stripped character");
+        const QString escaped = QFXMLParser::escapeQueryString(c.input);
+        EXPECT_EQ(escaped, c.expected);
+        EXPECT_EQ(escaped.isNull(), c.input.isNull());
+        EXPECT_EQ(log().count(u"Stripped character") - strippedBefore, c.strippedCount);
+        for (const QChar character : c.input) {
+            // Each stripped character is logged as it is (white space is trimmed off the entry).
+            if (character.unicode() < 20 && !character.isSpace()) {
+                EXPECT_TRUE(log().contains(u"Stripped character "_qs + character));
+            }
         }
     }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    , EscapeQueryString,
-    testing::Values(
-        EscapeCase{"Null", QString(), QString(), 0},
-        EscapeCase{"Empty", QStringLiteral(""), QStringLiteral(""), 0},
-        EscapeCase{"PlainQuery", QStringLiteral("./xmeml[1]//sequence/uuid[\"A-1\"]/.."),
-                   QStringLiteral("./xmeml[1]//sequence/uuid[\"A-1\"]/.."), 0},
-        EscapeCase{"EscapedAmpersandKept", QStringLiteral("a&amp;b"), QStringLiteral("a&amp;b"), 0},
-        EscapeCase{"LoneAmpersand", QStringLiteral("Tom & Jerry"),
-                   QStringLiteral("Tom &amp; Jerry"), 0},
-        EscapeCase{"AmpAtTheVeryEnd", QStringLiteral("x&amp"), QStringLiteral("x&amp;amp"), 0},
-        EscapeCase{"EscapedAmpersandAtTheVeryEnd", QStringLiteral("x&amp;"),
-                   QStringLiteral("x&amp;"), 0},
-        EscapeCase{"OtherEntitiesEscapedAgain", QStringLiteral("&lt;"), QStringLiteral("&amp;lt;"),
-                   0},
-        EscapeCase{"AccentedLetter", QStringLiteral("Caf\u00e9"), QStringLiteral("Caf&#233;"), 0},
-        EscapeCase{"NoBreakSpaceIs160", QStringLiteral("a\u00a0b"), QStringLiteral("a&#160;b"), 0},
-        EscapeCase{"Unit159Kept", QString(QChar(159)), QString(QChar(159)), 0},
-        EscapeCase{"SurrogatePairHalvesSeparately", QString::fromUcs4(U"\U0001F3AC"),
-                   QStringLiteral("&#55356;&#57260;"), 0},
-        EscapeCase{"CarriageReturn", QStringLiteral("a\rb"), QStringLiteral("a&#13;b"), 0},
-        EscapeCase{"TabAndLineFeedStripped", QStringLiteral("a\tb\nc"), QStringLiteral("abc"), 2},
-        EscapeCase{"NulStripped", QString(QChar(0)) + u'x', QStringLiteral("x"), 1},
-        EscapeCase{"Units20And31Kept", QString(QChar(20)) + QChar(31),
-                   QString(QChar(20)) + QChar(31), 0},
-        EscapeCase{"Unit19Stripped", QString(QChar(19)), QStringLiteral(""), 1},
-        EscapeCase{"QuotesAndAnglesUnchanged", QStringLiteral("<\"'>"), QStringLiteral("<\"'>"),
-                   0}),
-    [](const testing::TestParamInfo<EscapeCase> &param) { return std::string(param.param.name); });
 
 class QueryHelpers : public LoggedTest
 {
@@ -213,56 +196,37 @@ TEST_F(QueryHelpers, NextSiblingClimbsOutOfTheSubtree)
     EXPECT_TRUE(QFXMLParser::nextSiblingForNode(XmlNode()).isNull());
 }
 
-struct ClipCase
+TEST_F(QueryHelpers, AffectedNodesFollowTransitionItemsAlongTheTrack)
 {
-    const char *clipId;
-    QStringList expected;
-    qint64 rangeStart;
-    qint64 rangeEnd;
-
-    friend void PrintTo(const ClipCase &c, std::ostream *os) { *os << c.clipId; }
-};
-
-class AffectedNodes : public QueryHelpers, public testing::WithParamInterface<ClipCase>
-{
-};
-
-TEST_P(AffectedNodes, FollowTransitionItemsAlongTheTrack)
-{
-    const ClipCase &c = GetParam();
-    qint64 start = 12345;
-    qint64 end = 12345;
-    EXPECT_EQ(describe(QFXMLParser::affectedNodesForClip(clip(c.clipId), &start, &end)),
-              c.expected);
-    EXPECT_EQ(start, c.rangeStart);
-    EXPECT_EQ(end, c.rangeEnd);
-    EXPECT_EQ(QFXMLParser::affectedNodesForClip(clip(c.clipId)).size(), c.expected.size());
+    const QStringList run{"clipitem:A", "transitionitem", "clipitem:B", "transitionitem",
+                          "clipitem:C"};
+    const struct
+    {
+        const char *clipId;
+        QStringList expected;
+        qint64 rangeStart;
+        qint64 rangeEnd;
+    } cases[] = {// Joined on both sides: the run is A, B and C, from A's start to C's end.
+                 {"A", run, 0, 300},
+                 {"B", run, 0, 300},
+                 {"C", run, 0, 300},
+                 {"Reel%201", {"clipitem:Reel%201"}, 300, 400},
+                 // Transition items at both edges of the track.
+                 {"W", {"transitionitem", "clipitem:W", "transitionitem"}, 0, 60},
+                 // Joined edges with nothing beyond: the walk runs off the track.
+                 {"Y", {"clipitem:Y"}, -1, 20},
+                 {"Z", {"clipitem:Z"}, 20, -1}};
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.clipId);
+        qint64 start = 12345;
+        qint64 end = 12345;
+        EXPECT_EQ(describe(QFXMLParser::affectedNodesForClip(clip(c.clipId), &start, &end)),
+                  c.expected);
+        EXPECT_EQ(start, c.rangeStart);
+        EXPECT_EQ(end, c.rangeEnd);
+        EXPECT_EQ(QFXMLParser::affectedNodesForClip(clip(c.clipId)).size(), c.expected.size());
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    , AffectedNodes,
-    testing::Values(
-        // Joined on both sides: the run is A, B and C, from A's start to C's end.
-        ClipCase{"B",
-                 {"clipitem:A", "transitionitem", "clipitem:B", "transitionitem", "clipitem:C"},
-                 0,
-                 300},
-        ClipCase{"A",
-                 {"clipitem:A", "transitionitem", "clipitem:B", "transitionitem", "clipitem:C"},
-                 0,
-                 300},
-        ClipCase{"C",
-                 {"clipitem:A", "transitionitem", "clipitem:B", "transitionitem", "clipitem:C"},
-                 0,
-                 300},
-        ClipCase{"Reel%201", {"clipitem:Reel%201"}, 300, 400},
-        // Transition items at both edges of the track.
-        ClipCase{"W", {"transitionitem", "clipitem:W", "transitionitem"}, 0, 60},
-        // Joined edges with nothing beyond: the walk runs off the track.
-        ClipCase{"Y", {"clipitem:Y"}, -1, 20}, ClipCase{"Z", {"clipitem:Z"}, 20, -1}),
-    [](const testing::TestParamInfo<ClipCase> &param) {
-        return QString::fromLatin1(param.param.clipId).remove(u'%').toStdString();
-    });
 
 TEST(QFXMLParser, NilArgumentsAnswerNil)
 {
