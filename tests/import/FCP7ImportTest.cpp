@@ -63,83 +63,72 @@ TEST_F(ImportTest, LogsEveryStepAndSkipsRecordsWithoutSevenFields)
     EXPECT_FALSE(text.contains(u"Marker name: Eight"));
 }
 
-struct SilentOrFailing
-{
-    const char *name;
-    /// Changes the marker list path or the settings of an import that would succeed.
-    std::function<void(const TempHome &, QString &, ImportSettings &)> arrange;
-    QStringList calls;
-    const char *logged;
-    friend void PrintTo(const SilentOrFailing &c, std::ostream *os) { *os << c.name; }
-};
-
-class Ends : public ImportTest, public testing::WithParamInterface<SilentOrFailing>
-{
-};
-
-TEST_P(Ends, StopTheSpinnerAndLeaveTheTargetAsItWas)
-{
-    QString markers = home.file(u"markers.txt"_qs, markerList);
-    ImportSettings s = settings(home.file(u"cut.xml"_qs, project));
-    GetParam().arrange(home, markers, s);
-    RecordingHost host(markers);
-    host.kind.isXMLFile = true;
-    const QByteArray before = TempHome::read(s.filename);
-    FCP7Import::startProcessingWithSettings(host, s);
-    EXPECT_EQ(host.calls, GetParam().calls) << host.alerts.join(u'\n').toStdString();
-    EXPECT_EQ(TempHome::read(s.filename), before);
-    EXPECT_TRUE(log().contains(QLatin1StringView(GetParam().logged))) << log().toStdString();
-}
-
-const QStringList sheet(const char *message)
+QStringList sheet(const char *message)
 {
     return {u"process start"_qs, u"sheet "_qs + QLatin1StringView(message), u"process stop"_qs};
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Import, Ends,
-    testing::Values(
-        SilentOrFailing{"NoUuid",
-                        [](const TempHome &, QString &, ImportSettings &s) { s.uuid.reset(); },
-                        {u"process start"_qs, u"process stop"_qs},
-                        "Sequence UUID: (null)"},
-        SilentOrFailing{"OnlyAHeader",
-                        [](const TempHome &home, QString &markers, ImportSettings &) {
-                            markers = home.file(u"h.txt"_qs, "#\tT\tName\n\n");
-                        },
-                        {u"process start"_qs, u"process stop"_qs},
-                        "Line count: 3"},
-        SilentOrFailing{"MissingMarkerList",
-                        [](const TempHome &, QString &markers, ImportSettings &) {
-                            markers = u"/nonexistent/markers.txt"_qs;
-                        },
-                        sheet("Unable to read marker list"), "Error: unable to load marker list"},
-        SilentOrFailing{"MarkerListTooLarge",
-                        [](const TempHome &home, QString &markers, ImportSettings &) {
-                            markers = home.file(u"huge.txt"_qs, markerList);
-                            QFile(markers).resize(17 * 1024 * 1024);
-                        },
-                        sheet("Unable to read marker list"), "Line count: 0"},
-        SilentOrFailing{"SequenceWithoutId",
-                        [](const TempHome &home, QString &, ImportSettings &s) {
-                            QByteArray xml = project;
-                            s.filename = home.file(u"noid.xml"_qs,
-                                                   xml.replace("id=\"seq1\"", "ident=\"seq1\""));
-                        },
-                        sheet("Unable to find the sequence"), "Project filename: "},
-        SilentOrFailing{"NotXml",
-                        [](const TempHome &home, QString &, ImportSettings &s) {
-                            s.filename = home.file(u"junk.xml"_qs, "\x89PNG\r\n\x1a\n\0\0");
-                        },
-                        sheet("Unable to find the sequence"), "Unable to parse XML"},
-        SilentOrFailing{"UnwritableOutput",
-                        [](const TempHome &, QString &, ImportSettings &s) {
-                            s.outputPath = u"/proc/cuebridge-cannot-write.xml"_qs;
-                        },
-                        {u"process start"_qs, u"process stop"_qs,
-                         u"sheet Failed to write marker data to disk."_qs},
-                        "Marker out pos: 375"}),
-    [](const auto &param) { return std::string(param.param.name); });
+TEST_F(ImportTest, SilentAndFailingEndsStopTheSpinnerAndLeaveTheTargetAsItWas)
+{
+    const struct
+    {
+        const char *name;
+        /// Changes the marker list path or the settings of an import that would succeed.
+        std::function<void(QString &, ImportSettings &)> arrange;
+        QStringList calls;
+        const char *logged;
+    } cases[] = {
+        {"NoUuid",
+         [](QString &, ImportSettings &s) { s.uuid.reset(); },
+         {u"process start"_qs, u"process stop"_qs},
+         "Sequence UUID: (null)"},
+        {"OnlyAHeader",
+         [this](QString &markers, ImportSettings &) {
+             markers = home.file(u"h.txt"_qs, "#\tT\tName\n\n");
+         },
+         {u"process start"_qs, u"process stop"_qs},
+         "Line count: 3"},
+        {"MissingMarkerList",
+         [](QString &markers, ImportSettings &) { markers = u"/nonexistent/markers.txt"_qs; },
+         sheet("Unable to read marker list"), "Error: unable to load marker list"},
+        {"MarkerListTooLarge",
+         [this](QString &markers, ImportSettings &) {
+             markers = home.file(u"huge.txt"_qs, markerList);
+             QFile(markers).resize(17 * 1024 * 1024);
+         },
+         sheet("Unable to read marker list"), "Line count: 0"},
+        {"SequenceWithoutId",
+         [this](QString &, ImportSettings &s) {
+             QByteArray xml = project;
+             s.filename = home.file(u"noid.xml"_qs, xml.replace("id=\"seq1\"", "ident=\"seq1\""));
+         },
+         sheet("Unable to find the sequence"), "Project filename: "},
+        {"NotXml",
+         [this](QString &, ImportSettings &s) {
+             s.filename = home.file(u"junk.xml"_qs, "\x89PNG\r\n\x1a\n\0\0");
+         },
+         sheet("Unable to find the sequence"), "Unable to parse XML"},
+        {"UnwritableOutput",
+         [](QString &, ImportSettings &s) {
+             s.outputPath = u"/proc/cuebridge-cannot-write.xml"_qs;
+         },
+         {u"process start"_qs, u"process stop"_qs,
+          u"sheet Failed to write marker data to disk."_qs},
+         "Marker out pos: 375"}};
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        QString markers = home.file(u"markers.txt"_qs, markerList);
+        ImportSettings s = settings(home.file(u"cut.xml"_qs, project));
+        c.arrange(markers, s);
+        RecordingHost host(markers);
+        host.kind.isXMLFile = true;
+        const QByteArray before = TempHome::read(s.filename);
+        FCP7Import::startProcessingWithSettings(host, s);
+        EXPECT_EQ(host.calls, c.calls) << host.alerts.join(u'\n').toStdString();
+        EXPECT_EQ(TempHome::read(s.filename), before);
+        EXPECT_TRUE(log().contains(QLatin1StringView(c.logged))) << log().toStdString();
+    }
+}
 
 TEST(RenameSequence, KeepsOnlyTheIdAndNamesTheSequenceAfterIt)
 {

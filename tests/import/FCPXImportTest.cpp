@@ -148,33 +148,6 @@ protected:
 
 // --- Where markers land ---------------------------------------------------------
 
-struct Placement
-{
-    const char *name;
-    QByteArray markers;
-    Adjust adjust;
-    QStringList expected;
-    bool allPlaced = true;
-    friend void PrintTo(const Placement &p, std::ostream *os) { *os << p.name; }
-};
-
-class Placements : public FCPXImportTest, public testing::WithParamInterface<Placement>
-{
-};
-
-TEST_P(Placements, LandOnTheClipUnderThePositionInItsOwnTime)
-{
-    ASSERT_FALSE(importInto(library(fourClips), GetParam().markers, GetParam().adjust).isNull());
-    EXPECT_EQ(markers(), GetParam().expected);
-    EXPECT_EQ(host->alerts.value(0), GetParam().allPlaced
-                                         ? u"Markers successfully imported / A copy of your "
-                                           u"project was sent to Final Cut Pro."_qs
-                                         : u"Some markers failed to import / Make sure the "
-                                           u"starting timecode of the marker list matches that "
-                                           u"of your timeline or use the Offset field to "
-                                           u"compensate."_qs);
-}
-
 Adjust offset(qint64 frames, int unit = 0)
 {
     return [frames, unit](ImportSettings &s, TargetKind &) {
@@ -183,48 +156,62 @@ Adjust offset(qint64 frames, int unit = 0)
     };
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    FCPX, Placements,
-    testing::Values(
-        Placement{
-            "AtTheFirstFrame", markerList({{"a", "", "00:00:00:00"}}), {}, {u"A 0/2500s a"_qs}},
-        Placement{"OnACutTheLaterClip",
-                  markerList({{"cut", "", "00:00:10:00"}}),
+TEST_F(FCPXImportTest, MarkersLandOnTheClipUnderThePositionInItsOwnTime)
+{
+    const struct
+    {
+        const char *name;
+        QByteArray markers;
+        Adjust adjust;
+        QStringList expected;
+        bool allPlaced = true;
+    } cases[] = {{"OnTheClipsOwnTimeOnCutsTheLaterClipGapsAndTitlesToo",
+                  markerList({{"a", "", "00:00:00:00"},
+                              {"cut", "", "00:00:10:00"},
+                              {"b", "", "00:00:12:00"},
+                              {"g", "", "00:00:21:00"},
+                              {"t", "", "00:00:29:24"}}),
                   {},
-                  {u"B 9000000/2500s cut"_qs}},
-        Placement{"MediaStartMapsIntoTheClipsTime",
-                  markerList({{"b", "", "00:00:12:00"}}),
-                  {},
-                  {u"B 9005000/2500s b"_qs}},
-        Placement{"GapsAndTitlesTakeMarkers",
-                  markerList({{"g", "", "00:00:21:00"}, {"t", "", "00:00:29:24"}}),
-                  {},
-                  {u"G 2500/2500s g"_qs, u"T 12400/2500s t"_qs}},
-        Placement{"ANegativePositionClampsToZero",
+                  {u"A 0/2500s a"_qs, u"B 9000000/2500s cut"_qs, u"B 9005000/2500s b"_qs,
+                   u"G 2500/2500s g"_qs, u"T 12400/2500s t"_qs}},
+                 {"ANegativePositionClampsToZero",
                   markerList({{"early", "", "00:00:01:00"}}),
                   offset(-100),
                   {u"A 0/2500s early"_qs}},
-        Placement{"OffsetInSeconds",
+                 {"OffsetInSeconds",
                   markerList({{"s", "", "00:00:01:00"}}),
                   offset(2, 1),
                   {u"A 7500/2500s s"_qs}},
-        Placement{"AtTheEndOfTheLastClipNone",
+                 {"AtTheEndOfTheLastClipNone",
                   markerList({{"in", "", "00:00:01:00"}, {"end", "", "00:00:30:00"}}),
                   {},
                   {u"A 2500/2500s in"_qs},
                   false},
-        Placement{"ToDoMarkersAndValues",
+                 {"ToDoMarkersAndValues",
                   markerList({{"a", "b", "00:00:01:00"}, {"Tom & Jerry", "", "00:00:02:00"}}),
                   [](ImportSettings &s, TargetKind &) { s.todoMarkersEnabled = true; },
                   {u"A 2500/2500s a -  b todo"_qs, u"A 5000/2500s Tom & Jerry todo"_qs}},
-        Placement{"AnEventClipAlone",
+                 {"AnEventClipAlone",
                   markerList({{"e", "", "00:00:05:00"}, {"past", "", "00:01:00:00"}}),
                   [](ImportSettings &s, TargetKind &kind) {
                       s.sequenceXPath = u"/fcpxml/library/event/asset-clip"_qs;
                       kind.isEvent = true;
                   },
                   {u"Event clip 12500/2500s e"_qs},
-                  false}));
+                  false}};
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        ASSERT_FALSE(importInto(library(fourClips), c.markers, c.adjust).isNull());
+        EXPECT_EQ(markers(), c.expected);
+        EXPECT_EQ(host->alerts.value(0), c.allPlaced
+                                             ? u"Markers successfully imported / A copy of your "
+                                               u"project was sent to Final Cut Pro."_qs
+                                             : u"Some markers failed to import / Make sure the "
+                                               u"starting timecode of the marker list matches "
+                                               u"that of your timeline or use the Offset field "
+                                               u"to compensate."_qs);
+    }
+}
 
 TEST_F(FCPXImportTest, At2997OnlyDFReadsTimecodesAsDropFrameAndOffsetsCountWholeFrames)
 {
@@ -276,62 +263,54 @@ TEST_F(FCPXImportTest, ATransitionTargetTakesTheTimelineFrameAsSecondsAfterItsFi
 
 // --- Where markers go among a clip's children --------------------------------------
 
-struct Insertion
+TEST_F(FCPXImportTest, InsertionsFollowTheElementOrderOfTheFormat)
 {
-    const char *name;
-    QString clip; ///< an element named "C" spanning the first 10 s of the spine
-    QStringList children;
-    friend void PrintTo(const Insertion &i, std::ostream *os) { *os << i.name; }
-};
-
-class Insertions : public FCPXImportTest, public testing::WithParamInterface<Insertion>
-{
-};
-
-TEST_P(Insertions, FollowTheElementOrderOfTheFormat)
-{
-    importInto(library(GetParam().clip),
-               markerList({{"1", "", "00:00:01:00"}, {"2", "", "00:00:02:00"}}));
-    EXPECT_EQ(children(u"C"_qs), GetParam().children);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    FCPX, Insertions,
-    testing::Values(
-        Insertion{"AnEmptyClipInListOrder",
+    const struct
+    {
+        const char *name;
+        QString clip; ///< an element named "C" spanning the first 10 s of the spine
+        QStringList children;
+    } cases[] = {{"AnEmptyClipInListOrder",
                   u"<asset-clip name=\"C\" ref=\"r2\" offset=\"0s\" duration=\"10s\"/>"_qs,
                   {u"1"_qs, u"2"_qs}},
-        Insertion{"BeforeKeywordsFiltersAndMetadata",
+                 {"BeforeKeywordsFiltersAndMetadata",
                   uR"(<asset-clip name="C" ref="r2" offset="0s" duration="10s">
                         <keyword start="0s" duration="10s" value="Interview"/>
                         <filter-video ref="r4" name="Look"/>
                         <metadata><md key="com.apple.proapps.studio.reel" value="A001"/></metadata>
                       </asset-clip>)"_qs,
                   {u"1"_qs, u"2"_qs, u"keyword"_qs, u"filter-video"_qs, u"metadata"_qs}},
-        Insertion{"AfterConnectedClipsInReverseOrder",
+                 {"AfterConnectedClipsInReverseOrder",
                   uR"(<asset-clip name="C" ref="r2" offset="0s" duration="10s">
                         <asset-clip name="Connected" lane="1" ref="r2" offset="1s" duration="2s"/>
                         <marker start="5s" duration="100/2500s" value="old"/>
                         <rating start="0s" duration="10s" value="favorite"/>
                       </asset-clip>)"_qs,
                   {u"asset-clip"_qs, u"2"_qs, u"1"_qs, u"old"_qs, u"rating"_qs}},
-        Insertion{"AfterTheVideoOfAClip",
+                 {"AfterTheVideoOfAClip",
                   uR"(<clip name="C" offset="0s" duration="10s">
                         <video ref="r2" offset="0s" duration="10s"/>
                         <filter-video ref="r4" name="Look"/>
                       </clip>)"_qs,
                   {u"video"_qs, u"2"_qs, u"1"_qs, u"filter-video"_qs}},
-        Insertion{"AfterAdjustmentsOfLaterVersions",
+                 {"AfterAdjustmentsOfLaterVersions",
                   uR"(<asset-clip name="C" ref="r2" offset="0s" duration="10s">
                         <conform-rate srcFrameRate="25"/>
                         <adjust-crop mode="trim"><trim-rect left="1"/></adjust-crop>
                       </asset-clip>)"_qs,
                   {u"conform-rate"_qs, u"adjust-crop"_qs, u"2"_qs, u"1"_qs}},
-        Insertion{"BeforeTheRoleSourcesOfARefClip",
+                 {"BeforeTheRoleSourcesOfARefClip",
                   uR"(<ref-clip name="C" ref="r2" offset="0s" duration="10s">
                         <audio-role-source role="dialogue"/>
                       </ref-clip>)"_qs,
-                  {u"1"_qs, u"2"_qs, u"audio-role-source"_qs}}));
+                  {u"1"_qs, u"2"_qs, u"audio-role-source"_qs}}};
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        importInto(library(c.clip),
+                   markerList({{"1", "", "00:00:01:00"}, {"2", "", "00:00:02:00"}}));
+        EXPECT_EQ(children(u"C"_qs), c.children);
+    }
+}
 
 // A result its version's DTD refuses is not written, unless the document broke the
 // DTD before the import: the editor has always received those.
@@ -424,36 +403,6 @@ TEST_F(FCPXImportTest, AMarkerOutsideEveryClipIsLoggedAndTheRestIsStillSent)
 
 // --- Ends that write nothing -----------------------------------------------------------
 
-struct End
-{
-    const char *name;
-    /// Changes the target document, the marker list or the settings of an import that
-    /// would succeed.
-    std::function<void(QByteArray &document, QByteArray &markers, Adjust &adjust)> arrange;
-    QStringList calls;
-    QString alert;
-    friend void PrintTo(const End &e, std::ostream *os) { *os << e.name; }
-};
-
-class FCPXEnds : public FCPXImportTest, public testing::WithParamInterface<End>
-{
-};
-
-TEST_P(FCPXEnds, WriteNothingAndSayWhy)
-{
-    QByteArray document = library(fourClips);
-    QByteArray list = markerList({{"m", "", "00:00:01:00"}});
-    Adjust adjust;
-    GetParam().arrange(document, list, adjust);
-    importInto(document, list, adjust);
-    EXPECT_EQ(host->calls, GetParam().calls);
-    EXPECT_TRUE(host->alerts.value(0).startsWith(GetParam().alert))
-        << host->alerts.value(0).toStdString();
-    EXPECT_TRUE(result.isNull());
-    EXPECT_EQ(temporaryFiles(), QStringList());
-    EXPECT_TRUE(workspace.opened().isEmpty());
-}
-
 QStringList sheet(const char *message)
 {
     return {u"process start"_qs, u"sheet "_qs + QLatin1StringView(message), u"process stop"_qs};
@@ -467,59 +416,82 @@ auto settings(std::function<void(ImportSettings &)> change)
     };
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    FCPX, FCPXEnds,
-    testing::Values(
-        End{"ABundleWithoutFcpxml",
-            settings([](ImportSettings &s) {
-                s.filename = QFileInfo(s.filename).path() + u"/Empty.fcpxmld"_qs;
-                QDir().mkpath(s.filename + u"/Assets"_qs);
-            }),
-            {u"process start"_qs, u"enable"_qs, u"load stop"_qs, u"alert Failed to open file"_qs},
-            u"Failed to open file / Could not locate any XML files inside bundle."_qs},
-        End{"AFolderInsteadOfAFile", settings([](ImportSettings &s) {
-                s.filename = QFileInfo(s.filename).path() + u"/folder.fcpxml"_qs;
-                QDir().mkpath(s.filename);
-            }),
-            sheet("Unable to get data for project"), u"Unable to get data for project / "_qs},
-        End{"NotXml",
-            [](QByteArray &document, QByteArray &, Adjust &) {
-                document = QByteArray("\x89PNG\r\n\x1a\n\0\0", 10);
-            },
-            sheet("Unable to find sequence"), u"Unable to find sequence / "_qs},
-        End{"AnXPathMatchingNothing", settings([](ImportSettings &s) {
-                s.sequenceXPath = u"/fcpxml/library/event/project[2]/sequence"_qs;
-            }),
-            sheet("Unable to find sequence"), u"Unable to find sequence / "_qs},
-        End{"AMalformedXPath",
-            settings([](ImportSettings &s) { s.sequenceXPath = u"/fcpxml/library[["_qs; }),
-            sheet("Unable to find sequence"), u"Unable to find sequence / Invalid expression"_qs},
-        End{"AnEmptyMarkerList", [](QByteArray &, QByteArray &markers, Adjust &) { markers = ""; },
-            sheet("Unable to read marker list"),
-            u"Unable to read marker list / The file may be corrupt, empty or in an invalid "
-            u"format."_qs},
-        End{"AnEmptyStoryline",
-            [](QByteArray &document, QByteArray &, Adjust &) { document = library(QString()); },
-            sheet("Unable to locate clips"),
-            u"Unable to locate clips / No video clips could be found in the timeline."_qs},
-        End{"OnlyAHeaderIsSilent",
-            [](QByteArray &, QByteArray &markers, Adjust &) { markers = "#\tTrack\tName\n\n"; },
-            {u"process start"_qs, u"process stop"_qs},
-            QString()},
-        End{"AMarkerThatIsNoXml",
-            [](QByteArray &, QByteArray &markers, Adjust &) {
-                markers = markerList({{"ok", "", "00:00:01:00"}, {"bell\x07", "", "00:00:02:00"}});
-            },
-            {u"process start"_qs, u"alert Unable to create marker"_qs, u"process stop"_qs},
-            u"Unable to create marker / "_qs},
-        End{"AResultThatBreaksItsDtd",
-            [](QByteArray &, QByteArray &, Adjust &adjust) {
-                // The sequence itself as the clip: a sequence takes no markers.
-                adjust = [](ImportSettings &, TargetKind &kind) { kind.isEvent = true; };
-            },
-            {u"process start"_qs, u"alert Unable to create marker"_qs, u"process stop"_qs},
-            u"Unable to create marker / line 13: Element sequence content does not follow the "
-            u"DTD"_qs}));
+TEST_F(FCPXImportTest, EndsWriteNothingAndSayWhy)
+{
+    const struct
+    {
+        const char *name;
+        /// Changes the target document, the marker list or the settings of an import that
+        /// would succeed.
+        std::function<void(QByteArray &document, QByteArray &markers, Adjust &adjust)> arrange;
+        QStringList calls;
+        QString alert;
+    } cases[] = {
+        {"ABundleWithoutFcpxml",
+         settings([](ImportSettings &s) {
+             s.filename = QFileInfo(s.filename).path() + u"/Empty.fcpxmld"_qs;
+             QDir().mkpath(s.filename + u"/Assets"_qs);
+         }),
+         {u"process start"_qs, u"enable"_qs, u"load stop"_qs, u"alert Failed to open file"_qs},
+         u"Failed to open file / Could not locate any XML files inside bundle."_qs},
+        {"AFolderInsteadOfAFile", settings([](ImportSettings &s) {
+             s.filename = QFileInfo(s.filename).path() + u"/folder.fcpxml"_qs;
+             QDir().mkpath(s.filename);
+         }),
+         sheet("Unable to get data for project"), u"Unable to get data for project / "_qs},
+        {"NotXml",
+         [](QByteArray &document, QByteArray &, Adjust &) {
+             document = QByteArray("\x89PNG\r\n\x1a\n\0\0", 10);
+         },
+         sheet("Unable to find sequence"), u"Unable to find sequence / "_qs},
+        {"AnXPathMatchingNothing", settings([](ImportSettings &s) {
+             s.sequenceXPath = u"/fcpxml/library/event/project[2]/sequence"_qs;
+         }),
+         sheet("Unable to find sequence"), u"Unable to find sequence / "_qs},
+        {"AMalformedXPath",
+         settings([](ImportSettings &s) { s.sequenceXPath = u"/fcpxml/library[["_qs; }),
+         sheet("Unable to find sequence"), u"Unable to find sequence / Invalid expression"_qs},
+        {"AnEmptyMarkerList", [](QByteArray &, QByteArray &markers, Adjust &) { markers = ""; },
+         sheet("Unable to read marker list"),
+         u"Unable to read marker list / The file may be corrupt, empty or in an invalid "
+         u"format."_qs},
+        {"AnEmptyStoryline",
+         [](QByteArray &document, QByteArray &, Adjust &) { document = library(QString()); },
+         sheet("Unable to locate clips"),
+         u"Unable to locate clips / No video clips could be found in the timeline."_qs},
+        {"OnlyAHeaderIsSilent",
+         [](QByteArray &, QByteArray &markers, Adjust &) { markers = "#\tTrack\tName\n\n"; },
+         {u"process start"_qs, u"process stop"_qs},
+         QString()},
+        {"AMarkerThatIsNoXml",
+         [](QByteArray &, QByteArray &markers, Adjust &) {
+             markers = markerList({{"ok", "", "00:00:01:00"}, {"bell\x07", "", "00:00:02:00"}});
+         },
+         {u"process start"_qs, u"alert Unable to create marker"_qs, u"process stop"_qs},
+         u"Unable to create marker / "_qs},
+        {"AResultThatBreaksItsDtd",
+         [](QByteArray &, QByteArray &, Adjust &adjust) {
+             // The sequence itself as the clip: a sequence takes no markers.
+             adjust = [](ImportSettings &, TargetKind &kind) { kind.isEvent = true; };
+         },
+         {u"process start"_qs, u"alert Unable to create marker"_qs, u"process stop"_qs},
+         u"Unable to create marker / line 13: Element sequence content does not follow the "
+         u"DTD"_qs}};
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        QByteArray document = library(fourClips);
+        QByteArray list = markerList({{"m", "", "00:00:01:00"}});
+        Adjust adjust;
+        c.arrange(document, list, adjust);
+        importInto(document, list, adjust);
+        EXPECT_EQ(host->calls, c.calls);
+        EXPECT_TRUE(host->alerts.value(0).startsWith(c.alert))
+            << host->alerts.value(0).toStdString();
+        EXPECT_TRUE(result.isNull());
+        EXPECT_EQ(temporaryFiles(), QStringList());
+        EXPECT_TRUE(workspace.opened().isEmpty());
+    }
+}
 
 TEST_F(FCPXImportTest, UnreadableFrameDurationsAndClipTimesPlaceNothingButStillWrite)
 {
