@@ -31,6 +31,16 @@ class BadInput : public testing::Test
 {
 public:
     QString markers() { return home.file(u"markers.txt"_qs, oneMarker); }
+    /// A marker list of these bytes and a copy of the FCPX library to import it into.
+    QStringList intoLibrary(const QByteArray &list)
+    {
+        return {home.file(u"m.txt"_qs, list), home.copyOfData(u"library.fcpxml"_qs)};
+    }
+    /// The one-marker list and a target of these bytes.
+    QStringList intoTarget(const QString &name, const QByteArray &target)
+    {
+        return {markers(), home.file(name, target)};
+    }
 
     /// Every file of the user's (the home without its hidden and temporary folders).
     std::map<QString, QByteArray> files() const
@@ -117,68 +127,43 @@ QByteArray utf16be(const QByteArray &utf8)
 INSTANTIATE_TEST_SUITE_P(
     Cli, Matrix,
     testing::Values(
-        Case{"EmptyMarkerList",
-             [](BadInput &test) {
-                 return QStringList{test.home.file(u"m.txt"_qs, ""),
-                                    test.home.copyOfData(u"library.fcpxml"_qs)};
-             },
-             2, "Unable to read marker list"},
-        Case{"EmptyXmemlTarget",
-             [](BadInput &test) {
-                 return QStringList{test.markers(), test.home.file(u"t.xml"_qs, "")};
-             },
-             3, "lists no sequence to import into"},
+        Case{"EmptyXmemlTarget", [](BadInput &test) { return test.intoTarget(u"t.xml"_qs, ""); }, 3,
+             "lists no sequence to import into"},
         Case{"BinaryMarkerList",
              [](BadInput &test) {
-                 return QStringList{
-                     test.home.file(u"m.txt"_qs, QByteArray("\x00\x01\xfe\x80\x0a", 5) +
-                                                     QByteArray(4000, '\x9c')),
-                     test.home.copyOfData(u"library.fcpxml"_qs)};
+                 return test.intoLibrary(QByteArray("\x00\x01\xfe\x80\x0a", 5) +
+                                         QByteArray(4000, '\x9c'));
              },
              2, "Unable to read marker list"},
         Case{"FiftyMegabyteLineAsMarkerList",
-             [](BadInput &test) {
-                 return QStringList{test.home.file(u"m.txt"_qs, QByteArray(50 << 20, 'x')),
-                                    test.home.copyOfData(u"library.fcpxml"_qs)};
-             },
-             64, "too large for a marker list"},
+             [](BadInput &test) { return test.intoLibrary(QByteArray(50 << 20, 'x')); }, 64,
+             "too large for a marker list"},
         Case{"FiftyMegabyteLineAsXmemlTarget",
              [](BadInput &test) {
-                 return QStringList{
-                     test.markers(),
-                     test.home.file(u"t.xml"_qs, "<xmeml version=\"5\"><sequence><name>" +
-                                                     QByteArray(50 << 20, 'x') +
-                                                     "</name></sequence></xmeml>")};
+                 return test.intoTarget(u"t.xml"_qs, "<xmeml version=\"5\"><sequence><name>" +
+                                                         QByteArray(50 << 20, 'x') +
+                                                         "</name></sequence></xmeml>");
              },
              3, "lists no sequence to import into"},
         Case{"FiftyMegabyteLineAsFcpxTarget",
              [](BadInput &test) {
-                 return QStringList{
-                     test.markers(),
-                     test.home.file(u"t.fcpxml"_qs, "<fcpxml version=\"1.8\"><project name=\"" +
-                                                        QByteArray(50 << 20, 'x') +
-                                                        "\"/></fcpxml>")};
+                 return test.intoTarget(u"t.fcpxml"_qs, "<fcpxml version=\"1.8\"><project name=\"" +
+                                                            QByteArray(50 << 20, 'x') +
+                                                            "\"/></fcpxml>");
              },
              2, "Unable to find sequence"},
         Case{"Utf16BigEndianWithoutByteOrderMarkReadsAsText",
-             [](BadInput &test) {
-                 return QStringList{test.home.file(u"m.txt"_qs, utf16be(oneMarker)),
-                                    test.home.copyOfData(u"library.fcpxml"_qs)};
-             },
-             0, "Markers successfully imported"},
+             [](BadInput &test) { return test.intoLibrary(utf16be(oneMarker)); }, 0,
+             "Markers successfully imported"},
         Case{"Windows1252MarkerList",
              [](BadInput &test) {
-                 return QStringList{test.home.file(u"m.txt"_qs, QByteArray(oneMarker).replace(
-                                                                    "\tA\t", "\tCaf\xe9\t")),
-                                    test.home.copyOfData(u"library.fcpxml"_qs)};
+                 return test.intoLibrary(QByteArray(oneMarker).replace("\tA\t", "\tCaf\xe9\t"));
              },
              0, "Markers successfully imported"},
         Case{"NulBytesInAName",
              [](BadInput &test) {
-                 return QStringList{
-                     test.home.file(u"m.txt"_qs, QByteArray(oneMarker).replace(
-                                                     "\tA\t", QByteArray("\tA\0B\t", 5))),
-                     test.home.copyOfData(u"library.fcpxml"_qs)};
+                 return test.intoLibrary(
+                     QByteArray(oneMarker).replace("\tA\t", QByteArray("\tA\0B\t", 5)));
              },
              0, "Markers successfully imported"},
         Case{"MarkerListAsTarget",

@@ -53,12 +53,12 @@ protected:
 struct Case
 {
     const char *name;
-    const char *report;  ///< its file name; null for none
+    const char *report;  ///< its file name
     int modifiedMinutes; ///< relative to the launch
+    bool found = true;
     bool launched = true;
     std::optional<int> exitMinutes = {};
     bool reporterOff = false;
-    bool found = true;
 };
 
 TEST_F(CrashCheck, AReportNewerThanTheLaunchProvesACrash)
@@ -66,19 +66,13 @@ TEST_F(CrashCheck, AReportNewerThanTheLaunchProvesACrash)
     const QDateTime launch = QDateTime::currentDateTime().addSecs(-3600);
     const Case cases[] = {
         {"newer", "Cuebridge_2014-05-01-120000_host.crash", 5},
-        {"older", "Cuebridge_2014-05-01-120000_host.crash", -5, true, {}, false, false},
+        {"older", "Cuebridge_2014-05-01-120000_host.crash", -5, false},
         {"any case", "cuebridge_2014-05-01-120000_host.crash", 5},
-        {"another application",
-         "CuebridgeHelper_2014-05-01-120000_host.crash",
-         5,
-         true,
-         {},
-         false,
-         false},
-        {"first run", "Cuebridge_1_host.crash", 5, false, {}, false, false},
-        {"ended normally", "Cuebridge_1_host.crash", 5, true, 1, false, false},
-        {"exit before the launch", "Cuebridge_1_host.crash", 5, true, -1},
-        {"reporter switched off", "Cuebridge_1_host.crash", 5, true, {}, true},
+        {"another application", "CuebridgeHelper_2014-05-01-120000_host.crash", 5, false},
+        {"first run", "Cuebridge_1_host.crash", 5, false, false},
+        {"ended normally", "Cuebridge_1_host.crash", 5, false, true, 1},
+        {"exit before the launch", "Cuebridge_1_host.crash", 5, true, true, -1},
+        {"reporter switched off", "Cuebridge_1_host.crash", 5, true, true, {}, true},
     };
     for (const Case &c : cases) {
         SCOPED_TRACE(c.name);

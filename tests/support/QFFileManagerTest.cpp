@@ -20,27 +20,28 @@ protected:
     void SetUp() override
     {
         LoggedTest::SetUp();
-        // Nobody can type a password in a test: the privileged runner is a plain
-        // exec of its arguments, and it leaves a trace of every call.
-        runner = home.path() + "/privileged";
-        TempHome::write(
-            runner, QStringLiteral("#!/bin/sh\necho \"$@\" >> '%1/privileged.calls'\nexec \"$@\"\n")
-                        .arg(home.path())
-                        .toUtf8());
-        QFile::setPermissions(runner, QFile::permissions(runner) | QFile::ExeOwner);
-        QFAuthorization::setPrivilegedRunnerForTesting(runner);
+        installRunner("privileged", "exec \"$@\"");
+    }
+    /// Nobody can type a password in a test: the privileged runner notes each call in
+    /// <name>.calls and then does what it is told (by default, a plain exec).
+    void installRunner(const char *name, const char *action)
+    {
+        const QString script = home.filePath(QLatin1StringView(name));
+        TempHome::write(script, QStringLiteral("#!/bin/sh\necho \"$@\" >> '%1.calls'\n%2\n")
+                                    .arg(script, QLatin1StringView(action))
+                                    .toUtf8());
+        QFile::setPermissions(script, QFile::permissions(script) | QFile::ExeOwner);
+        QFAuthorization::setPrivilegedRunnerForTesting(script);
     }
     void TearDown() override
     {
         QFAuthorization::setPrivilegedRunnerForTesting("/usr/bin/pkexec");
         LoggedTest::TearDown();
     }
-    QString calls() const
+    QString calls(const char *name = "privileged") const
     {
-        return QString::fromUtf8(TempHome::read(home.path() + "/privileged.calls"));
+        return QString::fromUtf8(TempHome::read(home.filePath(QLatin1StringView(name)) + ".calls"));
     }
-
-    QString runner;
 };
 
 TEST_F(FileTest, PackagesAndMountedDrives)
@@ -98,21 +99,13 @@ TEST_F(FileTest, RightsCountOnlyWhenGrantedAndTheToolSucceeds)
                        {"the tool fails", "exec /bin/false", false, 2}};
     QFAuthorization &rights = QFAuthorization::sharedController();
     for (const auto &c : cases) {
-        const QString script = home.path() + "/runner-" + QString::number(&c - cases);
-        TempHome::write(
-            script, QStringLiteral("#!/bin/sh\necho \"$@\" >> '%1/%2.calls'\n%3\n")
-                        .arg(home.path(), QLatin1StringView(c.name), QLatin1StringView(c.action))
-                        .toUtf8());
-        QFile::setPermissions(script, QFile::permissions(script) | QFile::ExeOwner);
-        QFAuthorization::setPrivilegedRunnerForTesting(script);
+        installRunner(c.name, c.action);
         const QString folder = home.path() + "/made by " + c.name;
         EXPECT_EQ(rights.authCreateDir(folder), c.made) << c.name;
         EXPECT_EQ(QFileInfo(folder).isDir(), c.made) << c.name;
         TempHome::write(home.path() + "/source", "x");
         EXPECT_EQ(rights.authCopyFile(home.path() + "/source", folder + "/copy"), c.made) << c.name;
-        const QString trace =
-            QString::fromUtf8(TempHome::read(home.path() + "/" + c.name + ".calls"));
-        EXPECT_EQ(trace.count(u'\n'), c.callsForTwoRequests) << c.name << trace.toStdString();
+        EXPECT_EQ(calls(c.name).count(u'\n'), c.callsForTwoRequests) << c.name;
     }
 }
 
