@@ -68,18 +68,18 @@ public:
         ASSERT_TRUE(file.open(QIODevice::WriteOnly)) << path.toStdString();
         file.write(bytes);
     }
-    /// A stand-in program that notes its arguments in the file `note` when it runs; the
-    /// comment tells copies apart.
+    /// A stand-in program that notes its arguments, each in brackets, in the file `note`
+    /// when it runs; the comment tells copies apart.
     static void writeNotingProgram(const QString &path, const QString &note,
                                    const QByteArray &comment = QByteArray())
     {
         const QByteArray file = '"' + note.toUtf8() + '"';
         const QByteArray part = '"' + note.toUtf8() + ".part\"";
-        write(path, "#!/bin/sh\n# " + comment + "\necho \"[$*]\" > " + part + " && mv " + part +
-                        ' ' + file + '\n');
+        write(path, "#!/bin/sh\n# " + comment + "\nprintf '[%s]' \"$@\" > " + part + " && mv " +
+                        part + ' ' + file + '\n');
         QFile::setPermissions(path, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
     }
-    /// "[arguments]" once such a program has run (ten seconds at most), else empty.
+    /// "[argument][argument]…" once such a program has run (ten seconds at most), else empty.
     static QString noted(const QString &note)
     {
         QElapsedTimer waited;

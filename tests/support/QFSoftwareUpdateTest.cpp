@@ -65,7 +65,7 @@ TEST_F(Updater, TheInstalledOneComesFirstAndACarriedOneRunsFromAFreshCopy)
     QFile::remove(note());
     QFSoftwareUpdate::automaticallyCheckForUpdates();
     EXPECT_EQ(TempHome::noted(note()),
-              u"[-checkpath "_qs + QFileInfo(u"/proc/self/exe"_qs).canonicalFilePath() + u']');
+              u"[-checkpath]["_qs + QFileInfo(u"/proc/self/exe"_qs).canonicalFilePath() + u']');
 }
 
 TEST_F(Updater, OnlyAFalseSwitchStopsTheCheckAtStartUp)

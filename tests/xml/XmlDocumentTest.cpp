@@ -10,7 +10,6 @@
 #include <QDir>
 #include <QElapsedTimer>
 #include <QRandomGenerator>
-#include <QTemporaryDir>
 #include <QUrl>
 
 #include <arpa/inet.h>
@@ -167,19 +166,12 @@ TEST(XmlDocument, ModeratelyDeepDocumentsParse)
 
 TEST(XmlDocument, ExternalEntitiesAndDtdsAreNeverRead)
 {
-    QTemporaryDir dir;
-    const QString secretPath = dir.filePath(QStringLiteral("secret.txt"));
-    QFile secret(secretPath);
-    ASSERT_TRUE(secret.open(QIODevice::WriteOnly));
-    secret.write("TOP-SECRET");
-    secret.close();
-    const QByteArray url = QUrl::fromLocalFile(secretPath).toEncoded();
+    TempHome home;
+    const QByteArray url =
+        QUrl::fromLocalFile(home.file(u"secret.txt"_qs, "TOP-SECRET")).toEncoded();
     const QByteArray dtdUrl =
-        QUrl::fromLocalFile(dir.filePath(QStringLiteral("x.dtd"))).toEncoded();
-    QFile dtd(dir.filePath(QStringLiteral("x.dtd")));
-    ASSERT_TRUE(dtd.open(QIODevice::WriteOnly));
-    dtd.write("<!ENTITY y SYSTEM \"" + url + "\">");
-    dtd.close();
+        QUrl::fromLocalFile(home.file(u"x.dtd"_qs, "<!ENTITY y SYSTEM \"" + url + "\">"))
+            .toEncoded();
 
     const QList<QByteArray> documents = {
         "<!DOCTYPE a [<!ENTITY x SYSTEM \"" + url + "\">]><a>&x;</a>",
