@@ -81,37 +81,25 @@ protected:
     QList<QPointer<MyDocument>> windows;
 };
 
-struct Kind
+TEST_F(Window, DiscoveryListsTheTargetsItemsWithTheirImages)
 {
-    const char *file;
-    /// Title, represented object and whether it shows the event image, per item.
-    QList<std::tuple<QString, QString, bool>> items;
-    bool todoEnabled;
-};
-
-TEST_F(Window, DiscoveryListsEachKindOfTarget)
-{
-    const QList<std::tuple<QString, QString, bool>> projectAndClipItems = {
-        {u"Cut"_qs, u"/fcpxml/library/event/project[1]/sequence"_qs, false},
-        {u"Event clip"_qs, u"/fcpxml/library/event/project[2]/clip"_qs, true}};
-    const Kind kinds[] = {
-        {"project.xml", {{u"Cut 3"_qs, u"0F2D6C31-4B1E-4C55-9C3E-2A1B8F7D0001"_qs, false}}, false},
-        {"sequence.xml",
-         {{u"Selects"_qs, u"0F2D6C31-4B1E-4C55-9C3E-2A1B8F7D0002"_qs, false}},
-         false},
-        {"clips.fcpxml", projectAndClipItems, true},
-        {"clips.fcpxmld", projectAndClipItems, true},
-    };
-    for (const Kind &kind : kinds) {
-        SCOPED_TRACE(kind.file);
-        const QString file = QString::fromLatin1(kind.file);
-        const bool fcpx = file.startsWith(u"clips"_qs);
-        const bool bundle = file.endsWith(u".fcpxmld"_qs);
-        // A bundle is adopted as the folder; its document is Info.fcpxml inside.
-        const QString written =
-            fcpx ? home.file(bundle ? file + u"/Info.fcpxml"_qs : file, projectAndClip)
-                 : home.copyOfData(file);
-        MyDocument *document = open(bundle ? home.filePath(file) : written);
+    const struct
+    {
+        QString target;
+        /// Title, represented object and whether it shows the event image, per item.
+        QList<std::tuple<QString, QString, bool>> items;
+        bool todoEnabled;
+    } kinds[] = {{home.copyOfData(u"project.xml"_qs),
+                  {{u"Cut 3"_qs, u"0F2D6C31-4B1E-4C55-9C3E-2A1B8F7D0001"_qs, false}},
+                  false},
+                 // A bundle is adopted as the folder; its document is Info.fcpxml inside.
+                 {QFileInfo(home.file(u"clips.fcpxmld/Info.fcpxml"_qs, projectAndClip)).path(),
+                  {{u"Cut"_qs, u"/fcpxml/library/event/project[1]/sequence"_qs, false},
+                   {u"Event clip"_qs, u"/fcpxml/library/event/project[2]/clip"_qs, true}},
+                  true}};
+    for (const auto &kind : kinds) {
+        SCOPED_TRACE(kind.target.toStdString());
+        MyDocument *document = open(kind.target);
         QComboBox *items = popUp(document);
         ASSERT_EQ(items->count(), kind.items.size());
         for (int i = 0; i < items->count(); ++i) {

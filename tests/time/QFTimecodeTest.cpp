@@ -14,77 +14,63 @@ constexpr quint64 maxCount = std::numeric_limits<quint64>::max();
 
 TEST(FrameCountFromTimecode, Reads)
 {
-    const struct
-    {
-        const char *timecode;
-        int timebase;
-        bool dropFrame;
-        quint64 startFrame;
-        quint64 expected;
-    } cases[] = {
-        // Plain non-drop readings.
-        {"01:00:00:00", 30, false, 0, 108000},
-        {"01:00:10:00", 25, false, 0, 90250},
-        {"00:00:01:05", 24, false, 0, 29},
-        // The effective timebase: 0 and negative read as 30.
-        {"00:00:01:00", 0, false, 0, 30},
-        {"00:00:01:00", -25, false, 0, 30},
-        // Three fields are unreadable; surrounding white space is not.
-        {"01:00:00", 30, false, 0, 0},
-        {"", 30, false, 0, 0},
-        {" \t01:00:00:00\r\n", 30, false, 0, 108000},
-        // Either separator anywhere; fields past the fourth ignored; junk fields read as 0.
-        {"01;00;00;00", 30, false, 0, 108000},
-        {"00:00:01:02:99", 30, false, 0, 32},
-        {"aa:bb:01:xx", 30, false, 0, 30},
-        {"00:00:01:5x", 30, false, 0, 35},
-        // Drop frame (its minute boundaries are covered whole by the property tests): only
-        // the flag decides, not the separator in the text.
-        {"00:01:00:02", 30, true, 0, 1800},
-        {"00:01:00;02", 30, false, 0, 1802},
-        // The start frame is subtracted and wraps below zero.
-        {"01:00:10:00", 25, false, 90000, 250},
-        {"00:00:00:05", 30, false, 10, maxCount - 4},
-        {"00:59:59:00", 25, false, 90000, maxCount - 24}};
-    for (const auto &c : cases) {
-        for (const bool ntsc : {false, true}) {
-            EXPECT_EQ(QFTimecode::frameCountFromTimecode(QString::fromUtf8(c.timecode), c.timebase,
-                                                         ntsc, c.dropFrame, c.startFrame),
-                      c.expected)
-                << c.timecode << " at " << c.timebase << (ntsc ? " ntsc" : "")
-                << (c.dropFrame ? " DF" : "");
-        }
-    }
+    // The NTSC flag changes nothing in the reading.
+    const auto frames = [](const char *timecode, int timebase, bool dropFrame = false,
+                           quint64 start = 0) {
+        const QString text = QString::fromUtf8(timecode);
+        const quint64 count =
+            QFTimecode::frameCountFromTimecode(text, timebase, false, dropFrame, start);
+        EXPECT_EQ(QFTimecode::frameCountFromTimecode(text, timebase, true, dropFrame, start), count)
+            << timecode;
+        return count;
+    };
+    // Plain non-drop readings.
+    EXPECT_EQ(frames("01:00:00:00", 30), 108000u);
+    EXPECT_EQ(frames("01:00:10:00", 25), 90250u);
+    EXPECT_EQ(frames("00:00:01:05", 24), 29u);
+    // The effective timebase: 0 and negative read as 30.
+    EXPECT_EQ(frames("00:00:01:00", 0), 30u);
+    EXPECT_EQ(frames("00:00:01:00", -25), 30u);
+    // Three fields are unreadable; surrounding white space is not.
+    EXPECT_EQ(frames("01:00:00", 30), 0u);
+    EXPECT_EQ(frames("", 30), 0u);
+    EXPECT_EQ(frames(" \t01:00:00:00\r\n", 30), 108000u);
+    // Either separator anywhere; fields past the fourth ignored; junk fields read as 0.
+    EXPECT_EQ(frames("01;00;00;00", 30), 108000u);
+    EXPECT_EQ(frames("00:00:01:02:99", 30), 32u);
+    EXPECT_EQ(frames("aa:bb:01:xx", 30), 30u);
+    EXPECT_EQ(frames("00:00:01:5x", 30), 35u);
+    // Drop frame (its minute boundaries are covered whole by the property tests): only
+    // the flag decides, not the separator in the text.
+    EXPECT_EQ(frames("00:01:00:02", 30, true), 1800u);
+    EXPECT_EQ(frames("00:01:00;02", 30), 1802u);
+    // The start frame is subtracted and wraps below zero.
+    EXPECT_EQ(frames("01:00:10:00", 25, false, 90000), 250u);
+    EXPECT_EQ(frames("00:00:00:05", 30, false, 10), maxCount - 4);
+    EXPECT_EQ(frames("00:59:59:00", 25, false, 90000), maxCount - 24);
 }
 
 TEST(TimecodeFromFrameCount, Prints)
 {
-    const struct
-    {
-        quint64 count;
-        int timebase;
-        bool dropFrame;
-        quint64 startFrame;
-        const char *expected;
-    } cases[] = {{108000, 30, false, 0, "01:00:00:00"},
-                 {0, 25, false, 0, "00:00:00:00"},
-                 {30 * 3600 * 25, 30, false, 0, "01:00:00:00"}, // hours wrap at 24
-                 {5, 30, false, 10, "00:00:00:15"},
-                 {31, 0, false, 0, "00:00:01:01"},
-                 {31, -1, false, 0, "00:00:01:01"},
-                 // Ten-minute blocks of 18000 frames: the display steps back once.
-                 {17982, 30, true, 0, "00:10:00;02"},
-                 {17999, 30, true, 0, "00:10:00;19"},
-                 {18000, 30, true, 0, "00:10:00;18"},
-                 {107892, 30, true, 0, "01:00:00;00"}};
-    for (const auto &c : cases) {
-        for (const bool ntsc : {false, true}) {
-            EXPECT_EQ(QFTimecode::timecodeFromFrameCount(c.count, c.timebase, ntsc, c.dropFrame,
-                                                         c.startFrame),
-                      QString::fromUtf8(c.expected))
-                << c.count << " at " << c.timebase << (c.dropFrame ? " DF" : "");
-        }
-    }
+    // The NTSC flag changes nothing in the printing.
+    const auto print = [](quint64 count, int timebase, bool dropFrame = false, quint64 start = 0) {
+        const QString text =
+            QFTimecode::timecodeFromFrameCount(count, timebase, false, dropFrame, start);
+        EXPECT_EQ(QFTimecode::timecodeFromFrameCount(count, timebase, true, dropFrame, start), text)
+            << count;
+        return text;
+    };
+    EXPECT_EQ(print(108000, 30), u"01:00:00:00");
+    EXPECT_EQ(print(0, 25), u"00:00:00:00");
+    EXPECT_EQ(print(30 * 3600 * 25, 30), u"01:00:00:00"); // hours wrap at 24
+    EXPECT_EQ(print(5, 30, false, 10), u"00:00:00:15");
+    EXPECT_EQ(print(31, 0), u"00:00:01:01");
+    EXPECT_EQ(print(31, -1), u"00:00:01:01");
+    // Ten-minute blocks of 18000 frames: the display steps back once.
+    EXPECT_EQ(print(17982, 30, true), u"00:10:00;02");
+    EXPECT_EQ(print(17999, 30, true), u"00:10:00;19");
+    EXPECT_EQ(print(18000, 30, true), u"00:10:00;18");
+    EXPECT_EQ(print(107892, 30, true), u"01:00:00;00");
 }
 
 TEST(TimecodeFromFrameCount, HugeCountsPrintWithoutFailing)
@@ -99,38 +85,26 @@ TEST(TimecodeFromFrameCount, HugeCountsPrintWithoutFailing)
 
 TEST(TimecodeFromUserString, Expands)
 {
-    const struct
-    {
-        const char *typed;
-        bool dropFrame;
-        const char *start;
-        const char *expected;
-    } cases[] = {{"1...", false, nullptr, "01:00:00:00"},
-                 {"1....", false, nullptr, "00:00:00:00"},
-                 {"5", false, nullptr, "00:00:00:05"},
-                 {"1.5", false, nullptr, "00:00:01:05"},
-                 {"1,2,3,4", false, nullptr, "01:02:03:04"},
-                 {"1:00:00:00", false, nullptr, "01:00:00:00"},
-                 {"123456789", false, nullptr, "23:45:67:89"},
-                 {"", false, nullptr, "00:00:00:00"},
-                 {"", true, "", "00:00:00;00"},
-                 {"1..", true, nullptr, "00:01:00;00"},
-                 {"12345", true, nullptr, "00:01:23;45"},
-                 {"12345", false, nullptr, "00:01:23:45"},
-                 {"5", false, "01:00:00:00", "01:00:00:05"},
-                 {"2,,", false, nullptr, "00:02:00:00"},
-                 {"10.", false, nullptr, "00:00:10:00"},
-                 {"1:2", false, nullptr, "00:00:00:12"},
-                 {"abcdefghijk", false, nullptr, "abcdefghijk"},
-                 {"99:99:99;99", true, nullptr, "99:99:99;99"},
-                 {"7", false, "12:34", "12:07"}};
-    for (const auto &c : cases) {
-        const QString start = c.start ? QString::fromUtf8(c.start) : QString();
-        EXPECT_EQ(
-            QFTimecode::timecodeFromUserString(QString::fromUtf8(c.typed), c.dropFrame, start),
-            QString::fromUtf8(c.expected))
-            << '"' << c.typed << '"' << (c.dropFrame ? " DF" : "");
+    const std::pair<const char *, const char *> nonDrop[] = {
+        {"1...", "01:00:00:00"},       {"1....", "00:00:00:00"},   {"5", "00:00:00:05"},
+        {"1.5", "00:00:01:05"},        {"1,2,3,4", "01:02:03:04"}, {"1:00:00:00", "01:00:00:00"},
+        {"123456789", "23:45:67:89"},  {"", "00:00:00:00"},        {"12345", "00:01:23:45"},
+        {"2,,", "00:02:00:00"},        {"10.", "00:00:10:00"},     {"1:2", "00:00:00:12"},
+        {"abcdefghijk", "abcdefghijk"}};
+    for (const auto &[typed, expected] : nonDrop) {
+        EXPECT_EQ(QFTimecode::timecodeFromUserString(QString::fromUtf8(typed), false, QString()),
+                  QString::fromUtf8(expected))
+            << '"' << typed << '"';
     }
+    // Drop frame, and a start the typed digits are filled into.
+    EXPECT_EQ(QFTimecode::timecodeFromUserString(u""_qs, true, u""_qs), u"00:00:00;00");
+    EXPECT_EQ(QFTimecode::timecodeFromUserString(u"1.."_qs, true, QString()), u"00:01:00;00");
+    EXPECT_EQ(QFTimecode::timecodeFromUserString(u"12345"_qs, true, QString()), u"00:01:23;45");
+    EXPECT_EQ(QFTimecode::timecodeFromUserString(u"99:99:99;99"_qs, true, QString()),
+              u"99:99:99;99");
+    EXPECT_EQ(QFTimecode::timecodeFromUserString(u"5"_qs, false, u"01:00:00:00"_qs),
+              u"01:00:00:05");
+    EXPECT_EQ(QFTimecode::timecodeFromUserString(u"7"_qs, false, u"12:34"_qs), u"12:07");
 }
 
 TEST(FrameRateFromTimebase, NtscOnlyForTheThreeStandardRates)
