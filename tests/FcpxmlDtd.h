@@ -13,11 +13,11 @@ inline QString problems(const QByteArray &bytes)
 {
     const auto document = XmlDocument::fromBytes(bytes);
     if (!document)
-        return QStringLiteral("not well-formed");
+        return u"not well-formed"_qs;
     const QString version = document->rootElement().attributeValue("version");
     const FCPXMLDtd &dtd = FCPXMLDtd::forDocument(*document);
     if (dtd.version() != version)
-        return QStringLiteral("no DTD for FCPXML version \"%1\"").arg(version);
+        return u"no DTD for FCPXML version \"%1\""_qs.arg(version);
     return dtd.checkDocument(*document);
 }
 

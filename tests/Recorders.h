@@ -22,7 +22,7 @@ public:
     {
         {
             QMutexLocker lock(&m_mutex);
-            m_shown << content.messageText + QStringLiteral(" / ") + content.informativeText;
+            m_shown << content.messageText + u" / "_qs + content.informativeText;
         }
         answered(answer);
         return nullptr;
@@ -55,10 +55,8 @@ public:
     bool openFile(const QString &path, const QString &identifier, LaunchOptions options) override
     {
         QMutexLocker lock(&m_mutex);
-        m_opened << QStringLiteral("%1 with '%2'%3")
-                        .arg(path, identifier,
-                             options == Asynchronous ? QStringLiteral(", asynchronously")
-                                                     : QString());
+        m_opened << u"%1 with '%2'%3"_qs.arg(
+            path, identifier, options == Asynchronous ? u", asynchronously"_qs : QString());
         return true;
     }
     /// "<path> with '<identifier>'[, asynchronously]" of each request so far.

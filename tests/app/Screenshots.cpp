@@ -43,9 +43,9 @@ bool shoot(const QWidget &window, const QString &path)
 int main(int argc, char *argv[])
 {
     QApplication app(argc, argv);
-    QApplication::setOrganizationName(QStringLiteral("Quillfen"));
-    QApplication::setApplicationName(QStringLiteral("Cuebridge"));
-    QApplication::setWindowIcon(QIcon(QStringLiteral(":/images/cuebridge.png")));
+    QApplication::setOrganizationName(u"Quillfen"_qs);
+    QApplication::setApplicationName(u"Cuebridge"_qs);
+    QApplication::setWindowIcon(QIcon(u":/images/cuebridge.png"_qs));
     if (argc != 4) {
         std::fputs("usage: cuebridge-screenshots MARKER_LIST TARGET OUTPUT_FOLDER\n", stderr);
         return 64;
@@ -57,7 +57,7 @@ int main(int argc, char *argv[])
     QTemporaryDir work;
     const QString target = work.filePath(QFileInfo(QString::fromLocal8Bit(argv[2])).fileName());
     QFile::copy(QString::fromLocal8Bit(argv[2]), target);
-    QFUserDefaults::standardUserDefaults().setObject(target, QStringLiteral("lastProject"));
+    QFUserDefaults::standardUserDefaults().setObject(target, u"lastProject"_qs);
 
     AppController controller;
     controller.openFiles({markerList});
@@ -67,14 +67,14 @@ int main(int argc, char *argv[])
     document->move(60, 40);
     if (!waitFor([&] { return !document->session().items().isEmpty(); }))
         return 2;
-    if (!shoot(*document, output + QStringLiteral("/window.png")))
+    if (!shoot(*document, output + u"/window.png"_qs))
         return 3;
 
     document->sendToFCP();
     QMessageBox *sheet = nullptr;
     if (!waitFor([&] { return (sheet = document->findChild<QMessageBox *>()) != nullptr; }))
         return 4;
-    if (!shoot(*document, output + QStringLiteral("/imported.png")))
+    if (!shoot(*document, output + u"/imported.png"_qs))
         return 5;
     sheet->accept();
     waitFor([&] { return !document->session().isBusy(); });
@@ -87,7 +87,7 @@ int main(int argc, char *argv[])
                 prefs = widget;
         return prefs != nullptr;
     });
-    if (!prefs || !shoot(*prefs, output + QStringLiteral("/preferences.png")))
+    if (!prefs || !shoot(*prefs, output + u"/preferences.png"_qs))
         return 6;
     return 0;
 }

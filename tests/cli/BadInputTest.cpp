@@ -245,8 +245,7 @@ TEST_F(BadInput, AnImportKilledAtAnyMomentLeavesTheOriginalOrTheWholeResult)
     // Enough markers that a run lasts a while and the kills land in every phase of it.
     QByteArray list = "#\tTrack\tName\tComment\tStart\tDuration\tColor\n";
     for (int i = 0; i < 5000; ++i)
-        list += QStringLiteral("%1\tV1\tMarker %1\tNote\t%2:%3:%4:10\t00:00:01:00\tRed\n")
-                    .arg(i + 1)
+        list += u"%1\tV1\tMarker %1\tNote\t%2:%3:%4:10\t00:00:01:00\tRed\n"_qs.arg(i + 1)
                     .arg(1 + i / 3600, 2, 10, QChar(u'0'))
                     .arg(i / 60 % 60, 2, 10, QChar(u'0'))
                     .arg(i % 60, 2, 10, QChar(u'0'))

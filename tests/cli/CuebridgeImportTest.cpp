@@ -265,7 +265,7 @@ TEST_F(Cli, OutputGoesElsewhereAndListShowsTheItems)
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(TempHome::read(target), before);
     EXPECT_EQ(inOut(home.filePath(u"out.xml"_qs)), QList<InOut>({{250, 375}}));
-    EXPECT_TRUE(result.out.contains(QStringLiteral("Result: ") + home.filePath(u"out.xml"_qs)));
+    EXPECT_TRUE(result.out.contains(u"Result: "_qs + home.filePath(u"out.xml"_qs)));
 
     const Outcome list = run({u"--list"_qs, target}); // no marker list needed
     EXPECT_EQ(list.status, 0);
@@ -288,7 +288,7 @@ TEST_F(Cli, AnFcpxLibraryIsListedAndImportedIntoACopy)
     const QString target = home.copyOfData(u"library.fcpxml"_qs);
     const QByteArray before = TempHome::read(target);
     const Outcome list = run({u"--list"_qs, target});
-    EXPECT_EQ(list.out, QStringLiteral("Cut 3\t%1\n").arg(librarySequence));
+    EXPECT_EQ(list.out, u"Cut 3\t%1\n"_qs.arg(librarySequence));
 
     const Outcome result =
         run({u"--todo"_qs, u"--sequence"_qs, librarySequence,

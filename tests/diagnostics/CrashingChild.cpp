@@ -21,7 +21,7 @@ namespace {
 int main(int argc, char **argv)
 {
     QCoreApplication app(argc, argv);
-    QCoreApplication::setApplicationName(QStringLiteral("Cuebridge"));
+    QCoreApplication::setApplicationName(u"Cuebridge"_qs);
     QFBugReporter::installCrashReportWriter();
     if (argc > 1 && std::strcmp(argv[1], "abort") == 0)
         std::abort();

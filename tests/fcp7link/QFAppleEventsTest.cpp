@@ -57,7 +57,7 @@ protected:
     {
         LoggedTest::SetUp();
         ConsoleCapture::clear();
-        project = addProject(QStringLiteral("Review Cut.fcp"));
+        project = addProject(u"Review Cut.fcp"_qs);
         editor.openProjects << project;
     }
 
@@ -70,7 +70,7 @@ protected:
                                    "<sequence><name>A</name></sequence><sequence/>"
                                    "<clip><sequence><name>B</name></sequence></clip>"
                                    "</children></bin></xmeml>";
-        contents.items.insert(QStringLiteral("U-1"), itemXml + QByteArray(1, '\0'));
+        contents.items.insert(u"U-1"_qs, itemXml + QByteArray(1, '\0'));
         editor.projects.insert(path, contents);
         return path;
     }

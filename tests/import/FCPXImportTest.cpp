@@ -18,7 +18,7 @@
 
 namespace {
 
-const QString sequencePath = QStringLiteral("/fcpxml/library/event/project/sequence");
+const QString sequencePath = u"/fcpxml/library/event/project/sequence"_qs;
 
 /// A library-form document (FCPXML 1.8) with the spine's content given.
 QByteArray library(const QString &spine, const QString &frameDuration = u"100/2500s"_qs,
@@ -112,10 +112,9 @@ protected:
             const auto attribute = [&marker](const char *name) {
                 return marker.attributeForName(QLatin1StringView(name)).stringValue();
             };
-            found << QStringLiteral("%1 %2 %3%4")
-                         .arg(marker.parent().attributeForName(u"name"_qs).stringValue(),
-                              attribute("start"), attribute("value"),
-                              attribute("completed") == u"0" ? u" todo"_qs : u""_qs);
+            found << u"%1 %2 %3%4"_qs.arg(
+                marker.parent().attributeForName(u"name"_qs).stringValue(), attribute("start"),
+                attribute("value"), attribute("completed") == u"0" ? u" todo"_qs : u""_qs);
         }
         return found;
     }
@@ -124,8 +123,8 @@ protected:
     QStringList children(const QString &clipName) const
     {
         const auto document = XmlDocument::fromBytes(output);
-        const XmlNode clip = QFXMLParser::nodeForQuery(
-            QStringLiteral("//*[@name=\"%1\"]").arg(clipName), document->rootElement());
+        const XmlNode clip = QFXMLParser::nodeForQuery(u"//*[@name=\"%1\"]"_qs.arg(clipName),
+                                                       document->rootElement());
         QStringList names;
         for (XmlNode child = clip.childAt(0); child; child = child.nextSibling())
             names << (child.name() == u"marker" ? child.attributeForName(u"value"_qs).stringValue()
@@ -361,7 +360,7 @@ TEST_F(FCPXImportTest, AProjectIsSentRenamedAsANewFileAndTheUsersFileIsKept)
     EXPECT_EQ(host->calls,
               (QStringList{u"process start"_qs, u"process stop"_qs,
                            u"sheet Markers successfully imported"_qs, u"process stop"_qs}));
-    EXPECT_TRUE(log().contains(QStringLiteral("Writing data to temp file %1...").arg(path)));
+    EXPECT_TRUE(log().contains(u"Writing data to temp file %1..."_qs.arg(path)));
 }
 
 TEST_F(FCPXImportTest, ABundleGivesANewBundleHoldingOnlyInfoFcpxml)

@@ -17,7 +17,7 @@ constexpr double fps = 25.0;
 
 QString times(int offset, int duration)
 {
-    return QStringLiteral("offset=\"%1/25s\" duration=\"%2/25s\"").arg(offset).arg(duration);
+    return u"offset=\"%1/25s\" duration=\"%2/25s\""_qs.arg(offset).arg(duration);
 }
 
 TEST(ClipSearch, FindsTheFirstClipInDocumentOrderThatHoldsThePosition)
@@ -48,11 +48,11 @@ TEST(ClipSearch, FindsTheFirstClipInDocumentOrderThatHoldsThePosition)
              cursor += 3;
              switch (random.bounded(5)) {
              case 0:
-                 return QStringLiteral("duration=\"3/25s\"");
+                 return u"duration=\"3/25s\""_qs;
              case 1:
-                 return QStringLiteral("offset=\"%1/25s\" duration=\"1/0s\"").arg(cursor);
+                 return u"offset=\"%1/25s\" duration=\"1/0s\""_qs.arg(cursor);
              case 2:
-                 return QStringLiteral("offset=\"0/0s\" duration=\"3/25s\"");
+                 return u"offset=\"0/0s\" duration=\"3/25s\""_qs;
              default:
                  return times(cursor - 3, 3);
              }
@@ -133,7 +133,7 @@ TEST(MarkerInsertion, KeepsEveryClipKindValidInEveryVersion)
                         xml += u"<"_qs + child + u"/>"_qs;
                 }
                 xml += u"</"_qs + clipName + u">"_qs;
-                SCOPED_TRACE(QStringLiteral("FCPXML %1: %2").arg(version, xml).toStdString());
+                SCOPED_TRACE(u"FCPXML %1: %2"_qs.arg(version, xml).toStdString());
                 const auto document = XmlDocument::fromBytes(xml.toUtf8());
                 XmlNode clip = document->rootElement();
                 ASSERT_EQ(dtd.checkElements({clip}), QString()) << "the input is valid";

@@ -18,7 +18,7 @@ QFMarkerRecord record(std::initializer_list<const char *> fields)
     return result;
 }
 
-const QString header = QStringLiteral("#\tTrack\tName\tComment\tStart\tDuration\tColor");
+const QString header = u"#\tTrack\tName\tComment\tStart\tDuration\tColor"_qs;
 const QFMarkerRecord headerRecord =
     record({"#", "Track", "Name", "Comment", "Start", "Duration", "Color"});
 
@@ -30,8 +30,8 @@ QString interleaveNuls(const QString &text)
     return result;
 }
 
-const QString line1 = QStringLiteral("1\tV1\tIntro\tFade up\t01:00:00:00\t00:00:02:00\tBlue");
-const QString line2 = QStringLiteral("2\tV1\tCut\tToo long\t01:00:05:00\t00:00:00:00\tRed");
+const QString line1 = u"1\tV1\tIntro\tFade up\t01:00:00:00\t00:00:02:00\tBlue"_qs;
+const QString line2 = u"2\tV1\tCut\tToo long\t01:00:05:00\t00:00:00:00\tRed"_qs;
 const QFMarkerRecord record1 =
     record({"1", "V1", "Intro", "Fade up", "01:00:00:00", "00:00:02:00", "Blue"});
 const QFMarkerRecord record2 =
@@ -173,12 +173,12 @@ TEST(ParseMarkersFromText, ManyIncompleteLinesStayLinear)
     // literally this would copy gigabytes.
     QString text = header + u'\n';
     for (int i = 0; i < 200000; ++i)
-        text += QStringLiteral("word\n");
-    text += QStringLiteral("a\tb\tc\td\te\tf\tg\n");
+        text += u"word\n"_qs;
+    text += u"a\tb\tc\td\te\tf\tg\n"_qs;
     const Records records = QFFCP7MarkerListParser::parseMarkersFromText(text);
     ASSERT_EQ(records.size(), 2);
     EXPECT_EQ(records[1].size(), 7);
-    EXPECT_TRUE(records[1][0].startsWith(QStringLiteral("word\nword\n")));
+    EXPECT_TRUE(records[1][0].startsWith(u"word\nword\n"_qs));
     EXPECT_EQ(records[1][6], "g");
 }
 

@@ -16,7 +16,7 @@ public:
 
     TargetKind &targetKind() override { return kind; }
     QString markerListPath() const override { return m_markerListPath; }
-    void setProjectPath(const QString &path) override { record(QStringLiteral("path ") + path); }
+    void setProjectPath(const QString &path) override { record(u"path "_qs + path); }
     void setLoadSpinnerRunning(bool running) override
     {
         record(running ? u"load start"_qs : u"load stop"_qs);
@@ -37,7 +37,7 @@ public:
     void addItemToSequencePopUp(const SequenceItem &item) override
     {
         items.append(item);
-        record(QStringLiteral("item ") + item.title);
+        record(u"item "_qs + item.title);
     }
     void setToDoMarkerCheckEnabled(bool enabled) override
     {
@@ -45,7 +45,7 @@ public:
     }
     void showAlert(const ImportOutcome &outcome) override
     {
-        alerts << outcome.messageText + QStringLiteral(" / ") + outcome.informativeText;
+        alerts << outcome.messageText + u" / "_qs + outcome.informativeText;
         record((outcome.alertParent == ImportOutcome::AlertParent::DocumentWindow ? u"sheet "_qs
                                                                                   : u"alert "_qs) +
                outcome.messageText);

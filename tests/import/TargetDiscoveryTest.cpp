@@ -38,9 +38,9 @@ TEST_F(DiscoveryTest, TheExtensionDecidesTheKindWhateverItsCase)
         ASSERT_TRUE(TargetDiscovery::openFilename(host, path));
         EXPECT_EQ(host.kind.isFCPX, c.fcpx) << c.name;
         EXPECT_EQ(host.kind.isXMLFile, c.xmlFile) << c.name;
-        EXPECT_EQ(host.calls.last(), QStringLiteral("path ") + path);
+        EXPECT_EQ(host.calls.last(), u"path "_qs + path);
     }
-    EXPECT_FALSE(TargetDiscovery::openFilename(host, home.path() + QStringLiteral("/missing.xml")));
+    EXPECT_FALSE(TargetDiscovery::openFilename(host, home.path() + u"/missing.xml"_qs));
     EXPECT_FALSE(TargetDiscovery::openFilename(host, QString()));
 }
 
@@ -105,8 +105,7 @@ TEST_F(DiscoveryTest, ABundleWithoutFcpxmlIsReported)
         QStringList(u"Failed to open file / Could not locate any XML files inside bundle."_qs));
     EXPECT_EQ(host.calls.mid(3),
               QStringList({u"enable"_qs, u"load stop"_qs, u"alert Failed to open file"_qs}));
-    EXPECT_TRUE(log().contains(QStringLiteral("Could not locate any FCPXML files inside bundle ") +
-                               bundle));
+    EXPECT_TRUE(log().contains(u"Could not locate any FCPXML files inside bundle "_qs + bundle));
 
     home.copyOfData(u"library.fcpxml"_qs, u"Empty.fcpxmld/Info.fcpxml"_qs);
     host.alerts.clear();

@@ -27,7 +27,7 @@ protected:
     void installRunner(const char *name, const char *action)
     {
         const QString script = home.filePath(QLatin1StringView(name));
-        TempHome::write(script, QStringLiteral("#!/bin/sh\necho \"$@\" >> '%1.calls'\n%2\n")
+        TempHome::write(script, u"#!/bin/sh\necho \"$@\" >> '%1.calls'\n%2\n"_qs
                                     .arg(script, QLatin1StringView(action))
                                     .toUtf8());
         QFile::setPermissions(script, QFile::permissions(script) | QFile::ExeOwner);
@@ -68,7 +68,7 @@ TEST_F(FileTest, CreateDirectory)
     EXPECT_TRUE(QFFileManager::createDirectory(home.path() + "/a/b/c")); // already there
 
     testing::internal::CaptureStderr();
-    EXPECT_FALSE(QFFileManager::createDirectory(QStringLiteral("/Volumes/Missing/x")));
+    EXPECT_FALSE(QFFileManager::createDirectory(u"/Volumes/Missing/x"_qs));
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
               "Unable to create directory. Drive is not mounted.\n");
     EXPECT_TRUE(calls().isEmpty()) << "no password asked for a missing volume";

@@ -12,14 +12,14 @@ namespace {
 
 QVariantMap sample()
 {
-    return {{"string", QStringLiteral("Zoë & co")},
+    return {{"string", u"Zoë & co"_qs},
             {"true", true},
             {"integer", qlonglong(-42)},
             {"real", 2.5},
             {"data", QByteArray("\x00\x01\xff", 3)},
             {"date", QDateTime(QDate(2014, 5, 1), QTime(14, 3, 22), Qt::UTC)},
-            {"list", QVariantList{1, QStringLiteral("two")}},
-            {"dict", QVariantMap{{"nested", QStringLiteral("yes")}}}};
+            {"list", QVariantList{1, u"two"_qs}},
+            {"dict", QVariantMap{{"nested", u"yes"_qs}}}};
 }
 
 TEST(PropertyList, EveryTypeSurvivesARoundTripInBothFormats)
@@ -68,7 +68,7 @@ TEST(UserDefaults, StoredValuesOverRegisteredDefaults)
         defaults.registerDefaults({{"stripWhitespace", 1}, {"offsetValue", 0}});
         EXPECT_TRUE(defaults.boolForKey("stripWhitespace"));
         EXPECT_FALSE(defaults.objectForKey("lastProject").isValid());
-        defaults.setObject(QStringLiteral("/tmp/a.xml"), "lastProject");
+        defaults.setObject(u"/tmp/a.xml"_qs, "lastProject");
         defaults.setObject(false, "stripWhitespace");
         defaults.synchronize();
     }

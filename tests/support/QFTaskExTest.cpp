@@ -88,7 +88,7 @@ TEST_F(TaskTest, CaptureOutputElseErrors)
 TEST_F(TaskTest, StringsDefaultToSevenBitAscii)
 {
     const QString text = QFTaskEx::stringFromTask("/bin/printf", {"caf\\303\\251"});
-    EXPECT_EQ(text, QStringLiteral("caf\uFFFD\uFFFD"));
+    EXPECT_EQ(text, u"caf\uFFFD\uFFFD"_qs);
     EXPECT_EQ(QFTaskEx::stringFromTask("/bin/printf", {"caf\\303\\251"}, QFTaskEx::Encoding::UTF8),
               QString::fromUtf8("café"));
 }

@@ -178,8 +178,7 @@ TEST(Formatting, FieldsSeparatorsAndFilenames)
 
 TEST(TimeOfDay, HasTimecodeShapeAndFramesBelowRate)
 {
-    static const QRegularExpression shape(
-        QStringLiteral("^(\\d\\d):(\\d\\d):(\\d\\d)([:;])(\\d\\d)$"));
+    static const QRegularExpression shape(u"^(\\d\\d):(\\d\\d):(\\d\\d)([:;])(\\d\\d)$"_qs);
     const QRegularExpressionMatch drop = shape.match(QFTimecode::timeOfDayTimecode(30, true, true));
     ASSERT_TRUE(drop.hasMatch());
     EXPECT_EQ(drop.captured(4), ";");

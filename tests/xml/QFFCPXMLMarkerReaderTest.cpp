@@ -19,7 +19,7 @@ QStringList describe(const QList<QVariantMap> &records)
     QStringList descriptions;
     for (const QVariantMap &record : records) {
         if (record.isEmpty()) {
-            descriptions << QStringLiteral("{}");
+            descriptions << u"{}"_qs;
             continue;
         }
         const QVariant position = record.contains(u"seconds"_qs)

@@ -60,15 +60,14 @@ protected:
         LoggedTest::SetUp();
         xmeml = loadTestDocument("project.xml");
         ASSERT_TRUE(xmeml);
-        sequence =
-            QFXMLParser::nodeForQuery(QStringLiteral("./xmeml[1]//sequence[1]"), xmeml->node());
+        sequence = QFXMLParser::nodeForQuery(u"./xmeml[1]//sequence[1]"_qs, xmeml->node());
         ASSERT_FALSE(sequence.isNull());
     }
 
     XmlNode clip(const char *id) const
     {
-        return QFXMLParser::nodeForQuery(
-            QStringLiteral(".//clipitem[@id=\"%1\"]").arg(QLatin1String(id)), sequence);
+        return QFXMLParser::nodeForQuery(u".//clipitem[@id=\"%1\"]"_qs.arg(QLatin1String(id)),
+                                         sequence);
     }
 
     std::unique_ptr<XmlDocument> xmeml;
@@ -77,32 +76,26 @@ protected:
 
 TEST_F(QueryHelpers, SingleValuesAndLists)
 {
-    EXPECT_EQ(
-        QFXMLParser::stringValueForQuery(QStringLiteral("./timecode/rate/timebase"), sequence),
-        u"25");
-    EXPECT_TRUE(QFXMLParser::stringValueForQuery(QStringLiteral("./nothing"), sequence).isNull());
-    EXPECT_EQ(QFXMLParser::stringValueForQuery(QStringLiteral("(.//marker)[2]/comment"), sequence),
-              u"");
-    EXPECT_FALSE(
-        QFXMLParser::stringValueForQuery(QStringLiteral("(.//marker)[2]/comment"), sequence)
-            .isNull());
-    EXPECT_TRUE(QFXMLParser::nodeForQuery(QStringLiteral("./nothing"), sequence).isNull());
+    EXPECT_EQ(QFXMLParser::stringValueForQuery(u"./timecode/rate/timebase"_qs, sequence), u"25");
+    EXPECT_TRUE(QFXMLParser::stringValueForQuery(u"./nothing"_qs, sequence).isNull());
+    EXPECT_EQ(QFXMLParser::stringValueForQuery(u"(.//marker)[2]/comment"_qs, sequence), u"");
+    EXPECT_FALSE(QFXMLParser::stringValueForQuery(u"(.//marker)[2]/comment"_qs, sequence).isNull());
+    EXPECT_TRUE(QFXMLParser::nodeForQuery(u"./nothing"_qs, sequence).isNull());
 
-    EXPECT_EQ(QFXMLParser::stringValuesForQuery(QStringLiteral(".//marker/name"), sequence),
+    EXPECT_EQ(QFXMLParser::stringValuesForQuery(u".//marker/name"_qs, sequence),
               (QStringList{"On B", "Sequence marker"}));
-    EXPECT_EQ(QFXMLParser::stringValuesForQuery(QStringLiteral(".//nothing"), sequence),
-              std::nullopt);
-    EXPECT_EQ(QFXMLParser::stringValueForQuery(QStringLiteral("./x"), XmlNode()), QString());
+    EXPECT_EQ(QFXMLParser::stringValuesForQuery(u".//nothing"_qs, sequence), std::nullopt);
+    EXPECT_EQ(QFXMLParser::stringValueForQuery(u"./x"_qs, XmlNode()), QString());
 }
 
 TEST_F(QueryHelpers, QueriesOverSeveralNodesKeepTheirOrder)
 {
-    const QList<XmlNode> tracks = sequence.nodesForXPath(QStringLiteral(".//track"));
+    const QList<XmlNode> tracks = sequence.nodesForXPath(u".//track"_qs);
     ASSERT_EQ(tracks.size(), 3);
-    EXPECT_EQ(describe(QFXMLParser::queryNodes({tracks[2], tracks[1], tracks[2]},
-                                               QStringLiteral("./clipitem"))),
-              (QStringList{"clipitem:Y", "clipitem:Z", "clipitem:W", "clipitem:Y", "clipitem:Z"}));
-    EXPECT_TRUE(QFXMLParser::queryNodes({}, QStringLiteral("./clipitem")).isEmpty());
+    EXPECT_EQ(
+        describe(QFXMLParser::queryNodes({tracks[2], tracks[1], tracks[2]}, u"./clipitem"_qs)),
+        (QStringList{"clipitem:Y", "clipitem:Z", "clipitem:W", "clipitem:Y", "clipitem:Z"}));
+    EXPECT_TRUE(QFXMLParser::queryNodes({}, u"./clipitem"_qs).isEmpty());
 }
 
 TEST_F(QueryHelpers, UnionOfQueriesInQueryOrderEachNodeOnce)
@@ -121,8 +114,7 @@ TEST_F(QueryHelpers, IdsDecodePercentEscapesAsAscii)
     EXPECT_EQ(QFXMLParser::idAttributeForNode(clip("A")), u"A");
     EXPECT_EQ(QFXMLParser::idAttributeForNode(clip("Reel%201")), u"Reel 1");
     EXPECT_TRUE(
-        QFXMLParser::idAttributeForNode(sequence.nodesForXPath(QStringLiteral("./name")).value(0))
-            .isNull());
+        QFXMLParser::idAttributeForNode(sequence.nodesForXPath(u"./name"_qs).value(0)).isNull());
 
     const auto odd =
         XmlDocument::fromBytes("<r><a id=\"50%\"/><b id=\"%C3%A9\"/><c id=\"%zz\"/></r>");
@@ -140,8 +132,7 @@ TEST_F(QueryHelpers, NamesFallBackToNestedNamesAndThenTheId)
     EXPECT_EQ(QFXMLParser::nameForNode(clip("C")), u"C roll.mov");
     EXPECT_TRUE(QFXMLParser::nameForNode(clip("C"), true).isNull());
     EXPECT_EQ(QFXMLParser::nameForNode(clip("Reel%201")), u"Reel 1");
-    EXPECT_TRUE(QFXMLParser::nameForNode(sequence.nodesForXPath(QStringLiteral(".//rate")).value(0))
-                    .isNull());
+    EXPECT_TRUE(QFXMLParser::nameForNode(sequence.nodesForXPath(u".//rate"_qs).value(0)).isNull());
     EXPECT_TRUE(QFXMLParser::nameForNode(XmlNode()).isNull());
 
     const auto odd = XmlDocument::fromBytes("<r><a><name>100%</name></a><b id=\"x%2\"/></r>");
@@ -161,27 +152,26 @@ TEST_F(QueryHelpers, UuidsHaveNoIdFallback)
 
 TEST(QFXMLParser, FilenamesFromFileUrls)
 {
-    EXPECT_EQ(QFXMLParser::filenameFromPathURLString(
-                  QStringLiteral("file://localhost/Volumes/Media/C%20roll.mov")),
-              u"/Volumes/Media/C roll.mov");
-    EXPECT_EQ(QFXMLParser::filenameFromPathURLString(QStringLiteral("file:///Users/ed/Caf%C3%A9/")),
+    EXPECT_EQ(
+        QFXMLParser::filenameFromPathURLString(u"file://localhost/Volumes/Media/C%20roll.mov"_qs),
+        u"/Volumes/Media/C roll.mov");
+    EXPECT_EQ(QFXMLParser::filenameFromPathURLString(u"file:///Users/ed/Caf%C3%A9/"_qs),
               u"/Users/ed/Caf\u00e9");
-    EXPECT_TRUE(QFXMLParser::filenameFromPathURLString(QStringLiteral("file:///a b.mov")).isNull());
-    EXPECT_TRUE(QFXMLParser::filenameFromPathURLString(QStringLiteral("file:///a%zz")).isNull());
+    EXPECT_TRUE(QFXMLParser::filenameFromPathURLString(u"file:///a b.mov"_qs).isNull());
+    EXPECT_TRUE(QFXMLParser::filenameFromPathURLString(u"file:///a%zz"_qs).isNull());
     EXPECT_TRUE(QFXMLParser::filenameFromPathURLString(QString()).isNull());
 }
 
 TEST_F(QueryHelpers, NearestAncestorByNameStopsAtALimit)
 {
-    const XmlNode marker = clip("B").nodesForXPath(QStringLiteral("./marker")).value(0);
+    const XmlNode marker = clip("B").nodesForXPath(u"./marker"_qs).value(0);
     ASSERT_FALSE(marker.isNull());
-    EXPECT_EQ(describe(QFXMLParser::node(marker, QStringLiteral("clipitem"))), u"clipitem:B");
-    EXPECT_EQ(describe(QFXMLParser::node(marker, QStringLiteral("sequence"))), u"sequence:Cut 3 ");
-    EXPECT_TRUE(QFXMLParser::node(marker, QStringLiteral("sequence"), {"video", "media"}).isNull());
-    EXPECT_FALSE(QFXMLParser::node(marker, QStringLiteral("track"), {"sequence"}).isNull());
-    EXPECT_TRUE(QFXMLParser::node(marker, QStringLiteral("marker")).isNull())
-        << "not the node itself";
-    EXPECT_TRUE(QFXMLParser::node(marker, QStringLiteral("nowhere")).isNull());
+    EXPECT_EQ(describe(QFXMLParser::node(marker, u"clipitem"_qs)), u"clipitem:B");
+    EXPECT_EQ(describe(QFXMLParser::node(marker, u"sequence"_qs)), u"sequence:Cut 3 ");
+    EXPECT_TRUE(QFXMLParser::node(marker, u"sequence"_qs, {"video", "media"}).isNull());
+    EXPECT_FALSE(QFXMLParser::node(marker, u"track"_qs, {"sequence"}).isNull());
+    EXPECT_TRUE(QFXMLParser::node(marker, u"marker"_qs).isNull()) << "not the node itself";
+    EXPECT_TRUE(QFXMLParser::node(marker, u"nowhere"_qs).isNull());
 }
 
 TEST_F(QueryHelpers, NextSiblingClimbsOutOfTheSubtree)
@@ -189,9 +179,8 @@ TEST_F(QueryHelpers, NextSiblingClimbsOutOfTheSubtree)
     EXPECT_EQ(describe(QFXMLParser::nextSiblingForNode(clip("A"))), u"transitionitem");
     const XmlNode lastOfFirstTrack = clip("Reel%201");
     EXPECT_EQ(QFXMLParser::nextSiblingForNode(lastOfFirstTrack),
-              sequence.nodesForXPath(QStringLiteral(".//track[2]")).value(0));
-    const XmlNode lastElement =
-        xmeml->node().nodesForXPath(QStringLiteral("(//*)[last()]")).value(0);
+              sequence.nodesForXPath(u".//track[2]"_qs).value(0));
+    const XmlNode lastElement = xmeml->node().nodesForXPath(u"(//*)[last()]"_qs).value(0);
     EXPECT_TRUE(QFXMLParser::nextSiblingForNode(lastElement).isNull());
     EXPECT_TRUE(QFXMLParser::nextSiblingForNode(XmlNode()).isNull());
 }
@@ -231,9 +220,9 @@ TEST_F(QueryHelpers, AffectedNodesFollowTransitionItemsAlongTheTrack)
 TEST(QFXMLParser, NilArgumentsAnswerNil)
 {
     const XmlNode nil;
-    EXPECT_TRUE(QFXMLParser::nodesForQuery(QStringLiteral("."), nil).isEmpty());
+    EXPECT_TRUE(QFXMLParser::nodesForQuery(u"."_qs, nil).isEmpty());
     EXPECT_TRUE(QFXMLParser::affectedNodesForClip(nil).isEmpty());
-    EXPECT_TRUE(QFXMLParser::node(nil, QStringLiteral("a")).isNull());
+    EXPECT_TRUE(QFXMLParser::node(nil, u"a"_qs).isNull());
     EXPECT_TRUE(QFXMLParser::uuidForNode(nil).isNull());
     EXPECT_TRUE(QFXMLParser::idAttributeForNode(nil).isNull());
 }

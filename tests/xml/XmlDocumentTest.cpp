@@ -106,7 +106,7 @@ TEST_F(LoggedTest, RepairingParseClosesMismatchedTagsAndLogsTheRepair)
 {
     const auto document = parse("<a><b>x</a>", XmlDocument::Parsing::Repairing);
     ASSERT_TRUE(document);
-    EXPECT_EQ(describe(document->rootElement().nodesForXPath(QStringLiteral("./b/text()"))),
+    EXPECT_EQ(describe(document->rootElement().nodesForXPath(u"./b/text()"_qs)),
               QStringList{"text:x"});
     EXPECT_TRUE(log().contains(u"XML repaired: line 1: ")) << log().toStdString();
 }
@@ -121,7 +121,7 @@ TEST_F(LoggedTest, TextThatCannotBeWrittenIsLoggedNotPrinted)
     ASSERT_TRUE(document) << error.toStdString();
     testing::internal::CaptureStderr();
     document->toPrettyXml();
-    for (const XmlNode &element : document->node().nodesForXPath(QStringLiteral("//*")))
+    for (const XmlNode &element : document->node().nodesForXPath(u"//*"_qs))
         element.toPrettyString();
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
     EXPECT_TRUE(log().contains(u"XML output error: ")) << log().toStdString();
@@ -147,7 +147,7 @@ TEST(XmlDocument, AnElementMadeFromAttributeTextsIsTheOneTheParseGives)
             XmlNode::Place::LastChild, u"marker"_qs,
             {{u"value"_qs, first}, {u"duration"_qs, second}});
         const auto parsed = XmlDocument::fromElementString(
-            QStringLiteral("<marker value=\"%1\" duration=\"%2\" />").arg(first, second));
+            u"<marker value=\"%1\" duration=\"%2\" />"_qs.arg(first, second));
         if (!direct)
             continue;
         ++built;
@@ -161,7 +161,7 @@ TEST(XmlDocument, ModeratelyDeepDocumentsParse)
 {
     const auto document = parse(nested(200));
     ASSERT_TRUE(document);
-    EXPECT_EQ(document->node().nodesForXPath(QStringLiteral("//a")).size(), 200);
+    EXPECT_EQ(document->node().nodesForXPath(u"//a"_qs).size(), 200);
 }
 
 TEST(XmlDocument, ExternalEntitiesAndDtdsAreNeverRead)
@@ -221,7 +221,7 @@ TEST(XmlDocument, WhitespaceBetweenElementsIsNotANode)
     ASSERT_TRUE(document);
     const XmlNode root = document->rootElement();
     EXPECT_EQ(root.childCount(), 3);
-    const XmlNode d = root.nodesForXPath(QStringLiteral("./d")).value(0);
+    const XmlNode d = root.nodesForXPath(u"./d"_qs).value(0);
     EXPECT_EQ(d.index(), 2);
     EXPECT_EQ(d.previousSibling().kind(), XmlNode::Kind::Other);
     EXPECT_EQ(d.previousSibling().previousSibling().name(), u"b");
@@ -233,7 +233,7 @@ TEST(XmlDocument, EveryElementsOwnPathFindsItAgain)
 {
     const auto document = loadTestDocument("library.fcpxml");
     ASSERT_TRUE(document);
-    const QList<XmlNode> elements = document->node().nodesForXPath(QStringLiteral("//*|//@*"));
+    const QList<XmlNode> elements = document->node().nodesForXPath(u"//*|//@*"_qs);
     ASSERT_GT(elements.size(), 50);
     for (const XmlNode &node : elements)
         EXPECT_EQ(document->node().nodesForXPath(node.xPath()), QList<XmlNode>{node})
@@ -244,7 +244,7 @@ TEST(XmlDocument, InsertedElementsAreReindentedByThePrettyPrinter)
 {
     const auto document = parse("<a><b/><d/></a>");
     ASSERT_TRUE(document);
-    const auto fragment = XmlDocument::fromElementString(QStringLiteral("<c><e>x</e></c>"));
+    const auto fragment = XmlDocument::fromElementString(u"<c><e>x</e></c>"_qs);
     ASSERT_TRUE(fragment);
     XmlNode root = document->rootElement();
 
@@ -272,16 +272,15 @@ TEST(XmlDocument, DetachedNodesLeaveTheTreeButTheirHandlesStayUsable)
     const auto document = loadTestDocument("project.xml");
     ASSERT_TRUE(document);
     const XmlNode sequence =
-        QFXMLParser::nodeForQuery(QStringLiteral("./xmeml[1]//sequence[1]"), document->node());
-    const QList<XmlNode> markers = sequence.nodesForXPath(QStringLiteral(".//marker"));
+        QFXMLParser::nodeForQuery(u"./xmeml[1]//sequence[1]"_qs, document->node());
+    const QList<XmlNode> markers = sequence.nodesForXPath(u".//marker"_qs);
     ASSERT_EQ(markers.size(), 2);
     for (XmlNode marker : markers)
         marker.detach();
 
-    EXPECT_TRUE(sequence.nodesForXPath(QStringLiteral(".//marker")).isEmpty());
+    EXPECT_TRUE(sequence.nodesForXPath(u".//marker"_qs).isEmpty());
     EXPECT_FALSE(document->toPrettyXml().contains("<marker>"));
-    EXPECT_EQ(QFXMLParser::stringValueForQuery(QStringLiteral("./name[1]"), markers.first()),
-              u"On B");
+    EXPECT_EQ(QFXMLParser::stringValueForQuery(u"./name[1]"_qs, markers.first()), u"On B");
     EXPECT_TRUE(markers.first().parent().isNull());
 }
 
@@ -289,14 +288,14 @@ TEST(XmlDocument, SetStringValueTakesTheTextLiterally)
 {
     const auto document = parse("<sequence id=\"old\"><name>Old <b>bold</b></name></sequence>");
     ASSERT_TRUE(document);
-    XmlNode id = document->rootElement().attributeForName(QStringLiteral("id"));
+    XmlNode id = document->rootElement().attributeForName(u"id"_qs);
     XmlNode name = document->rootElement().childAt(0);
 
-    EXPECT_TRUE(id.setStringValue(QStringLiteral("A & B <\"é\">")));
-    EXPECT_TRUE(name.setStringValue(QStringLiteral("Tom &amp; Jerry")));
+    EXPECT_TRUE(id.setStringValue(u"A & B <\"é\">"_qs));
+    EXPECT_TRUE(name.setStringValue(u"Tom &amp; Jerry"_qs));
 
     EXPECT_EQ(id.stringValue(), u"A & B <\"é\">");
-    EXPECT_EQ(document->rootElement().attributeForName(QStringLiteral("id")), id);
+    EXPECT_EQ(document->rootElement().attributeForName(u"id"_qs), id);
     EXPECT_EQ(name.stringValue(), u"Tom &amp; Jerry");
     EXPECT_EQ(name.childCount(), 1);
     EXPECT_EQ(QString::fromUtf8(document->toPrettyXml()),
@@ -322,9 +321,9 @@ TEST(XmlDocument, NilHandlesAnswerNothing)
     XmlNode nil;
     EXPECT_TRUE(nil.name().isNull());
     EXPECT_TRUE(nil.stringValue().isNull());
-    EXPECT_FALSE(nil.setStringValue(QStringLiteral("x")));
+    EXPECT_FALSE(nil.setStringValue(u"x"_qs));
     EXPECT_TRUE(nil.parent().isNull());
-    EXPECT_TRUE(nil.nodesForXPath(QStringLiteral(".")).isEmpty());
+    EXPECT_TRUE(nil.nodesForXPath(u"."_qs).isEmpty());
     EXPECT_TRUE(nil.xPath().isNull());
     EXPECT_TRUE(nil.insertChild(nil, 0).isNull());
     nil.detach();

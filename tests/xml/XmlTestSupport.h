@@ -26,25 +26,25 @@ inline QString describe(const XmlNode &node)
 {
     switch (node.kind()) {
     case XmlNode::Kind::None:
-        return QStringLiteral("nil");
+        return u"nil"_qs;
     case XmlNode::Kind::Document:
-        return QStringLiteral("document");
+        return u"document"_qs;
     case XmlNode::Kind::Attribute:
         return u'@' + node.name() + u'=' + node.stringValue();
     case XmlNode::Kind::Text:
-        return QStringLiteral("text:") + node.stringValue();
+        return u"text:"_qs + node.stringValue();
     case XmlNode::Kind::Element: {
-        XmlNode label = node.attributeForName(QStringLiteral("name"));
+        XmlNode label = node.attributeForName(u"name"_qs);
         if (!label)
-            label = node.attributeForName(QStringLiteral("value"));
+            label = node.attributeForName(u"value"_qs);
         if (!label)
-            label = node.attributeForName(QStringLiteral("id"));
+            label = node.attributeForName(u"id"_qs);
         return label ? node.name() + u':' + label.stringValue() : node.name();
     }
     case XmlNode::Kind::Other:
         break;
     }
-    return QStringLiteral("other");
+    return u"other"_qs;
 }
 
 inline QStringList describe(const QList<XmlNode> &nodes)
