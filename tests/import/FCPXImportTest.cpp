@@ -407,82 +407,80 @@ QStringList sheet(const char *message)
     return {u"process start"_qs, u"sheet "_qs + QLatin1StringView(message), u"process stop"_qs};
 }
 
-/// Settings changed by the function.
-auto settings(std::function<void(ImportSettings &)> change)
+/// Settings that look the sequence up at the path given.
+Adjust xpath(const QString &path)
 {
-    return [change](QByteArray &, QByteArray &, Adjust &adjust) {
-        adjust = [change](ImportSettings &s, TargetKind &) { change(s); };
-    };
+    return [path](ImportSettings &s, TargetKind &) { s.sequenceXPath = path; };
 }
 
 TEST_F(FCPXImportTest, EndsWriteNothingAndSayWhy)
 {
+    // Each case changes the target document, the marker list or the settings of an
+    // import that would succeed.
     const struct
     {
         const char *name;
-        /// Changes the target document, the marker list or the settings of an import that
-        /// would succeed.
-        std::function<void(QByteArray &document, QByteArray &markers, Adjust &adjust)> arrange;
-        QStringList calls;
-        QString alert;
+        QByteArray document = library(fourClips);
+        QByteArray markers = markerList({{"m", "", "00:00:01:00"}});
+        Adjust adjust = {};
+        QStringList calls = {};
+        QString alert = {};
     } cases[] = {
-        {"ABundleWithoutFcpxml",
-         settings([](ImportSettings &s) {
-             s.filename = QFileInfo(s.filename).path() + u"/Empty.fcpxmld"_qs;
-             QDir().mkpath(s.filename + u"/Assets"_qs);
-         }),
-         {u"process start"_qs, u"enable"_qs, u"load stop"_qs, u"alert Failed to open file"_qs},
-         u"Failed to open file / Could not locate any XML files inside bundle."_qs},
-        {"AFolderInsteadOfAFile", settings([](ImportSettings &s) {
-             s.filename = QFileInfo(s.filename).path() + u"/folder.fcpxml"_qs;
-             QDir().mkpath(s.filename);
-         }),
-         sheet("Unable to get data for project"), u"Unable to get data for project / "_qs},
-        {"NotXml",
-         [](QByteArray &document, QByteArray &, Adjust &) {
-             document = QByteArray("\x89PNG\r\n\x1a\n\0\0", 10);
-         },
-         sheet("Unable to find sequence"), u"Unable to find sequence / "_qs},
-        {"AnXPathMatchingNothing", settings([](ImportSettings &s) {
-             s.sequenceXPath = u"/fcpxml/library/event/project[2]/sequence"_qs;
-         }),
-         sheet("Unable to find sequence"), u"Unable to find sequence / "_qs},
-        {"AMalformedXPath",
-         settings([](ImportSettings &s) { s.sequenceXPath = u"/fcpxml/library[["_qs; }),
-         sheet("Unable to find sequence"), u"Unable to find sequence / Invalid expression"_qs},
-        {"AnEmptyMarkerList", [](QByteArray &, QByteArray &markers, Adjust &) { markers = ""; },
-         sheet("Unable to read marker list"),
-         u"Unable to read marker list / The file may be corrupt, empty or in an invalid "
-         u"format."_qs},
-        {"AnEmptyStoryline",
-         [](QByteArray &document, QByteArray &, Adjust &) { document = library(QString()); },
-         sheet("Unable to locate clips"),
-         u"Unable to locate clips / No video clips could be found in the timeline."_qs},
-        {"OnlyAHeaderIsSilent",
-         [](QByteArray &, QByteArray &markers, Adjust &) { markers = "#\tTrack\tName\n\n"; },
-         {u"process start"_qs, u"process stop"_qs},
-         QString()},
-        {"AMarkerThatIsNoXml",
-         [](QByteArray &, QByteArray &markers, Adjust &) {
-             markers = markerList({{"ok", "", "00:00:01:00"}, {"bell\x07", "", "00:00:02:00"}});
-         },
-         {u"process start"_qs, u"alert Unable to create marker"_qs, u"process stop"_qs},
-         u"Unable to create marker / "_qs},
-        {"AResultThatBreaksItsDtd",
-         [](QByteArray &, QByteArray &, Adjust &adjust) {
-             // The sequence itself as the clip: a sequence takes no markers.
-             adjust = [](ImportSettings &, TargetKind &kind) { kind.isEvent = true; };
-         },
-         {u"process start"_qs, u"alert Unable to create marker"_qs, u"process stop"_qs},
-         u"Unable to create marker / line 13: Element sequence content does not follow the "
-         u"DTD"_qs}};
+        {.name = "ABundleWithoutFcpxml",
+         .adjust =
+             [](ImportSettings &s, TargetKind &) {
+                 s.filename = QFileInfo(s.filename).path() + u"/Empty.fcpxmld"_qs;
+                 QDir().mkpath(s.filename + u"/Assets"_qs);
+             },
+         .calls = {u"process start"_qs, u"enable"_qs, u"load stop"_qs,
+                   u"alert Failed to open file"_qs},
+         .alert = u"Failed to open file / Could not locate any XML files inside bundle."_qs},
+        {.name = "AFolderInsteadOfAFile",
+         .adjust =
+             [](ImportSettings &s, TargetKind &) {
+                 s.filename = QFileInfo(s.filename).path() + u"/folder.fcpxml"_qs;
+                 QDir().mkpath(s.filename);
+             },
+         .calls = sheet("Unable to get data for project"),
+         .alert = u"Unable to get data for project / "_qs},
+        {.name = "NotXml",
+         .document = QByteArray("\x89PNG\r\n\x1a\n\0\0", 10),
+         .calls = sheet("Unable to find sequence"),
+         .alert = u"Unable to find sequence / "_qs},
+        {.name = "AnXPathMatchingNothing",
+         .adjust = xpath(u"/fcpxml/library/event/project[2]/sequence"_qs),
+         .calls = sheet("Unable to find sequence"),
+         .alert = u"Unable to find sequence / "_qs},
+        {.name = "AMalformedXPath",
+         .adjust = xpath(u"/fcpxml/library[["_qs),
+         .calls = sheet("Unable to find sequence"),
+         .alert = u"Unable to find sequence / Invalid expression"_qs},
+        {.name = "AnEmptyMarkerList",
+         .markers = "",
+         .calls = sheet("Unable to read marker list"),
+         .alert = u"Unable to read marker list / The file may be corrupt, empty or in an invalid "
+                  u"format."_qs},
+        {.name = "AnEmptyStoryline",
+         .document = library(QString()),
+         .calls = sheet("Unable to locate clips"),
+         .alert = u"Unable to locate clips / No video clips could be found in the timeline."_qs},
+        {.name = "OnlyAHeaderIsSilent",
+         .markers = "#\tTrack\tName\n\n",
+         .calls = {u"process start"_qs, u"process stop"_qs}},
+        {.name = "AMarkerThatIsNoXml",
+         .markers = markerList({{"ok", "", "00:00:01:00"}, {"bell\x07", "", "00:00:02:00"}}),
+         .calls = {u"process start"_qs, u"alert Unable to create marker"_qs, u"process stop"_qs},
+         .alert = u"Unable to create marker / "_qs},
+        // The sequence itself as the clip: a sequence takes no markers.
+        {.name = "AResultThatBreaksItsDtd",
+         .adjust = [](ImportSettings &, TargetKind &kind) { kind.isEvent = true; },
+         .calls = {u"process start"_qs, u"alert Unable to create marker"_qs, u"process stop"_qs},
+         .alert = u"Unable to create marker / line 13: Element sequence content does not follow "
+                  u"the DTD"_qs}};
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
-        QByteArray document = library(fourClips);
-        QByteArray list = markerList({{"m", "", "00:00:01:00"}});
-        Adjust adjust;
-        c.arrange(document, list, adjust);
-        importInto(document, list, adjust);
+        importInto(c.document, c.markers, c.adjust);
+
         EXPECT_EQ(host->calls, c.calls);
         EXPECT_TRUE(host->alerts.value(0).startsWith(c.alert))
             << host->alerts.value(0).toStdString();
@@ -494,15 +492,12 @@ TEST_F(FCPXImportTest, EndsWriteNothingAndSayWhy)
 
 TEST_F(FCPXImportTest, UnreadableFrameDurationsAndClipTimesPlaceNothingButStillWrite)
 {
-    const QString noTimes = u"<gap name=\"G\"/>"_qs;
-    for (const auto &[spine, frameDuration] : {std::pair{fourClips, u"0s"_qs},
-                                               {fourClips, u"abc"_qs},
-                                               {fourClips, u"1/0s"_qs},
-                                               {fourClips, u"0/0s"_qs},
-                                               {fourClips, u"0/1s"_qs},
-                                               {noTimes, u"100/2500s"_qs}}) {
-        importInto(library(spine, frameDuration), markerList({{"m", "", "00:00:01:00"}}));
-        EXPECT_EQ(markers(), QStringList()) << frameDuration.toStdString();
+    for (const QByteArray &document :
+         {library(fourClips, u"0s"_qs), library(fourClips, u"abc"_qs),
+          library(fourClips, u"1/0s"_qs), library(fourClips, u"0/0s"_qs),
+          library(fourClips, u"0/1s"_qs), library(u"<gap name=\"G\"/>"_qs)}) {
+        importInto(document, markerList({{"m", "", "00:00:01:00"}}));
+        EXPECT_EQ(markers(), QStringList()) << document.toStdString();
         EXPECT_EQ(host->alerts.value(0).section(u" / "_qs, 0, 0), u"Some markers failed to import");
     }
 }
