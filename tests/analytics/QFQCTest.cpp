@@ -12,39 +12,35 @@
 #include "app/WaitFor.h"
 
 #include <QCoreApplication>
+#include <QHttpServer>
 #include <QNetworkProxy>
 #include <QRegularExpression>
 #include <QTcpServer>
-#include <QTcpSocket>
 
 namespace {
 
-/// HTTP on 127.0.0.1: keeps each request it is sent and answers it with 200.
-class LocalHttpServer : public QObject
+/// HTTP on 127.0.0.1: keeps each request to the upload path and answers it with 200.
+class LocalHttpServer
 {
 public:
     struct Request
     {
-        QByteArray requestLine;
+        QHttpServerRequest::Method method;
         QByteArray contentType;
         QByteArray body;
     };
 
     LocalHttpServer()
     {
-        EXPECT_TRUE(m_server.listen(QHostAddress::LocalHost));
-        connect(&m_server, &QTcpServer::newConnection, this, [this] {
-            while (QTcpSocket *socket = m_server.nextPendingConnection()) {
-                connect(socket, &QTcpSocket::readyRead, this, [this, socket] { read(socket); });
-                connect(socket, &QTcpSocket::disconnected, socket, &QObject::deleteLater);
-            }
+        m_server.route(u"/appdata/qc/qc.php"_qs, [this](const QHttpServerRequest &request) {
+            m_requests.append({request.method(), request.value("Content-Type"), request.body()});
+            return "OK";
         });
+        m_port = m_server.listen(QHostAddress::LocalHost);
+        EXPECT_NE(m_port, 0);
     }
-    QUrl url() const
-    {
-        return QUrl(u"http://127.0.0.1:%1/appdata/qc/qc.php"_qs.arg(m_server.serverPort()));
-    }
-    /// The request, once it has come in full (ten seconds at most).
+    QUrl url() const { return QUrl(u"http://127.0.0.1:%1/appdata/qc/qc.php"_qs.arg(m_port)); }
+    /// The next request, once it has come in (ten seconds at most).
     std::optional<Request> next()
     {
         if (!waitFor([this] { return !m_requests.isEmpty(); }))
@@ -53,36 +49,8 @@ public:
     }
 
 private:
-    void read(QTcpSocket *socket)
-    {
-        QByteArray &data = m_partial[socket];
-        data += socket->readAll();
-        const qsizetype headerEnd = data.indexOf("\r\n\r\n");
-        if (headerEnd < 0)
-            return;
-        Request request;
-        qsizetype length = 0;
-        const QList<QByteArray> lines = data.left(headerEnd).split('\n');
-        request.requestLine = lines.value(0).trimmed();
-        for (const QByteArray &line : lines) {
-            const qsizetype colon = line.indexOf(':');
-            const QByteArray name = line.left(colon).trimmed().toLower();
-            if (name == "content-type")
-                request.contentType = line.mid(colon + 1).trimmed();
-            else if (name == "content-length")
-                length = line.mid(colon + 1).trimmed().toLongLong();
-        }
-        if (data.size() < headerEnd + 4 + length)
-            return;
-        request.body = data.mid(headerEnd + 4, length);
-        m_partial.remove(socket);
-        m_requests.append(request);
-        socket->write("HTTP/1.1 200 OK\r\nContent-Length: 2\r\nConnection: close\r\n\r\nOK");
-        socket->disconnectFromHost();
-    }
-
-    QTcpServer m_server;
-    QHash<QTcpSocket *, QByteArray> m_partial;
+    QHttpServer m_server;
+    quint16 m_port = 0;
     QList<Request> m_requests;
 };
 
@@ -302,7 +270,7 @@ TEST_F(Analytics, TheUploadIsOneMultipartPostAndTheIdentifierLastsNinetyDays)
         qc->uploadData();
         const std::optional<LocalHttpServer::Request> request = server.next();
         ASSERT_TRUE(request);
-        EXPECT_EQ(request->requestLine, "POST /appdata/qc/qc.php HTTP/1.1");
+        EXPECT_EQ(request->method, QHttpServerRequest::Method::Post);
         const QRegularExpressionMatch type =
             QRegularExpression(u"^multipart/form-data; boundary=([-0-9A-F]{36})$"_qs)
                 .match(QString::fromLatin1(request->contentType));
