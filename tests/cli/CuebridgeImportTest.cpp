@@ -8,8 +8,6 @@
 #include <QDir>
 #include <QProcess>
 
-#include <ostream>
-
 namespace {
 
 struct Outcome
@@ -81,60 +79,43 @@ protected:
     TempHome home;
 };
 
-struct Placement
+TEST_F(Cli, MarkersLandOnTheirFrames)
 {
-    const char *name;
-    QString target;
-    QByteArray markers;
-    QStringList options;
-    QList<InOut> expected;
-    friend void PrintTo(const Placement &c, std::ostream *os) { *os << c.name; }
-};
-
-class Placements : public Cli, public testing::WithParamInterface<Placement>
-{
-};
-
-TEST_P(Placements, LandOnTheirFrames)
-{
-    const Placement &c = GetParam();
-    const QString target = home.copyOfData(c.target);
-    const Outcome result = run(c.options + QStringList{markers(c.markers), target});
-    EXPECT_EQ(result.status, 0) << result.err.toStdString();
-    EXPECT_TRUE(result.out.startsWith(u"Markers successfully imported: "))
-        << result.out.toStdString();
-    EXPECT_EQ(inOut(target), c.expected);
+    const struct
+    {
+        const char *name;
+        QString target;
+        QByteArray markers;
+        QStringList options;
+        QList<InOut> expected;
+    } cases[] = {{"OffsetInHours",
+                  u"project.xml"_qs,
+                  markerList({{"A", "c", "01:00:00:00", "00:00:01:00", "Red"},
+                              {"B", "c", "00:00:00:00", "00:00:01:00", "Red"}}),
+                  {u"--offset"_qs, u"1"_qs, u"--unit"_qs, u"hours"_qs},
+                  {{90000, 90025}, {0, -1}}},
+                 {"NegativeOffset",
+                  u"project.xml"_qs,
+                  markerList({{"A", "c", "01:00:10:00", "00:00:05:00", "Red"}}),
+                  {u"--offset=-50"_qs},
+                  {{200, 325}}},
+                 // 01:00:00;00 is frame 107892, 72 past the sequence's start at 107820;
+                 // two seconds are 60 frames of the timebase 30.
+                 {"OffsetInSecondsUsesTheSequenceTimebase",
+                  u"sequence.xml"_qs,
+                  markerList({{"A", "c", "01:00:00;00", "00:00:01;00", "Red"}}),
+                  {u"--offset"_qs, u"2"_qs, u"--unit"_qs, u"seconds"_qs},
+                  {{132, 162}}}};
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        const QString target = home.copyOfData(c.target);
+        const Outcome result = run(c.options + QStringList{markers(c.markers), target});
+        EXPECT_EQ(result.status, 0) << result.err.toStdString();
+        EXPECT_TRUE(result.out.startsWith(u"Markers successfully imported: "))
+            << result.out.toStdString();
+        EXPECT_EQ(inOut(target), c.expected);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Import, Placements,
-    testing::Values(Placement{"FromTheSequenceStartWithoutAnOutForNoDuration",
-                              u"project.xml"_qs,
-                              markerList({{"A", "c", "01:00:10:00", "00:00:05:00", "Red"},
-                                          {"B", "c", "01:00:10:00", "00:00:00:00", "Red"},
-                                          {"C", "c", "00:59:59:00", "00:00:05:00", "Red"},
-                                          {"D", "c", "00:59:59:00", "00:00:00:10", "Red"}}),
-                              {},
-                              {{250, 375}, {250, -1}, {0, 100}, {0, -1}}},
-                    Placement{"OffsetInHours",
-                              u"project.xml"_qs,
-                              markerList({{"A", "c", "01:00:00:00", "00:00:01:00", "Red"},
-                                          {"B", "c", "00:00:00:00", "00:00:01:00", "Red"}}),
-                              {u"--offset"_qs, u"1"_qs, u"--unit"_qs, u"hours"_qs},
-                              {{90000, 90025}, {0, -1}}},
-                    Placement{"NegativeOffset",
-                              u"project.xml"_qs,
-                              markerList({{"A", "c", "01:00:10:00", "00:00:05:00", "Red"}}),
-                              {u"--offset=-50"_qs},
-                              {{200, 325}}},
-                    // 01:00:00;00 is frame 107892, 72 past the sequence's start at 107820;
-                    // two seconds are 60 frames of the timebase 30.
-                    Placement{"OffsetInSecondsUsesTheSequenceTimebase",
-                              u"sequence.xml"_qs,
-                              markerList({{"A", "c", "01:00:00;00", "00:00:01;00", "Red"}}),
-                              {u"--offset"_qs, u"2"_qs, u"--unit"_qs, u"seconds"_qs},
-                              {{132, 162}}}),
-    [](const auto &param) { return std::string(param.param.name); });
 
 // Review notes carry emoji, and so do the names editors give their work: text beyond
 // the basic plane comes back whole.
@@ -182,7 +163,10 @@ TEST_F(Cli, UserTextIsEscapedOnceAndColoursFollowTheirTable)
 
 TEST_F(Cli, ABareSequenceComesBackAloneAProjectGainsABin)
 {
-    const QByteArray list = markerList({{"A", "c", "01:00:10:00", "00:00:05:00", "Red"}});
+    const QByteArray list = markerList({{"A", "c", "01:00:10:00", "00:00:05:00", "Red"},
+                                        {"B", "c", "01:00:10:00", "00:00:00:00", "Red"},
+                                        {"C", "c", "00:59:59:00", "00:00:05:00", "Red"},
+                                        {"D", "c", "00:59:59:00", "00:00:00:10", "Red"}});
     const QString bare = home.copyOfData(u"sequence.xml"_qs);
     const Outcome bareRun = run({markers(list), bare});
     EXPECT_EQ(bareRun.out.section(u'\n', 0, 0),
@@ -210,25 +194,29 @@ TEST_F(Cli, ABareSequenceComesBackAloneAProjectGainsABin)
     EXPECT_EQ(valueAt(children, u"bin/children/sequence/name"_qs), u"Cut 3 -Cuebridge");
     EXPECT_NE(valueAt(children, u"bin/children/sequence/uuid"_qs),
               u"0F2D6C31-4B1E-4C55-9C3E-2A1B8F7D0001");
+    // From the sequence's start, clamped at it; no out without a duration. The markers
+    // already there stay.
+    EXPECT_EQ(inOut(project), (QList<InOut>{{250, 375}, {250, -1}, {0, 100}, {0, -1}}));
+    QStringList names;
+    for (const XmlNode &n : children.nodesForXPath(u"bin/children/sequence//marker/name"_qs))
+        names << n.stringValue();
+    EXPECT_EQ(names,
+              (QStringList{u"On B"_qs, u"Sequence marker"_qs, u"A"_qs, u"B"_qs, u"C"_qs, u"D"_qs}));
 }
 
 TEST_F(Cli, ClearingRemovesSequenceAndClipMarkers)
 {
-    const QByteArray list = markerList({{"A", "c", "01:00:10:00", "00:00:05:00", "Red"}});
-    const auto markerNames = [](const QString &file) {
-        const auto doc = XmlDocument::fromFile(file);
-        QStringList names;
-        for (const XmlNode &n : doc->rootElement().nodesForXPath(
-                 u"project/children/bin/children/sequence//marker/name"_qs))
-            names << n.stringValue();
-        return names;
-    };
-    const QString kept = home.copyOfData(u"project.xml"_qs);
-    ASSERT_EQ(run({markers(list), kept}).status, 0);
-    EXPECT_EQ(markerNames(kept), QStringList({u"On B"_qs, u"Sequence marker"_qs, u"A"_qs}));
     const QString cleared = home.copyOfData(u"project.xml"_qs);
-    ASSERT_EQ(run({u"--clear"_qs, markers(list), cleared}).status, 0);
-    EXPECT_EQ(markerNames(cleared), QStringList(u"A"_qs));
+    ASSERT_EQ(run({u"--clear"_qs,
+                   markers(markerList({{"A", "c", "01:00:10:00", "00:00:05:00", "Red"}})), cleared})
+                  .status,
+              0);
+    const auto doc = XmlDocument::fromFile(cleared);
+    ASSERT_TRUE(doc);
+    const QList<XmlNode> names =
+        doc->rootElement().nodesForXPath(u"project/children/bin/children/sequence//marker/name"_qs);
+    ASSERT_EQ(names.size(), 1);
+    EXPECT_EQ(names[0].stringValue(), u"A");
 }
 
 TEST_F(Cli, OutputGoesElsewhereAndListShowsTheItems)
