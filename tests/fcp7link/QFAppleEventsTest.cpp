@@ -124,16 +124,21 @@ TEST_F(LinkTest, AnItemIsFetchedWithItsProjectReferenceAndUuid)
     FourCharCode signature = 0;
     std::memcpy(&signature, event.target.data().constData(), sizeof signature);
     EXPECT_EQ(signature, fourCharCode("KeyG"));
-    EXPECT_EQ(event.returnID, -1);
-    EXPECT_EQ(event.transactionID, 0);
-    EXPECT_EQ(event.sendPriority, 1);
-    EXPECT_EQ(event.timeoutTicks, -1);
+    EXPECT_EQ(
+        std::tuple(event.returnID, event.transactionID, event.sendPriority, event.timeoutTicks),
+        std::tuple(-1, 0, 1, -1));
     EXPECT_EQ(keywords(event), ids({"fcpP", "fcIU"}));
     EXPECT_EQ(event.parameter(fourCharCode("fcpP"))->type(), fourCharCode("fsrf"));
     EXPECT_EQ(event.parameter(fourCharCode("fcpP"))->size(), 80);
     EXPECT_EQ(event.parameter(fourCharCode("fcIU"))->type(), fourCharCode("utf8"));
     EXPECT_EQ(event.parameter(fourCharCode("fcIU"))->data(), "U-1");
     EXPECT_EQ(QFAppleEvents::getItemXML(u"U-1"_qs, project), QString::fromUtf8(itemXml));
+
+    // Opening the item names it the same way.
+    QFAppleEvents::openItem(u"U-1"_qs, project, true);
+    EXPECT_EQ(lastEvent().eventID, fourCharCode("fcOI"));
+    EXPECT_EQ(keywords(lastEvent()), ids({"fcpP", "fcIU"}));
+    EXPECT_EQ(editor.openedItems, QStringList{"U-1"});
 }
 
 TEST_F(LinkTest, SendingXmlEscapesItAndWaitsTenMinutes)
@@ -224,14 +229,6 @@ TEST_F(LinkTest, OnlyAProjectOpenedForTheCallIsClosedAfterIt)
     EXPECT_FALSE(QFAppleEvents::getItemXML(u"U-1"_qs, project, true, true).isNull());
     EXPECT_EQ(editor.eventIDs(), ids({"fcLP", "gXML"})) << "this form never closes";
     EXPECT_TRUE(editor.openProjects.contains(project));
-}
-
-TEST_F(LinkTest, OpeningAnItem)
-{
-    QFAppleEvents::openItem(u"U-1"_qs, project, true);
-    EXPECT_EQ(editor.eventIDs(), ids({"fcLP", "fcOI"}));
-    EXPECT_EQ(keywords(lastEvent()), ids({"fcpP", "fcIU"}));
-    EXPECT_EQ(editor.openedItems, QStringList{"U-1"});
 }
 
 TEST_F(LinkTest, OpenProjectsAreListedUntilOneCannotBeRead)
@@ -371,21 +368,16 @@ TEST_F(LinkTest, TheInstalledVersionMapsToTheXmemlVersion)
         EXPECT_EQ(QFAppleEvents::finalCutProMajorVersion(), v.major);
         EXPECT_EQ(QFAppleEvents::maximumXMEMLVersion(), v.xmeml);
     }
+    // Before version 7, sequences come from the whole project.
+    install(u"6.0.6"_qs);
+    EXPECT_EQ(QFAppleEvents::sequencesInProject(project)->sequences.size(), 1);
+    EXPECT_EQ(editor.eventIDs().last(), fourCharCode("eXML"));
     // A one-component version is logged, not fatal.
     EXPECT_TRUE(log().contains(u"+[QFAppleEvents maximumXMEMLVersion]")) << log().toStdString();
 
     editor.applicationPath = home.filePath(u"missing.app"_qs); // none installed: version 7
     EXPECT_EQ(QFAppleEvents::finalCutProVersionString(), u"7.0");
     EXPECT_EQ(QFAppleEvents::maximumXMEMLVersion(), 5);
-}
-
-TEST_F(LinkTest, BeforeVersionSevenSequencesComeFromTheWholeProject)
-{
-    install(u"6.0.6"_qs);
-    const std::optional<QFSequenceList> sequences = QFAppleEvents::sequencesInProject(project);
-    ASSERT_TRUE(sequences);
-    EXPECT_EQ(editor.eventIDs().last(), fourCharCode("eXML"));
-    EXPECT_EQ(sequences->sequences.size(), 1);
 }
 
 TEST(QFAppleEvents, EscapingDataAndUuids)
