@@ -390,24 +390,17 @@ TEST(QFAppleEvents, EscapingDataAndUuids)
     EXPECT_EQ(QFAppleEvents::escapeCharactersInXMLString(high), high);
     EXPECT_TRUE(QFAppleEvents::escapeCharactersInXMLString(QString()).isNull());
     // The UTF-8 form gives the bytes of the UTF-16 one, for malformed input too.
-    const char pieces[][5] = {"a",
-                              "\r",
-                              "\xc2\x85",
-                              "\xc2\xa0",
-                              "\xc3\xa9",
-                              "\xe2\x82",
-                              "\xe2\x82\xac",
-                              "\xed\xa0\x80",
-                              "\xc0\xaf",
-                              "\xf0\x9f\x8e\xac",
-                              "\xf4\x90\x80\x80",
-                              "\x80",
-                              "\xff"};
+    // ASCII, CR, C1 controls, U+00A0, 2-, 3- and 4-byte forms, a cut-off form, a surrogate,
+    // an overlong form, a value past U+10FFFF and lone bytes, joined at random.
+    const QList<QByteArray> pieces =
+        QByteArray("a|\r|\xc2\x85|\xc2\xa0|\xc3\xa9|\xe2\x82|\xe2\x82\xac|\xed\xa0\x80|\xc0\xaf|"
+                   "\xf0\x9f\x8e\xac|\xf4\x90\x80\x80|\x80|\xff")
+            .split('|');
     QRandomGenerator random(3);
     for (int round = 0; round < 3000; ++round) {
         QByteArray utf8;
         for (int n = int(random.bounded(6)); n > 0; --n)
-            utf8 += pieces[random.bounded(int(std::size(pieces)))];
+            utf8 += pieces[random.bounded(int(pieces.size()))];
         ASSERT_EQ(QFAppleEvents::escapeCharactersInXMLString(utf8),
                   QFAppleEvents::escapeCharactersInXMLString(QString::fromUtf8(utf8)).toUtf8())
             << utf8.toHex().toStdString();
