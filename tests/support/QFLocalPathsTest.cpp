@@ -67,31 +67,23 @@ TEST(QFLocalPaths, Slashes)
 TEST(IsPathSystemDirectory, Decides)
 {
     TempHome home;
+    const std::pair<const char *, bool> inside[] = {{"/", true},
+                                                    {"/a", false},
+                                                    {"/usr/local/bin", false},
+                                                    {"/usr/lib", true},
+                                                    {"/private/var/tmp", true},
+                                                    {"/System/Library", true},
+                                                    {"/var/log/", true},
+                                                    {"/tmp/project", false}};
     // The trailing-slash cut removes two characters: "/usr/" is read as "/us".
-    const struct
-    {
-        const char *path;
-        bool exact;
-        bool expected;
-    } cases[] = {{"/", false, true},
-                 {"/a", false, false},
-                 {"/usr/local/bin", false, false},
-                 {"/usr/lib", false, true},
-                 {"/usr/bin", true, false},
-                 {"/private/var/tmp", false, true},
-                 {"/usr", true, true},
-                 {"/System/Library", false, true},
-                 {"/usr/", true, false},
-                 {"/usrx/", true, true},
-                 {"/var/log/", false, true},
-                 {"/tmp/project", false, false},
-                 {"/etc/xdg", true, true},
-                 {"/var/cache", true, true}};
-    for (const auto &c : cases) {
-        EXPECT_EQ(QFLocalPaths::isPathSystemDirectory(QString::fromUtf8(c.path), c.exact),
-                  c.expected)
-            << c.path << (c.exact ? " exact" : "");
-    }
+    const std::pair<const char *, bool> exact[] = {{"/usr/bin", false}, {"/usr", true},
+                                                   {"/usr/", false},    {"/usrx/", true},
+                                                   {"/etc/xdg", true},  {"/var/cache", true}};
+    for (const auto &[path, system] : inside)
+        EXPECT_EQ(QFLocalPaths::isPathSystemDirectory(QString::fromUtf8(path)), system) << path;
+    for (const auto &[path, system] : exact)
+        EXPECT_EQ(QFLocalPaths::isPathSystemDirectory(QString::fromUtf8(path), true), system)
+            << path;
 }
 
 TEST(QFLocalPaths, HomeIsASystemFolderButNotWithATrailingSlash)
