@@ -1,6 +1,8 @@
+#include "import/MarkerListText.h"
 #include "import/QFFCP7MarkerListParser.h"
 #include "import/TextEncoding.h"
 
+#include "LoggedTest.h"
 #include "QtPrinters.h"
 
 #include <gtest/gtest.h>
@@ -17,12 +19,6 @@ QByteArray readExample(const char *name)
     QFile file(QStringLiteral(CUEBRIDGE_SOURCE_DIR "/examples/") + QLatin1StringView(name));
     EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << name;
     return file.readAll();
-}
-
-QList<QFMarkerRecord> parseBytes(const QByteArray &bytes)
-{
-    const QByteArray encoding = detect(bytes).value_or(TextEncoding::utf16LE);
-    return QFFCP7MarkerListParser::parseMarkersFromText(decode(bytes, encoding));
 }
 
 TEST(TextEncoding, MarksAndUtf8ComeFirstThenTheDetectorWithMacRomanToldApart)
@@ -64,24 +60,24 @@ TEST(TextEncoding, MarksAndUtf8ComeFirstThenTheDetectorWithMacRomanToldApart)
     EXPECT_FALSE(valid);
 }
 
-TEST(Examples, Utf8AndUtf16ListsGiveTheSameMarkers)
+// The example lists, read as the import reads them: a UTF-16 list without its mark
+// falls back to UTF-16 little-endian and reads whole.
+TEST_F(LoggedTest, TheExampleListsInEachEncodingGiveTheSameMarkers)
 {
-    const QList<QFMarkerRecord> utf8 = parseBytes(readExample("review-notes.txt"));
-    const QList<QFMarkerRecord> utf16 = parseBytes(readExample("review-notes-utf16.txt"));
+    const auto records = [](const QString &path) {
+        return QFFCP7MarkerListParser::parseMarkersFromText(
+            MarkerListText::readForImport(path, {}, {}, {}).text);
+    };
+    const QString utf16 = QStringLiteral(CUEBRIDGE_SOURCE_DIR "/examples/review-notes-utf16.txt");
+    const QList<QFMarkerRecord> utf8 =
+        records(QStringLiteral(CUEBRIDGE_SOURCE_DIR "/examples/review-notes.txt"));
     ASSERT_EQ(utf8.size(), 21); // header and twenty markers
-    EXPECT_EQ(utf16, utf8);
+    EXPECT_EQ(records(utf16), utf8);
+    EXPECT_EQ(records(home.file(u"markless.txt"_qs, TempHome::read(utf16).mid(2))), utf8);
     for (const QFMarkerRecord &record : utf8)
         EXPECT_EQ(record.size(), 7) << record.join(u'|').toStdString();
     EXPECT_EQ(utf8[9][3], "Line 14 re-recorded,\nuse take 3 from the pickup session");
     EXPECT_EQ(utf8[11][2], QString::fromUtf8("Björk's line"));
-}
-
-TEST(Examples, Utf16WithoutByteOrderMarkFallsBackToUtf16)
-{
-    // Detection is unsure (see above), and the UTF-16 little-endian fallback reads
-    // the list whole.
-    const QByteArray withoutMark = readExample("review-notes-utf16.txt").mid(2);
-    EXPECT_EQ(parseBytes(withoutMark), parseBytes(readExample("review-notes.txt")));
 }
 
 } // namespace

@@ -91,25 +91,4 @@ TEST_P(DropFrameMinuteBoundaries, FirstTwoHoursFollowTheRule)
 
 INSTANTIATE_TEST_SUITE_P(Rates, DropFrameMinuteBoundaries, testing::Values(30, 60));
 
-// Up to the first tenth minute the numbering is the broadcast one: count the
-// display forward frame by frame, skipping the first numbers of every minute but
-// the tenth. (From there on the whole-rate blocks part ways with it.)
-TEST(DropFrameFirstBlock, MatchesBroadcastCounting)
-{
-    for (const quint64 timebase : {30u, 60u}) {
-        const quint64 dropped = timebase / 15;
-        quint64 display = 0;
-        for (quint64 n = 0; n < 600 * timebase - 9 * dropped; ++n, ++display) {
-            const quint64 seconds = display / timebase;
-            if (display % timebase == 0 && seconds % 60 == 0 && (seconds / 60) % 10 != 0)
-                display += dropped;
-            const quint64 s = display / timebase;
-            const QString expected = QString::asprintf("%02llu:%02llu:%02llu;%02llu", s / 3600,
-                                                       (s / 60) % 60, s % 60, display % timebase);
-            ASSERT_EQ(QFTimecode::timecodeFromFrameCount(n, int(timebase), true, true, 0), expected)
-                << "frame " << n << " at " << timebase;
-        }
-    }
-}
-
 } // namespace
