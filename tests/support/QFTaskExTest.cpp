@@ -14,7 +14,7 @@ namespace {
 
 using TaskTest = LoggedTest;
 
-TEST_F(TaskTest, RunAndWait)
+TEST_F(TaskTest, RunAndWaitAndTheExitStatus)
 {
     EXPECT_TRUE(QFTaskEx::runTask("/bin/echo", {"hi"}));
     QFProcessPtr process;
@@ -34,6 +34,11 @@ TEST_F(TaskTest, RunAndWait)
     EXPECT_TRUE(running->isRunning());
     running->terminate();
     EXPECT_EQ(running->waitUntilExit(), 15); // SIGTERM
+    EXPECT_EQ(QFTaskEx::terminationCodeFromTask("/bin/sh", {"-c", "exit 3"}), 3);
+    EXPECT_EQ(QFTaskEx::terminationCodeFromTask("/bin/true", {}), 0);
+    EXPECT_EQ(QFTaskEx::terminationCodeFromTask(home.path(), {}), -1); // a folder
+    EXPECT_EQ(QFTaskEx::terminationCodeFromTask(QString(), {}), -1);
+    EXPECT_EQ(QFTaskEx::terminationCodeFromTask("/no/such/program", {}), -1);
 }
 
 TEST_F(TaskTest, PipesOfOneChildStayOutOfTheOthers)
@@ -52,15 +57,6 @@ TEST_F(TaskTest, PipesOfOneChildStayOutOfTheOthers)
     EXPECT_EQ(inherited(), before);
     running.terminate();
     EXPECT_EQ(running.waitUntilExit(), 15);
-}
-
-TEST_F(TaskTest, ExitStatus)
-{
-    EXPECT_EQ(QFTaskEx::terminationCodeFromTask("/bin/sh", {"-c", "exit 3"}), 3);
-    EXPECT_EQ(QFTaskEx::terminationCodeFromTask("/bin/true", {}), 0);
-    EXPECT_EQ(QFTaskEx::terminationCodeFromTask(home.path(), {}), -1); // a folder
-    EXPECT_EQ(QFTaskEx::terminationCodeFromTask(QString(), {}), -1);
-    EXPECT_EQ(QFTaskEx::terminationCodeFromTask("/no/such/program", {}), -1);
 }
 
 TEST_F(TaskTest, CaptureOutputElseErrors)
@@ -83,18 +79,10 @@ TEST_F(TaskTest, CaptureOutputElseErrors)
     EXPECT_EQ(QFTaskEx::dataFromTask("/bin/sh", {"-c", "echo err >&2"}, nullptr, std::nullopt, true,
                                      false),
               QByteArray());
-}
-
-TEST_F(TaskTest, StringsDefaultToSevenBitAscii)
-{
-    const QString text = QFTaskEx::stringFromTask("/bin/printf", {"caf\\303\\251"});
-    EXPECT_EQ(text, u"caf\uFFFD\uFFFD"_qs);
+    // Strings default to seven-bit ASCII; megabytes come whole.
+    EXPECT_EQ(QFTaskEx::stringFromTask("/bin/printf", {"caf\\303\\251"}), u"caf\uFFFD\uFFFD"_qs);
     EXPECT_EQ(QFTaskEx::stringFromTask("/bin/printf", {"caf\\303\\251"}, QFTaskEx::Encoding::UTF8),
               QString::fromUtf8("café"));
-}
-
-TEST_F(TaskTest, MegabytesOfOutput)
-{
     const std::optional<QByteArray> data =
         QFTaskEx::dataFromTask("/bin/sh", {"-c", "head -c 6000000 /dev/zero | tr '\\000' x"});
     ASSERT_TRUE(data);
