@@ -109,25 +109,12 @@ TEST_F(QueryHelpers, UnionOfQueriesInQueryOrderEachNodeOnce)
     EXPECT_TRUE(QFXMLParser::node(sequence, QStringList{}).isEmpty());
 }
 
-TEST_F(QueryHelpers, IdsDecodePercentEscapesAsAscii)
+TEST_F(QueryHelpers, IdsDecodePercentEscapesNamesFallBackToTheIdUuidsDoNot)
 {
     EXPECT_EQ(QFXMLParser::idAttributeForNode(clip("A")), u"A");
     EXPECT_EQ(QFXMLParser::idAttributeForNode(clip("Reel%201")), u"Reel 1");
     EXPECT_TRUE(
         QFXMLParser::idAttributeForNode(sequence.nodesForXPath(u"./name"_qs).value(0)).isNull());
-
-    const auto odd =
-        XmlDocument::fromBytes("<r><a id=\"50%\"/><b id=\"%C3%A9\"/><c id=\"%zz\"/></r>");
-    ASSERT_TRUE(odd);
-    for (const char *element : {"a", "b", "c"})
-        EXPECT_TRUE(QFXMLParser::idAttributeForNode(
-                        odd->rootElement().nodesForXPath(QString::fromLatin1(element)).value(0))
-                        .isNull())
-            << element;
-}
-
-TEST_F(QueryHelpers, NamesFallBackToNestedNamesAndThenTheId)
-{
     EXPECT_EQ(QFXMLParser::nameForNode(clip("A")), u"A");
     EXPECT_EQ(QFXMLParser::nameForNode(clip("C")), u"C roll.mov");
     EXPECT_TRUE(QFXMLParser::nameForNode(clip("C"), true).isNull());
@@ -135,14 +122,15 @@ TEST_F(QueryHelpers, NamesFallBackToNestedNamesAndThenTheId)
     EXPECT_TRUE(QFXMLParser::nameForNode(sequence.nodesForXPath(u".//rate"_qs).value(0)).isNull());
     EXPECT_TRUE(QFXMLParser::nameForNode(XmlNode()).isNull());
 
-    const auto odd = XmlDocument::fromBytes("<r><a><name>100%</name></a><b id=\"x%2\"/></r>");
+    // Escapes that are not ASCII or not escapes: no id, and a name as it stands.
+    const auto odd = XmlDocument::fromBytes("<r><a id=\"50%\"/><b id=\"%C3%A9\"/><c id=\"%zz\"/>"
+                                            "<d><name>100%</name></d><e id=\"x%2\"/></r>");
     ASSERT_TRUE(odd);
-    EXPECT_EQ(QFXMLParser::nameForNode(odd->rootElement().childAt(0)), u"100%");
-    EXPECT_EQ(QFXMLParser::nameForNode(odd->rootElement().childAt(1)), u"x%2");
-}
+    for (int i = 0; i < 3; ++i)
+        EXPECT_TRUE(QFXMLParser::idAttributeForNode(odd->rootElement().childAt(i)).isNull()) << i;
+    EXPECT_EQ(QFXMLParser::nameForNode(odd->rootElement().childAt(3)), u"100%");
+    EXPECT_EQ(QFXMLParser::nameForNode(odd->rootElement().childAt(4)), u"x%2");
 
-TEST_F(QueryHelpers, UuidsHaveNoIdFallback)
-{
     EXPECT_EQ(QFXMLParser::uuidForNode(sequence), u"0F2D6C31-4B1E-4C55-9C3E-2A1B8F7D0001");
     const XmlNode project = sequence.parent().parent();
     EXPECT_TRUE(QFXMLParser::uuidForNode(project, true).isNull());
