@@ -111,6 +111,22 @@ QList<FourCharCode> keywords(const AppleEvent &event)
     return list;
 }
 
+AESendResult replyWith(QList<std::pair<FourCharCode, AEDescriptor>> fields)
+{
+    AESendResult result;
+    result.reply = AEDescriptor::record(std::move(fields));
+    return result;
+}
+
+AESendResult failure(AESendStage stage, qint32 status, FourCharCode parameter = 0)
+{
+    AESendResult result;
+    result.stage = stage;
+    result.status = status;
+    result.failedParameter = parameter;
+    return result;
+}
+
 TEST_F(LinkTest, AnItemIsFetchedWithItsProjectReferenceAndUuid)
 {
     const std::optional<QByteArray> data = QFAppleEvents::getItemXMLData(u"U-1"_qs, project);
@@ -141,7 +157,7 @@ TEST_F(LinkTest, AnItemIsFetchedWithItsProjectReferenceAndUuid)
     EXPECT_EQ(editor.openedItems, QStringList{"U-1"});
 }
 
-TEST_F(LinkTest, SendingXmlEscapesItAndWaitsTenMinutes)
+TEST_F(LinkTest, SendingXmlEscapesItWaitsTenMinutesAndWordsItsFailuresWithTheStatus)
 {
     EXPECT_TRUE(QFAppleEvents::sendXMLToFCP(u"<name>Caf\u00e9\r</name>"_qs, project));
     const AppleEvent &event = lastEvent();
@@ -155,6 +171,18 @@ TEST_F(LinkTest, SendingXmlEscapesItAndWaitsTenMinutes)
     EXPECT_EQ(keywords(lastEvent()), ids({"xmlD"}));
     EXPECT_TRUE(QFAppleEvents::sendXMLToFCP(u"<x/>"_qs, QString()));
     EXPECT_EQ(keywords(lastEvent()), ids({"xmlD"}));
+
+    // Failures name the step and give the status.
+    for (const AESendResult &result :
+         {failure(AESendStage::PutParameter, -1703, fourCharCode("xmlD")),
+          failure(AESendStage::PutParameter, -43, fourCharCode("fcpP")),
+          failure(AESendStage::Send, AEStatus::errAETimeout)}) {
+        editor.fault = [&result](const AppleEvent &) { return std::optional(result); };
+        EXPECT_FALSE(QFAppleEvents::sendXMLToFCP(u"<x/>"_qs, project));
+    }
+    EXPECT_EQ(ConsoleCapture::messages(), (QStringList{"Error adding XML data to event: -1703",
+                                                       "Error creating project FSRef: -43",
+                                                       "Error sending AppleEvent: -1712"}));
 }
 
 TEST_F(LinkTest, SavingAndClosingNameTheProjectTwiceAndCarryTheirFlags)
@@ -248,22 +276,6 @@ TEST_F(LinkTest, OpenProjectsAreListedUntilOneCannotBeRead)
     EXPECT_EQ(ConsoleCapture::messages().size(), 3);
 }
 
-AESendResult replyWith(QList<std::pair<FourCharCode, AEDescriptor>> fields)
-{
-    AESendResult result;
-    result.reply = AEDescriptor::record(std::move(fields));
-    return result;
-}
-
-AESendResult failure(AESendStage stage, qint32 status, FourCharCode parameter = 0)
-{
-    AESendResult result;
-    result.stage = stage;
-    result.status = status;
-    result.failedParameter = parameter;
-    return result;
-}
-
 TEST_F(LinkTest, BadRepliesToTheItemFetchGiveNilWithTheirMessage)
 {
     const auto xml = [](AEDescriptor descriptor) {
@@ -302,20 +314,6 @@ TEST_F(LinkTest, BadRepliesToTheItemFetchGiveNilWithTheirMessage)
         EXPECT_EQ(ConsoleCapture::messages(),
                   c.console ? QStringList(QString::fromUtf8(c.console)) : QStringList());
     }
-}
-
-TEST_F(LinkTest, SendingXmlWordsItsFailuresWithTheStatus)
-{
-    for (const AESendResult &result :
-         {failure(AESendStage::PutParameter, -1703, fourCharCode("xmlD")),
-          failure(AESendStage::PutParameter, -43, fourCharCode("fcpP")),
-          failure(AESendStage::Send, AEStatus::errAETimeout)}) {
-        editor.fault = [&result](const AppleEvent &) { return std::optional(result); };
-        EXPECT_FALSE(QFAppleEvents::sendXMLToFCP(u"<x/>"_qs, project));
-    }
-    EXPECT_EQ(ConsoleCapture::messages(), (QStringList{"Error adding XML data to event: -1703",
-                                                       "Error creating project FSRef: -43",
-                                                       "Error sending AppleEvent: -1712"}));
 }
 
 TEST_F(LinkTest, ExceptionsAreLoggedWithTheMethodsFullName)
