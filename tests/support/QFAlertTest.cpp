@@ -93,6 +93,11 @@ TEST(Alert, EachFormShowsItsTextsAndGivesTheButtonsCode)
                                                  nullptr),
               QFAlert::notWaited);
     EXPECT_EQ(presenter.shown.size(), 3);
+    // A timed alert answers itself with the default button.
+    presenter.answerAtOnce.reset();
+    EXPECT_EQ(QFAlert::timedAlertSheetWithMessageText(u"m"_qs, QString(), QString(), QString(),
+                                                      QString(), nullptr, 0),
+              QFAlert::defaultReturn);
 }
 
 TEST(Alert, AWaitingCallReturnsOnlyOnceAnsweredAndAWindowWithASheetIsLeftOut)
@@ -112,15 +117,6 @@ TEST(Alert, AWaitingCallReturnsOnlyOnceAnsweredAndAWindowWithASheetIsLeftOut)
     caller.join();
     EXPECT_EQ(code, QFAlert::otherReturn);
     EXPECT_EQ(presenter.windows.value(0), nullptr);
-}
-
-TEST(Alert, ATimedAlertAnswersItselfWithTheDefaultButton)
-{
-    RecordingPresenter presenter;
-    presenter.answerAtOnce.reset();
-    EXPECT_EQ(QFAlert::timedAlertSheetWithMessageText(u"m"_qs, QString(), QString(), QString(),
-                                                      QString(), nullptr, 0),
-              QFAlert::defaultReturn);
 }
 
 } // namespace

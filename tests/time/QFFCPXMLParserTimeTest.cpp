@@ -6,10 +6,10 @@
 
 namespace {
 
-TEST(SecondsFromTimeString, Reads)
+TEST(SecondsFromTimeString, ReadsAndLeavesAZeroDenominatorUnguarded)
 {
-    // nullptr: an absent attribute.
     const double ntsc = 1001 / 30000.0;
+    // nullptr: an absent attribute.
     const std::pair<const char *, double> cases[] = {
         {"3600s", 3600.0}, {"3600", 3600.0},  {"0.5s", 0.5},      {"1001/30000s", ntsc},
         {"0/1s", 0.0},     {"1/2/3s", 0.0},   {"", 0.0},          {nullptr, 0.0},
@@ -22,15 +22,12 @@ TEST(SecondsFromTimeString, Reads)
             << (text ? text : "(null)");
     }
     EXPECT_DOUBLE_EQ(QFFCPXMLParser::secondsFromTimeString("86400300/24000s"), 3600.0125);
-}
-
-TEST(SecondsFromTimeString, ZeroDenominatorIsNotGuarded)
-{
+    // A zero denominator is not guarded.
     EXPECT_TRUE(std::isinf(QFFCPXMLParser::secondsFromTimeString("1/0s")));
     EXPECT_TRUE(std::isnan(QFFCPXMLParser::secondsFromTimeString("0/0s")));
 }
 
-TEST(FpsFromFrameDuration, TwoPartsInvertOnePartStands)
+TEST(FrameDuration, FpsInvertsTwoPartsAndTheMultiplierIsTheNumerator)
 {
     EXPECT_DOUBLE_EQ(QFFCPXMLParser::fpsFromFrameDuration("1001/30000s"), 30000.0 / 1001.0);
     EXPECT_DOUBLE_EQ(QFFCPXMLParser::fpsFromFrameDuration("100/2500s"), 25.0);
@@ -40,10 +37,6 @@ TEST(FpsFromFrameDuration, TwoPartsInvertOnePartStands)
     EXPECT_DOUBLE_EQ(QFFCPXMLParser::fpsFromFrameDuration("1/2/3s"), 0.0);
     EXPECT_DOUBLE_EQ(QFFCPXMLParser::fpsFromFrameDuration(QString()), 0.0);
     EXPECT_TRUE(std::isinf(QFFCPXMLParser::fpsFromFrameDuration("0/25s")));
-}
-
-TEST(MultiplierFromFrameDuration, NumeratorAsInteger)
-{
     EXPECT_EQ(QFFCPXMLParser::multiplierFromFrameDuration("1001/30000s"), 1001);
     EXPECT_EQ(QFFCPXMLParser::multiplierFromFrameDuration("100/2500s"), 100);
     EXPECT_EQ(QFFCPXMLParser::multiplierFromFrameDuration("1/24s"), 1);

@@ -107,7 +107,7 @@ TEST(TimecodeFromUserString, Expands)
     EXPECT_EQ(QFTimecode::timecodeFromUserString(u"7"_qs, false, u"12:34"_qs), u"12:07");
 }
 
-TEST(FrameRateFromTimebase, NtscOnlyForTheThreeStandardRates)
+TEST(Rates, NtscRatesForThreeTimebasesOnlyAndTheRateDecidesHowSecondsPrint)
 {
     EXPECT_EQ(QFTimecode::frameRateFromTimebase(30, false), 30.0);
     EXPECT_EQ(QFTimecode::frameRateFromTimebase(25, false), 25.0);
@@ -116,6 +116,13 @@ TEST(FrameRateFromTimebase, NtscOnlyForTheThreeStandardRates)
     EXPECT_EQ(QFTimecode::frameRateFromTimebase(60, true), 60000.0 / 1001.0);
     EXPECT_EQ(QFTimecode::frameRateFromTimebase(25, true), 0.0);
     EXPECT_EQ(QFTimecode::frameRateFromTimebase(-30, true), 0.0);
+    // The rate decides the timebase and drop frame.
+    EXPECT_EQ(QFTimecode::timecodeFromSeconds(3600.0, 29.97f, true), "01:00:00;00");
+    EXPECT_EQ(QFTimecode::timecodeFromSeconds(10.5, 25.0f, false), "00:00:10:13");
+    EXPECT_EQ(QFTimecode::timecodeFromSeconds(1.0, 23.976f, false), "00:00:01:00");
+    EXPECT_EQ(QFTimecode::timecodeFromSeconds(0.5, 23.976f, false), "00:00:00:12");
+    EXPECT_EQ(QFTimecode::timecodeFromSeconds(-1.0, 25.0f, false),
+              QFTimecode::timecodeFromFrameCount(maxCount - 24, 25, false, false, 0));
 }
 
 TEST(Arithmetic, AddSubtractAndIncrement)
@@ -156,16 +163,6 @@ TEST(ElapsedTime, FractionalRatesAndDefaultRate)
     EXPECT_EQ(QFTimecode::frameCountFromElapsedTime("01:00:00:03", 25.0), 90003u);
     EXPECT_EQ(QFTimecode::frameCountFromElapsedTime("00:00:01.5:00", -1.0), 45u);
     EXPECT_EQ(QFTimecode::frameCountFromElapsedTime("00:01:40", 25.0), 0u);
-}
-
-TEST(TimecodeFromSeconds, RateDecidesTimebaseAndDropFrame)
-{
-    EXPECT_EQ(QFTimecode::timecodeFromSeconds(3600.0, 29.97f, true), "01:00:00;00");
-    EXPECT_EQ(QFTimecode::timecodeFromSeconds(10.5, 25.0f, false), "00:00:10:13");
-    EXPECT_EQ(QFTimecode::timecodeFromSeconds(1.0, 23.976f, false), "00:00:01:00");
-    EXPECT_EQ(QFTimecode::timecodeFromSeconds(0.5, 23.976f, false), "00:00:00:12");
-    EXPECT_EQ(QFTimecode::timecodeFromSeconds(-1.0, 25.0f, false),
-              QFTimecode::timecodeFromFrameCount(maxCount - 24, 25, false, false, 0));
 }
 
 TEST(Formatting, FieldsSeparatorsAndFilenames)
