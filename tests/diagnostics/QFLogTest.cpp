@@ -116,7 +116,7 @@ TEST_F(LogTest, SharedSwitchDisablesOnlyForStringOneOrTrue)
     }
 }
 
-TEST_F(LogTest, EscapingOfStrayPercentSigns)
+TEST_F(LogTest, StrayPercentSignsAreEscapedAndDoubledInThePrintedCopy)
 {
     EXPECT_EQ(QFLog::escapeTextForLogging("no percent"), "no percent");
     EXPECT_EQ(QFLog::escapeTextForLogging("100% done"), "100%% done");
@@ -133,6 +133,12 @@ TEST_F(LogTest, EscapingOfStrayPercentSigns)
     for (const char *line :
          {" - 100% done\n", " - literal %.2f\n", " - formatted 1.50\n", " - kept % pair\n"})
         EXPECT_TRUE(current().contains(QLatin1StringView(line))) << line;
+    // The printed copy doubles them.
+    QFLog::createNewLog(QString(), false);
+    testing::internal::CaptureStdout();
+    QFLog::appendLogAndPrint(u"%@ done", "100%");
+    EXPECT_EQ(testing::internal::GetCapturedStdout(), "100%% done\n");
+    EXPECT_TRUE(current().contains(" - 100% done\n"));
 }
 
 TEST_F(LogTest, BlankEntriesAreDroppedAndNotCounted)
@@ -356,15 +362,6 @@ TEST_F(LogTest, RollsOverAtTheLimitAndEntriesQueuedBehindItGoToTheNewFile)
     for (int i = 0; i < 40; ++i)
         EXPECT_EQ(all.count(u" - entry %1 "_qs.arg(i)), 1) << i;
     EXPECT_LT(all.indexOf(u" - entry 38 "), all.indexOf(u" - entry 39 ")) << "in order";
-}
-
-TEST_F(LogTest, PrintedCopyDoublesPercentSigns)
-{
-    QFLog::createNewLog(QString(), false);
-    testing::internal::CaptureStdout();
-    QFLog::appendLogAndPrint(u"%@ done", "100%");
-    EXPECT_EQ(testing::internal::GetCapturedStdout(), "100%% done\n");
-    EXPECT_TRUE(current().contains(" - 100% done\n"));
 }
 
 TEST_F(LogTest, ExceptionsBecomeOneLine)
