@@ -89,7 +89,7 @@ TEST_F(TaskTest, CaptureOutputElseErrors)
     EXPECT_EQ(data->size(), 6000000);
 }
 
-TEST_F(TaskTest, StreamingDeliversChunksThenAnEmptyOne)
+TEST_F(TaskTest, StreamingDeliversChunksThenAnEmptyOneAndAMissingProgramNothing)
 {
     std::mutex mutex;
     std::condition_variable done;
@@ -117,12 +117,9 @@ TEST_F(TaskTest, StreamingDeliversChunksThenAnEmptyOne)
     lock.unlock();
     std::this_thread::sleep_for(std::chrono::milliseconds(50));
     EXPECT_FALSE(runner->theTask());
-}
 
-TEST_F(TaskTest, StreamingAMissingProgramLogsAndDeliversNothing)
-{
+    // A missing program is logged and delivers nothing.
     std::atomic<int> calls = 0;
-    std::shared_ptr<QFTaskEx> runner = QFTaskEx::create();
     runner->asyncDataFromTask("/no/such/program", {},
                               [&](const QByteArray &, QFTaskEx *, const QVariant &) { ++calls; });
     for (int i = 0; i < 100 && !log().contains("Unable to launch async task"); ++i)

@@ -38,7 +38,7 @@ TEST(LeadingDouble, ReadsLikeStrtodInTheCLocaleOverflowIncluded)
     EXPECT_EQ(leadingDouble(u"3E-99999999999999999999999"), 0.0);
 }
 
-TEST(LeadingInteger, SignsSpacesAndSaturation)
+TEST(Integers, LeadingOnesSaturateAndConversionsWrapOrSaturate)
 {
     EXPECT_EQ(leadingInteger(u" -12ab"), -12);
     EXPECT_EQ(leadingInteger(u"+7"), 7);
@@ -47,10 +47,7 @@ TEST(LeadingInteger, SignsSpacesAndSaturation)
     EXPECT_EQ(leadingInteger(u"9223372036854775808"), std::numeric_limits<qint64>::max());
     EXPECT_EQ(leadingInteger(u"-9223372036854775808"), std::numeric_limits<qint64>::min());
     EXPECT_EQ(leadingInteger(u"-99999999999999999999"), std::numeric_limits<qint64>::min());
-}
-
-TEST(Conversions, WrapSaturateAndNotANumber)
-{
+    // Conversions from double wrap, saturate, and make nothing of not-a-number.
     EXPECT_EQ(toUInt64(-1.0), std::numeric_limits<quint64>::max());
     EXPECT_EQ(toUInt64(2.9), 2u);
     EXPECT_EQ(toUInt64(1e30), std::numeric_limits<quint64>::max());
