@@ -109,18 +109,7 @@ TEST_F(FileTest, RightsCountOnlyWhenGrantedAndTheToolSucceeds)
     }
 }
 
-TEST_F(FileTest, CopyOntoAnExistingFileGoesThroughThePrivilegedCopy)
-{
-    TempHome::write(home.path() + "/new.txt", "new");
-    TempHome::write(home.path() + "/old.txt", "old");
-    EXPECT_TRUE(QFFileManager::copyFile(home.path() + "/new.txt", home.path() + "/old.txt", 5));
-    EXPECT_TRUE(log().contains(" - Error copying file: File exists. Authorizing..."));
-    EXPECT_EQ(TempHome::read(home.path() + "/old.txt"), "new");
-    EXPECT_TRUE(calls().contains("/bin/cp -f -p -R -- " + home.path() + "/new.txt " + home.path() +
-                                 "/old.txt"));
-}
-
-TEST_F(FileTest, CopyOrdinaryAndFailures)
+TEST_F(FileTest, CopyOrdinaryFailuresAndOntoAnExistingFileThroughThePrivilegedCopy)
 {
     QDir().mkpath(home.path() + "/folder/inner");
     TempHome::write(home.path() + "/folder/inner/a.txt", "a");
@@ -136,6 +125,14 @@ TEST_F(FileTest, CopyOrdinaryAndFailures)
     // A missing source fails the ordinary way, and the privileged copy refuses it too.
     EXPECT_FALSE(QFFileManager::copyFile(home.path() + "/missing", home.path() + "/x"));
     EXPECT_TRUE(calls().isEmpty());
+    // Onto an existing file the copy goes through the privileged one.
+    TempHome::write(home.path() + "/new.txt", "new");
+    TempHome::write(home.path() + "/old.txt", "old");
+    EXPECT_TRUE(QFFileManager::copyFile(home.path() + "/new.txt", home.path() + "/old.txt", 5));
+    EXPECT_TRUE(log().contains(" - Error copying file: File exists. Authorizing..."));
+    EXPECT_EQ(TempHome::read(home.path() + "/old.txt"), "new");
+    EXPECT_TRUE(calls().contains("/bin/cp -f -p -R -- " + home.path() + "/new.txt " + home.path() +
+                                 "/old.txt"));
 }
 
 TEST_F(FileTest, TrashFile)

@@ -88,7 +88,7 @@ TEST_F(QueryHelpers, SingleValuesAndLists)
     EXPECT_EQ(QFXMLParser::stringValueForQuery(u"./x"_qs, XmlNode()), QString());
 }
 
-TEST_F(QueryHelpers, QueriesOverSeveralNodesKeepTheirOrder)
+TEST_F(QueryHelpers, QueriesOverSeveralNodesKeepTheirOrderAndSeveralQueriesGiveEachNodeOnce)
 {
     const QList<XmlNode> tracks = sequence.nodesForXPath(u".//track"_qs);
     ASSERT_EQ(tracks.size(), 3);
@@ -96,10 +96,6 @@ TEST_F(QueryHelpers, QueriesOverSeveralNodesKeepTheirOrder)
         describe(QFXMLParser::queryNodes({tracks[2], tracks[1], tracks[2]}, u"./clipitem"_qs)),
         (QStringList{"clipitem:Y", "clipitem:Z", "clipitem:W", "clipitem:Y", "clipitem:Z"}));
     EXPECT_TRUE(QFXMLParser::queryNodes({}, u"./clipitem"_qs).isEmpty());
-}
-
-TEST_F(QueryHelpers, UnionOfQueriesInQueryOrderEachNodeOnce)
-{
     const QList<XmlNode> nodes = QFXMLParser::node(
         sequence, QStringList{".//clipitem[@id=\"C\"]", "./media//clipitem[1]", "./bad[[",
                               ".//clipitem[@id=\"C\"] | .//clipitem[@id=\"A\"]"});
@@ -150,7 +146,7 @@ TEST(QFXMLParser, FilenamesFromFileUrls)
     EXPECT_TRUE(QFXMLParser::filenameFromPathURLString(QString()).isNull());
 }
 
-TEST_F(QueryHelpers, NearestAncestorByNameStopsAtALimit)
+TEST_F(QueryHelpers, TreeWalksTheNearestAncestorStopsAtALimitTheNextSiblingClimbsOut)
 {
     const XmlNode marker = clip("B").nodesForXPath(u"./marker"_qs).value(0);
     ASSERT_FALSE(marker.isNull());
@@ -160,10 +156,7 @@ TEST_F(QueryHelpers, NearestAncestorByNameStopsAtALimit)
     EXPECT_FALSE(QFXMLParser::node(marker, u"track"_qs, {"sequence"}).isNull());
     EXPECT_TRUE(QFXMLParser::node(marker, u"marker"_qs).isNull()) << "not the node itself";
     EXPECT_TRUE(QFXMLParser::node(marker, u"nowhere"_qs).isNull());
-}
-
-TEST_F(QueryHelpers, NextSiblingClimbsOutOfTheSubtree)
-{
+    // The next sibling climbs out of the subtree.
     EXPECT_EQ(describe(QFXMLParser::nextSiblingForNode(clip("A"))), u"transitionitem");
     const XmlNode lastOfFirstTrack = clip("Reel%201");
     EXPECT_EQ(QFXMLParser::nextSiblingForNode(lastOfFirstTrack),
