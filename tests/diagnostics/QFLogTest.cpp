@@ -133,6 +133,7 @@ TEST_F(LogTest, StrayPercentSignsAreEscapedAndDoubledInThePrintedCopy)
     for (const char *line :
          {" - 100% done\n", " - literal %.2f\n", " - formatted 1.50\n", " - kept % pair\n"})
         EXPECT_TRUE(current().contains(QLatin1StringView(line))) << line;
+
     // The printed copy doubles them.
     QFLog::createNewLog(QString(), false);
     testing::internal::CaptureStdout();

@@ -93,6 +93,7 @@ TEST(Alert, EachFormShowsItsTextsAndGivesTheButtonsCode)
                                                  nullptr),
               QFAlert::notWaited);
     EXPECT_EQ(presenter.shown.size(), 3);
+
     // A timed alert answers itself with the default button.
     presenter.answerAtOnce.reset();
     EXPECT_EQ(QFAlert::timedAlertSheetWithMessageText(u"m"_qs, QString(), QString(), QString(),

@@ -125,6 +125,7 @@ TEST_F(FileTest, CopyOrdinaryFailuresAndOntoAnExistingFileThroughThePrivilegedCo
     // A missing source fails the ordinary way, and the privileged copy refuses it too.
     EXPECT_FALSE(QFFileManager::copyFile(home.path() + "/missing", home.path() + "/x"));
     EXPECT_TRUE(calls().isEmpty());
+
     // Onto an existing file the copy goes through the privileged one.
     TempHome::write(home.path() + "/new.txt", "new");
     TempHome::write(home.path() + "/old.txt", "old");

@@ -84,6 +84,7 @@ TEST(IsPathSystemDirectory, Decides)
     for (const auto &[path, system] : exact)
         EXPECT_EQ(QFLocalPaths::isPathSystemDirectory(QString::fromUtf8(path), true), system)
             << path;
+
     // The home is one, but not with a trailing slash.
     EXPECT_TRUE(QFLocalPaths::isPathSystemDirectory(home.path()));
     EXPECT_FALSE(QFLocalPaths::isPathSystemDirectory(home.path() + "/", true));

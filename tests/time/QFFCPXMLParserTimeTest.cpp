@@ -22,6 +22,7 @@ TEST(SecondsFromTimeString, ReadsAndLeavesAZeroDenominatorUnguarded)
             << (text ? text : "(null)");
     }
     EXPECT_DOUBLE_EQ(QFFCPXMLParser::secondsFromTimeString("86400300/24000s"), 3600.0125);
+
     // A zero denominator is not guarded.
     EXPECT_TRUE(std::isinf(QFFCPXMLParser::secondsFromTimeString("1/0s")));
     EXPECT_TRUE(std::isnan(QFFCPXMLParser::secondsFromTimeString("0/0s")));

@@ -47,6 +47,7 @@ TEST(Integers, LeadingOnesSaturateAndConversionsWrapOrSaturate)
     EXPECT_EQ(leadingInteger(u"9223372036854775808"), std::numeric_limits<qint64>::max());
     EXPECT_EQ(leadingInteger(u"-9223372036854775808"), std::numeric_limits<qint64>::min());
     EXPECT_EQ(leadingInteger(u"-99999999999999999999"), std::numeric_limits<qint64>::min());
+
     // Conversions from double wrap, saturate, and make nothing of not-a-number.
     EXPECT_EQ(toUInt64(-1.0), std::numeric_limits<quint64>::max());
     EXPECT_EQ(toUInt64(2.9), 2u);

@@ -71,6 +71,7 @@ TEST(TimecodeFromFrameCount, PrintsHugeCountsToo)
     EXPECT_EQ(print(17999, 30, true), u"00:10:00;19");
     EXPECT_EQ(print(18000, 30, true), u"00:10:00;18");
     EXPECT_EQ(print(107892, 30, true), u"01:00:00;00");
+
     // Huge counts print without failing.
     for (const quint64 count : {maxCount, maxCount - 1, quint64(1) << 63, quint64(1) << 40}) {
         for (const bool dropFrame : {false, true}) {
@@ -113,6 +114,7 @@ TEST(Rates, NtscRatesForThreeTimebasesOnlyAndTheRateDecidesHowSecondsPrint)
     EXPECT_EQ(QFTimecode::frameRateFromTimebase(60, true), 60000.0 / 1001.0);
     EXPECT_EQ(QFTimecode::frameRateFromTimebase(25, true), 0.0);
     EXPECT_EQ(QFTimecode::frameRateFromTimebase(-30, true), 0.0);
+
     // The rate decides the timebase and drop frame.
     EXPECT_EQ(QFTimecode::timecodeFromSeconds(3600.0, 29.97f, true), "01:00:00;00");
     EXPECT_EQ(QFTimecode::timecodeFromSeconds(10.5, 25.0f, false), "00:00:10:13");

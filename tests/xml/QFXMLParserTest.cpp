@@ -156,6 +156,7 @@ TEST_F(QueryHelpers, TreeWalksTheNearestAncestorStopsAtALimitTheNextSiblingClimb
     EXPECT_FALSE(QFXMLParser::node(marker, u"track"_qs, {"sequence"}).isNull());
     EXPECT_TRUE(QFXMLParser::node(marker, u"marker"_qs).isNull()) << "not the node itself";
     EXPECT_TRUE(QFXMLParser::node(marker, u"nowhere"_qs).isNull());
+
     // The next sibling climbs out of the subtree.
     EXPECT_EQ(describe(QFXMLParser::nextSiblingForNode(clip("A"))), u"transitionitem");
     const XmlNode lastOfFirstTrack = clip("Reel%201");

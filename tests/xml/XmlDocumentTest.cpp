@@ -93,8 +93,15 @@ TEST_F(LoggedTest, WellFormednessIsJudgedWithoutATreeAsTheStrictParseJudgesIt)
         EXPECT_EQ(XmlDocument::isWellFormed(bytes), bool(parse(bytes))) << bytes.data();
 }
 
-TEST(XmlDocument, FailuresSayWhy)
+TEST_F(LoggedTest, FailuresSayWhyAndTheRepairingParseClosesMismatchedTagsAndLogsIt)
 {
+    const auto document = parse("<a><b>x</a>", XmlDocument::Parsing::Repairing);
+    ASSERT_TRUE(document);
+    EXPECT_EQ(describe(document->rootElement().nodesForXPath(u"./b/text()"_qs)),
+              QStringList{"text:x"});
+    EXPECT_TRUE(log().contains(u"XML repaired: line 1: ")) << log().toStdString();
+
+    // The strict parse, reading a file and making an element say why they fail.
     QString line, file, fragment, twoRoots;
     EXPECT_FALSE(parse("<a>\n<b>x</a>", XmlDocument::Parsing::Strict, &line));
     EXPECT_TRUE(line.startsWith(u"line 2: ")) << line.toStdString();
@@ -104,15 +111,6 @@ TEST(XmlDocument, FailuresSayWhy)
     EXPECT_FALSE(XmlDocument::fromElementString(u"<a/><b/>"_qs, &twoRoots));
     for (const QString &error : {file, fragment, twoRoots})
         EXPECT_FALSE(error.isEmpty());
-}
-
-TEST_F(LoggedTest, RepairingParseClosesMismatchedTagsAndLogsTheRepair)
-{
-    const auto document = parse("<a><b>x</a>", XmlDocument::Parsing::Repairing);
-    ASSERT_TRUE(document);
-    EXPECT_EQ(describe(document->rootElement().nodesForXPath(u"./b/text()"_qs)),
-              QStringList{"text:x"});
-    EXPECT_TRUE(log().contains(u"XML repaired: line 1: ")) << log().toStdString();
 }
 
 TEST_F(LoggedTest, TextThatCannotBeWrittenIsLoggedNotPrinted)
