@@ -36,5 +36,10 @@ QString TerminalAlertPresenter::alertLine(const QString &messageText,
 {
     static const QRegularExpression lineBreaks(QStringLiteral("[\r\n]+"));
     const QString informative = informativeText.trimmed().replace(lineBreaks, QStringLiteral(" "));
-    return informative.isEmpty() ? messageText : messageText + QStringLiteral(": ") + informative;
+    if (informative.isEmpty())
+        return messageText;
+    // Some alert texts are whole sentences already; a colon after their full stop reads badly.
+    const bool sentence =
+        messageText.endsWith(u'.') || messageText.endsWith(u'!') || messageText.endsWith(u'?');
+    return messageText + (sentence ? QStringLiteral(" ") : QStringLiteral(": ")) + informative;
 }

@@ -6,8 +6,9 @@
 
 #include <cstdio>
 
-/// Alerts on the terminal: one line, "message: informative text", answered at once with
-/// the default button. Any thread may show one; each line is printed whole.
+/// Alerts on the terminal: one line, "message: informative text" (no colon after a
+/// message that ends a sentence), answered at once with the default button. Any thread
+/// may show one; each line is printed whole.
 class TerminalAlertPresenter : public QFAlertPresenter
 {
 public:

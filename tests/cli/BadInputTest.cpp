@@ -218,7 +218,7 @@ INSTANTIATE_TEST_SUITE_P(
                                            QFileDevice::ReadOther | QFileDevice::ExeOther);
                  return QStringList{test.markers(), target};
              },
-             2, "Failed to write marker data to disk.", true},
+             2, "Failed to write marker data to disk. The file", true},
         Case{"MissingMarkerList",
              [](BadInput &test) {
                  return QStringList{test.home.filePath(u"none.txt"_qs),
