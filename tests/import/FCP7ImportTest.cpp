@@ -63,11 +63,6 @@ TEST_F(ImportTest, LogsEveryStepAndSkipsRecordsWithoutSevenFields)
     EXPECT_FALSE(text.contains(u"Marker name: Eight"));
 }
 
-QStringList sheet(const char *message)
-{
-    return {u"process start"_qs, u"sheet "_qs + QLatin1StringView(message), u"process stop"_qs};
-}
-
 TEST_F(ImportTest, SilentAndFailingEndsStopTheSpinnerAndLeaveTheTargetAsItWas)
 {
     const struct
@@ -90,24 +85,25 @@ TEST_F(ImportTest, SilentAndFailingEndsStopTheSpinnerAndLeaveTheTargetAsItWas)
          "Line count: 3"},
         {"MissingMarkerList",
          [](QString &markers, ImportSettings &) { markers = u"/nonexistent/markers.txt"_qs; },
-         sheet("Unable to read marker list"), "Error: unable to load marker list"},
+         RecordingHost::endedWithSheet("Unable to read marker list"),
+         "Error: unable to load marker list"},
         {"MarkerListTooLarge",
          [this](QString &markers, ImportSettings &) {
              markers = home.file(u"huge.txt"_qs, markerList);
              QFile(markers).resize(17 * 1024 * 1024);
          },
-         sheet("Unable to read marker list"), "Line count: 0"},
+         RecordingHost::endedWithSheet("Unable to read marker list"), "Line count: 0"},
         {"SequenceWithoutId",
          [this](QString &, ImportSettings &s) {
              QByteArray xml = project;
              s.filename = home.file(u"noid.xml"_qs, xml.replace("id=\"seq1\"", "ident=\"seq1\""));
          },
-         sheet("Unable to find the sequence"), "Project filename: "},
+         RecordingHost::endedWithSheet("Unable to find the sequence"), "Project filename: "},
         {"NotXml",
          [this](QString &, ImportSettings &s) {
              s.filename = home.file(u"junk.xml"_qs, "\x89PNG\r\n\x1a\n\0\0");
          },
-         sheet("Unable to find the sequence"), "Unable to parse XML"},
+         RecordingHost::endedWithSheet("Unable to find the sequence"), "Unable to parse XML"},
         {"UnwritableOutput",
          [](QString &, ImportSettings &s) {
              s.outputPath = u"/proc/cuebridge-cannot-write.xml"_qs;

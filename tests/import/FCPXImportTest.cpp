@@ -396,11 +396,6 @@ TEST_F(FCPXImportTest, WithoutHandOffNothingIsOpenedAndTheMessageSaysSo)
 
 // --- Ends that write nothing -----------------------------------------------------------
 
-QStringList sheet(const char *message)
-{
-    return {u"process start"_qs, u"sheet "_qs + QLatin1StringView(message), u"process stop"_qs};
-}
-
 /// Settings that look the sequence up at the path given.
 Adjust xpath(const QString &path)
 {
@@ -435,28 +430,28 @@ TEST_F(FCPXImportTest, EndsWriteNothingAndSayWhy)
                  s.filename = QFileInfo(s.filename).path() + u"/folder.fcpxml"_qs;
                  QDir().mkpath(s.filename);
              },
-         .calls = sheet("Unable to get data for project"),
+         .calls = RecordingHost::endedWithSheet("Unable to get data for project"),
          .alert = u"Unable to get data for project / "_qs},
         {.name = "NotXml",
          .document = QByteArray("\x89PNG\r\n\x1a\n\0\0", 10),
-         .calls = sheet("Unable to find sequence"),
+         .calls = RecordingHost::endedWithSheet("Unable to find sequence"),
          .alert = u"Unable to find sequence / "_qs},
         {.name = "AnXPathMatchingNothing",
          .adjust = xpath(u"/fcpxml/library/event/project[2]/sequence"_qs),
-         .calls = sheet("Unable to find sequence"),
+         .calls = RecordingHost::endedWithSheet("Unable to find sequence"),
          .alert = u"Unable to find sequence / "_qs},
         {.name = "AMalformedXPath",
          .adjust = xpath(u"/fcpxml/library[["_qs),
-         .calls = sheet("Unable to find sequence"),
+         .calls = RecordingHost::endedWithSheet("Unable to find sequence"),
          .alert = u"Unable to find sequence / Invalid expression"_qs},
         {.name = "AnEmptyMarkerList",
          .markers = "",
-         .calls = sheet("Unable to read marker list"),
+         .calls = RecordingHost::endedWithSheet("Unable to read marker list"),
          .alert = u"Unable to read marker list / The file may be corrupt, empty or in an invalid "
                   u"format."_qs},
         {.name = "AnEmptyStoryline",
          .document = library(QString()),
-         .calls = sheet("Unable to locate clips"),
+         .calls = RecordingHost::endedWithSheet("Unable to locate clips"),
          .alert = u"Unable to locate clips / No video clips could be found in the timeline."_qs},
         {.name = "OnlyAHeaderIsSilent",
          .markers = "#\tTrack\tName\n\n",

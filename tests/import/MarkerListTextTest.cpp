@@ -7,18 +7,15 @@
 
 #include <gtest/gtest.h>
 
-#include <QFile>
-
 namespace {
 
 using TextEncoding::decode;
 using TextEncoding::detect;
 
-QByteArray readExample(const char *name)
+/// The path of one of the bundled example lists.
+QString example(const char *name)
 {
-    QFile file(QStringLiteral(CUEBRIDGE_SOURCE_DIR "/examples/") + QLatin1StringView(name));
-    EXPECT_TRUE(file.open(QIODevice::ReadOnly)) << name;
-    return file.readAll();
+    return QStringLiteral(CUEBRIDGE_SOURCE_DIR "/examples/") + QLatin1StringView(name);
 }
 
 TEST(TextEncoding, MarksAndUtf8ComeFirstThenTheDetectorWithMacRomanToldApart)
@@ -44,7 +41,7 @@ TEST(TextEncoding, MarksAndUtf8ComeFirstThenTheDetectorWithMacRomanToldApart)
         {"Caf\xe9\tTr\xe8s bien, \x93\xe0 revoir\x94 \x96 5 \x80\tNo\xebl", "WINDOWS-1252", line},
         {"Caf\x8e\tTr\x8fs bien, \xd2\x88 revoir\xd3 \xd0 5 \xdb\tNo\x91l", "MACINTOSH", line},
         // Without a mark UTF-16 is left to the caller's fallback.
-        {readExample("review-notes-utf16.txt").mid(2), std::nullopt, QString()},
+        {TempHome::read(example("review-notes-utf16.txt")).mid(2), std::nullopt, QString()},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.bytes.left(16).toHex().toStdString());
@@ -68,9 +65,8 @@ TEST_F(LoggedTest, TheExampleListsInEachEncodingGiveTheSameMarkers)
         return QFFCP7MarkerListParser::parseMarkersFromText(
             MarkerListText::readForImport(path, {}, {}, {}).text);
     };
-    const QString utf16 = QStringLiteral(CUEBRIDGE_SOURCE_DIR "/examples/review-notes-utf16.txt");
-    const QList<QFMarkerRecord> utf8 =
-        records(QStringLiteral(CUEBRIDGE_SOURCE_DIR "/examples/review-notes.txt"));
+    const QString utf16 = example("review-notes-utf16.txt");
+    const QList<QFMarkerRecord> utf8 = records(example("review-notes.txt"));
     ASSERT_EQ(utf8.size(), 21); // header and twenty markers
     EXPECT_EQ(records(utf16), utf8);
     EXPECT_EQ(records(home.file(u"markless.txt"_qs, TempHome::read(utf16).mid(2))), utf8);

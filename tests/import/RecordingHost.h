@@ -51,6 +51,12 @@ public:
                outcome.messageText);
     }
 
+    /// The calls of a procedure that ends at once with this message in a sheet.
+    static QStringList endedWithSheet(const char *message)
+    {
+        return {u"process start"_qs, u"sheet "_qs + QLatin1StringView(message), u"process stop"_qs};
+    }
+
     TargetKind kind;
     QList<SequenceItem> items;
     QStringList alerts;
