@@ -9,8 +9,8 @@ namespace {
 void check(const QString &text)
 {
     for (const QFMarkerRecord &record : QFFCP7MarkerListParser::parseMarkersFromText(text)) {
-        FUZZ_CHECK(record.size() >= 7);
-        for (const QString &field : record)
+        FUZZ_CHECK(record.fields.size() >= 7 && !record.lines.isEmpty());
+        for (const QString &field : record.fields)
             FUZZ_CHECK(field == field.trimmed());
     }
 }

@@ -30,12 +30,10 @@ void TerminalHost::setProcessSpinnerRunning(bool running)
                      .arg(QFileInfo(m_markerListPath).fileName()));
 }
 
-void TerminalHost::markerListLineSkipped(qsizetype line, const QString &why)
+void TerminalHost::printReport(const ImportReport &report) const
 {
-    TerminalAlertPresenter::printLine(stderr,
-                                      QStringLiteral("Line %1 of %2 skipped: %3")
-                                          .arg(line)
-                                          .arg(QFileInfo(m_markerListPath).fileName(), why));
+    for (const QString &line : report.lineTexts())
+        TerminalAlertPresenter::printLine(stderr, line);
 }
 
 void TerminalHost::showAlert(const ImportOutcome &outcome)

@@ -23,8 +23,9 @@ public:
     void enableUI(bool) override {}
     void addItemToSequencePopUp(const SequenceItem &) override {}
     void setToDoMarkerCheckEnabled(bool) override {}
-    /// Said even when quiet: a marker the user expects is missing.
-    void markerListLineSkipped(qsizetype line, const QString &why) override;
+    /// Each line of the list that gave no marker, or landed with a note, on standard
+    /// error even when quiet: a marker the user expects is missing.
+    void printReport(const ImportReport &report) const;
     void showAlert(const ImportOutcome &outcome) override;
 
     /// The exit status of an outcome: 0 imported, 1 some markers failed, 2 failed,

@@ -63,7 +63,8 @@ int run(const CommandLine &line)
     session.waitForIdle();
     const ImportOutcome outcome = session.lastOutcome();
     const int status = TerminalHost::exitStatus(outcome);
-    if (outcome.status == ImportOutcome::Status::NothingImported)
+    host.printReport(outcome.report);
+    if (outcome.status == ImportOutcome::Status::NothingImported && !outcome.hasAlert())
         printError(session.items().isEmpty() && !line.sequence
                        ? QStringLiteral("Nothing was imported: %1 lists no sequence to import "
                                         "into; name one with --sequence.")

@@ -12,6 +12,9 @@
 #include "xml/QFXMLParser.h"
 #include "xml/XmlDocument.h"
 
+#include <QFileInfo>
+#include <QMutex>
+
 #include <algorithm>
 #include <limits>
 #include <memory>
@@ -39,11 +42,44 @@ constexpr MarkerColor markerColors[] = {
 };
 constexpr MarkerColor otherColor{u"", 255, 0, 0, std::nullopt};
 
+/// The colour of a name, in any case; nullptr for a name not in the table.
+const MarkerColor *knownColor(const QString &name)
+{
+    const auto *found = std::find_if(
+        std::begin(markerColors), std::end(markerColors), [&name](const MarkerColor &c) {
+            return name.compare(QStringView(c.name), Qt::CaseInsensitive) == 0;
+        });
+    return found == std::end(markerColors) ? nullptr : found;
+}
+
 const MarkerColor &markerColor(const QString &name)
 {
-    const auto *found = std::find_if(std::begin(markerColors), std::end(markerColors),
-                                     [&name](const MarkerColor &c) { return name == c.name; });
-    return found == std::end(markerColors) ? otherColor : *found;
+    const MarkerColor *color = knownColor(name);
+    return color ? *color : otherColor;
+}
+
+/// The sequence of an XMEML file that the item stands for: the XPath of a sequence
+/// without a uuid, or else the first sequence whose uuid is the item's.
+XmlNode sequenceOfFile(const XmlNode &top, const QString &item)
+{
+    if (item.startsWith(u'/')) {
+        const XmlNode found = top.nodesForXPath(item).value(0);
+        return found.name() == u"sequence" ? found : XmlNode();
+    }
+    for (const XmlNode &sequence :
+         QFXMLParser::nodesForQuery(QStringLiteral("./xmeml[1]//sequence"), top)) {
+        if (QFXMLParser::stringValueForQuery(QStringLiteral("./uuid[1]"), sequence) == item)
+            return sequence;
+    }
+    return XmlNode();
+}
+
+/// Whether the file still holds the bytes the import read: two imports into one file
+/// must not drop each other's markers.
+bool unchangedSince(const QString &path, const QByteArray &read)
+{
+    const std::optional<QByteArray> now = QFFileContents::read(path);
+    return now && *now == read;
 }
 
 int int32Value(const QString &text)
@@ -89,10 +125,20 @@ QString bin(const QString &uuid, const QString &sequence)
 /// that parses, so that the user's file is never left unreadable. An earlier failure
 /// in the error slot is reported as a failed write.
 ImportOutcome writeXMEMLFile(ImportHost &host, const QByteArray &bytes, const QString &path,
-                             QFError &errorSlot)
+                             QFError &errorSlot, const ImportReport &report,
+                             const std::optional<QByteArray> &read)
 {
+    // Compared and replaced under one lock, so that two windows of this process never
+    // interleave.
+    static QMutex writing;
+    QMutexLocker lock(&writing);
     QString parseError;
-    if (!XmlDocument::isWellFormed(bytes, &parseError))
+    if (read && !unchangedSince(path, *read))
+        errorSlot = QFError::make(
+            QStringLiteral("com.quillfen"), 3, QStringLiteral("NSLocalizedDescription"),
+            QStringLiteral("The file changed during the import, so nothing was written; import "
+                           "again to add the markers to its new contents."));
+    else if (!XmlDocument::isWellFormed(bytes, &parseError))
         errorSlot = QFError::make(QStringLiteral("com.quillfen"), 2,
                                   QStringLiteral("NSLocalizedDescription"),
                                   QStringLiteral("The changed sequence is not well-formed XML, so "
@@ -100,20 +146,23 @@ ImportOutcome writeXMEMLFile(ImportHost &host, const QByteArray &bytes, const QS
                                       parseError);
     else
         QFFileContents::writeAtomically(path, bytes, &errorSlot);
+    lock.unlock();
     host.setProcessSpinnerRunning(false);
-    if (!errorSlot.domain.isEmpty())
-        return host.report(
+    if (!errorSlot.domain.isEmpty()) {
+        ImportOutcome failure =
             ImportOutcome::failed(QStringLiteral("Failed to write marker data to disk."),
-                                  errorSlot.localizedDescription()));
-    return host.report(
-        {ImportOutcome::Status::Imported, QStringLiteral("Markers successfully imported"),
-         host.targetKind().isSequenceOnly
-             ? QStringLiteral("The markers were imported into the XML file.\n\nPlease reimport "
-                              "the XML file into your editing application.")
-             : QStringLiteral("The markers were imported into a copy of the sequence inside the "
-                              "Imported Markers bin.\n\nPlease reimport the XML file into your "
-                              "editing application."),
-         ImportOutcome::AlertParent::DocumentWindow, path});
+                                  errorSlot.localizedDescription());
+        failure.report = report;
+        return host.report(failure);
+    }
+    return host.report(ImportOutcome::written(
+        report, path,
+        host.targetKind().isSequenceOnly
+            ? QStringLiteral("The markers were imported into the XML file.\n\nPlease reimport "
+                             "the XML file into your editing application.")
+            : QStringLiteral("The markers were imported into a copy of the sequence inside the "
+                             "Imported Markers bin.\n\nPlease reimport the XML file into your "
+                             "editing application.")));
 }
 
 } // namespace
@@ -189,11 +238,13 @@ ImportOutcome FCP7Import::startProcessingWithSettings(ImportHost &host,
     if (version.isEmpty())
         version = QFFormat::format(u"%li", QFAppleEvents::maximumXMEMLVersion());
 
-    // A string literal predicate holds for any uuid, so this is the first sequence
-    // that has one; the editor's own data holds only the chosen sequence anyway.
+    // The editor's own data holds only the chosen sequence: there a string literal
+    // predicate, which holds for any uuid, finds it. A file may hold many.
     XmlNode sequence =
         kind.isSequenceOnly
             ? QFXMLParser::nodeForQuery(QStringLiteral("./xmeml[1]/sequence[1]"), top)
+        : kind.isXMLFile
+            ? sequenceOfFile(top, uuid)
             : QFXMLParser::nodeForQuery(
                   QFFormat::format(u"./xmeml[1]//sequence/uuid[\"%@\"]/..", uuid), top);
     const auto sequenceNotFound = [&host] {
@@ -204,6 +255,13 @@ ImportOutcome FCP7Import::startProcessingWithSettings(ImportHost &host,
     if (!sequence)
         return sequenceNotFound();
 
+    // Other editors' exports may leave out the id that the new name is made from: their
+    // sequence's own name serves instead.
+    if (kind.isXMLFile && !sequence.attributeForName(QStringLiteral("id"))) {
+        const QString name =
+            QFXMLParser::stringValueForQuery(QStringLiteral("./name[1]"), sequence);
+        sequence.setAttribute("id", name.isEmpty() ? QStringLiteral("Sequence") : name);
+    }
     const QString newUUID = QFAppleEvents::generateUUID();
     if (XmlNode uuidNode = QFXMLParser::nodeForQuery(QStringLiteral("./uuid[1]"), sequence)) {
         uuidNode.setStringValue(newUUID);
@@ -228,37 +286,49 @@ ImportOutcome FCP7Import::startProcessingWithSettings(ImportHost &host,
     // failure is still there after a successful write, and is reported.
     QFError errorSlot;
     const auto keep = [&errorSlot](const QFError &error) { errorSlot = error; };
-    const MarkerListText::ImportText markerText = MarkerListText::readForImport(
-        host.markerListPath(), keep, keep, [&host](const MarkerExports::SkippedLine &line) {
-            host.markerListLineSkipped(line.line, line.why);
-        });
+    const MarkerListText::ImportText markerText =
+        MarkerListText::readForImport(host.markerListPath(), keep, keep);
     QFLog::appendLog(u"Line count: %li", markerText.lineCount);
     if (markerText.lineCount < 2)
         return host.endImport(MarkerListText::unreadable());
 
     const qint64 offset = settings.offsetInFrames(rate.timebase);
-    const QList<QFMarkerRecord> records =
-        QFFCP7MarkerListParser::parseMarkersFromText(markerText.text);
-    if (records.size() < 2)
-        return host.endImport();
+    ImportReport report = markerText.list.report();
+    if (markerText.list.markers.isEmpty() && report.skipped.isEmpty())
+        return host.endImport(); // a header alone, or nothing at all
 
+    const QString sequenceName =
+        QFXMLParser::stringValueForQuery(QStringLiteral("./name[1]"), sequence);
     const bool stripWhitespace = UserTextEscaping::stripWhitespaceEnabled();
-    for (qsizetype i = 1; i < records.size(); ++i) {
-        QFLog::appendLog(u"Tab count: %i", records[i].size());
-        if (records[i].size() != 7)
+    for (const MarkerRecord &record : markerText.list.markers) {
+        QFLog::appendLog(u"Tab count: %i", record.columns);
+        if (const QString problem = TimelineMarker::timecodeProblem(record, rate);
+            !problem.isNull()) {
+            QFLog::appendLog(u"Line %li skipped: %@", qint64(record.lines.value(0)), problem);
+            report.skip(record.lines, problem);
             continue;
-        const TimelineMarker marker =
-            TimelineMarker::make(MarkerRecord::fromRecord(records[i]), rate, offset,
-                                 stripWhitespace, TimelineMarker::Arithmetic::WholeFrames);
+        }
+        const TimelineMarker marker = TimelineMarker::make(record, rate, offset, stripWhitespace,
+                                                           TimelineMarker::Arithmetic::WholeFrames);
         QString error;
         const auto element = XmlDocument::fromElementString(
-            markerElementText(marker.name, marker.comment, marker.record.color, marker.in,
-                              marker.out),
+            markerElementText(marker.name, marker.comment, record.color, marker.in, marker.out),
             &error);
         if (!element)
             return host.endImport(ImportOutcome::failed(QStringLiteral("Unable to create marker"),
                                                         error, Parent::None));
         sequence.addChild(element->rootElement());
+        report.written.append(
+            {record.lines,
+             QStringLiteral("sequence “%1” at frame %2").arg(sequenceName).arg(marker.in),
+             record.color.isEmpty() || knownColor(record.color)
+                 ? QString()
+                 : QStringLiteral("colour \"%1\" is none of ours: the marker is red")
+                       .arg(record.color)});
+    }
+    if (report.written.isEmpty()) {
+        QFLog::appendLog(u"No marker to import");
+        return host.endImport(ImportOutcome::nothingImported(report));
     }
 
     // Whole documents stay UTF-8 from the serialiser to the disk.
@@ -291,17 +361,20 @@ ImportOutcome FCP7Import::startProcessingWithSettings(ImportHost &host,
     }
     output = QFAppleEvents::escapeCharactersInXMLString(output);
 
-    if (targetFormatForPath(filename) == TargetFormat::XMEMLFile)
-        return writeXMEMLFile(host, output, settings.outputPath.value_or(filename), errorSlot);
+    if (targetFormatForPath(filename) == TargetFormat::XMEMLFile) {
+        const QString path = settings.outputPath.value_or(filename);
+        // Only the target itself can have been changed by another import meanwhile.
+        const bool inPlace = QFileInfo(path) == QFileInfo(filename);
+        return writeXMEMLFile(host, output, path, errorSlot, report, inPlace ? data : std::nullopt);
+    }
 
     if (QFAppleEvents::sendXMLToFCP(QString::fromUtf8(output), filename)) {
         QFAppleEvents::openItem(newUUID, filename, true);
         host.setProcessSpinnerRunning(false);
-        return host.report({ImportOutcome::Status::Imported,
-                            QStringLiteral("Markers successfully imported"),
-                            QStringLiteral("The markers were imported into a copy of the sequence "
-                                           "inside the Imported Markers bin."),
-                            Parent::DocumentWindow, QString()});
+        return host.report(ImportOutcome::written(
+            report, QString(),
+            QStringLiteral("The markers were imported into a copy of the sequence "
+                           "inside the Imported Markers bin.")));
     }
     host.setProcessSpinnerRunning(false);
     return host.report(

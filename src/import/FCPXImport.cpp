@@ -3,7 +3,6 @@
 #include "diagnostics/QFLog.h"
 #include "import/FCPXPlacement.h"
 #include "import/MarkerListText.h"
-#include "import/QFFCP7MarkerListParser.h"
 #include "import/TargetDiscovery.h"
 #include "import/TimelineMarker.h"
 #include "import/UserTextEscaping.h"
@@ -14,6 +13,7 @@
 #include "time/FrameRate.h"
 #include "time/QFFCPXMLParser.h"
 #include "time/QFNumberReader.h"
+#include "time/RationalTime.h"
 #include "xml/FCPXMLDtd.h"
 #include "xml/QFXMLParser.h"
 #include "xml/XmlDocument.h"
@@ -22,11 +22,10 @@
 #include <QFile>
 #include <QSet>
 
+#include <algorithm>
 #include <memory>
 
 namespace {
-
-const auto window = ImportOutcome::AlertParent::DocumentWindow;
 
 /// The project becomes "<name>-Cuebridge", so the editor imports it beside the
 /// user's own. A project inside a library has no such attribute and keeps its name.
@@ -212,15 +211,10 @@ ImportOutcome FCPXImport::startProcessingFCPXWithSettings(ImportHost &host,
         QFLog::appendLog(u"Error importing markers: %@", error.localizedDescription());
     };
     const MarkerListText::ImportText markerText =
-        MarkerListText::readForImport(host.markerListPath(), logReadError, nullptr,
-                                      [&host](const MarkerExports::SkippedLine &line) {
-                                          host.markerListLineSkipped(line.line, line.why);
-                                      });
+        MarkerListText::readForImport(host.markerListPath(), logReadError, nullptr);
     if (markerText.lineCount < 2)
         return host.endImport(MarkerListText::unreadable());
     QFLog::appendLog(u"Line count: %li", markerText.lineCount);
-    const QList<QFMarkerRecord> records =
-        QFFCP7MarkerListParser::parseMarkersFromText(markerText.text);
 
     const qint64 offsetFrames = settings.offsetInFrames(rate.timebase);
     const QList<XmlNode> clips = storylineClips(sequence, host.targetKind().isEvent);
@@ -230,28 +224,45 @@ ImportOutcome FCPXImport::startProcessingFCPXWithSettings(ImportHost &host,
             QStringLiteral("Unable to locate clips"),
             QStringLiteral("No video clips could be found in the timeline.")));
     }
-    if (records.size() < 2)
-        return host.endImport();
+    ImportReport report = markerText.list.report();
+    if (markerText.list.markers.isEmpty() && report.skipped.isEmpty())
+        return host.endImport(); // a header alone, or nothing at all
 
     const FCPXClipRanges ranges(clips, rate.fps);
+    std::optional<RationalTime> frame = RationalTime::fromTimeString(frameDuration);
+    if (frame && frame->numerator <= 0)
+        frame.reset(); // no rate to place anything at
     const FCPXMLDtd &dtd = FCPXMLDtd::forDocument(*document);
     FCPXMarkerInsertion insertion(dtd);
     const bool stripWhitespace = UserTextEscaping::stripWhitespaceEnabled();
     const bool todo = settings.todoMarkersEnabled.value_or(false);
     const double timeScale = rate.fps * double(multiplier);
-    bool someFailed = false;
-    for (qsizetype i = 1; i < records.size(); ++i) {
-        const TimelineMarker marker =
-            TimelineMarker::make(MarkerRecord::fromRecord(records[i]), rate, offsetFrames,
-                                 stripWhitespace, TimelineMarker::Arithmetic::RealFrames);
-        const double position = marker.position;
-        const FCPXClipRanges::Clip *clip = ranges.clipAt(position);
-        if (!clip) {
-            QFLog::appendLog(u"Clip not found for marker %@ at %0.0f", marker.name, position);
-            someFailed = true;
+    bool outsideClips = false;
+    for (const MarkerRecord &record : markerText.list.markers) {
+        if (const QString problem = TimelineMarker::timecodeProblem(record, rate);
+            !problem.isNull()) {
+            QFLog::appendLog(u"Line %li skipped: %@", qint64(record.lines.value(0)), problem);
+            report.skip(record.lines, problem);
             continue;
         }
-        const double local = position - clip->offset + clip->start * rate.fps;
+        const TimelineMarker marker = TimelineMarker::make(
+            record, rate, offsetFrames, stripWhitespace, TimelineMarker::Arithmetic::RealFrames);
+        const double position = marker.position;
+        // The clip is chosen exactly: a marker on a cut belongs to the later clip at any
+        // rate, where frames times a fractional rate would miss it by a rounding.
+        const auto time = frame && position < 1e15 ? RationalTime::frames(qint64(position), *frame)
+                                                   : std::nullopt;
+        const FCPXClipRanges::Clip *clip = time ? ranges.clipAt(*time) : nullptr;
+        if (!clip) {
+            QFLog::appendLog(u"Clip not found for marker %@ at %0.0f", marker.name, position);
+            outsideClips = true;
+            report.skip(record.lines,
+                        QStringLiteral("outside every clip: %1")
+                            .arg(rate.timecodeFromFrames(QFNumberReader::toUInt64(position))));
+            continue;
+        }
+        // Not below the clip's own start: the exact test has put the marker inside it.
+        const double local = std::max(0.0, position - clip->offset) + clip->start * rate.fps;
         QString start;
         if (clip->element.name() == u"transition") {
             // Kept as the editor has always received it: the timeline frame number,
@@ -262,6 +273,11 @@ ImportOutcome FCPXImport::startProcessingFCPXWithSettings(ImportHost &host,
         } else {
             start = QFFormat::format(u"%0.0f/%0.0fs", local * double(multiplier), timeScale);
         }
+        const QString clipName = clip->element.attributeValue("name");
+        report.written.append(
+            {record.lines,
+             QStringLiteral("%1 “%2” at %3").arg(clip->element.name(), clipName, start),
+             {}});
 
         // Built in place when the texts allow; otherwise the parse of the written-out
         // element decides, and names what is wrong.
@@ -275,6 +291,10 @@ ImportOutcome FCPXImport::startProcessingFCPXWithSettings(ImportHost &host,
             return host.endImport(ImportOutcome::failed(QStringLiteral("Unable to create marker"),
                                                         error, ImportOutcome::AlertParent::None));
         insertion.insert(clip->element, element->rootElement());
+    }
+    if (report.written.isEmpty()) {
+        QFLog::appendLog(u"No marker to import");
+        return host.endImport(ImportOutcome::nothingImported(report));
     }
 
     // The editor refuses a whole document that breaks its DTD; one that did so before
@@ -294,21 +314,15 @@ ImportOutcome FCPXImport::startProcessingFCPXWithSettings(ImportHost &host,
         return host.endImport(ImportOutcome::failed(
             QStringLiteral("Failed to write marker data to disk."), writeError));
     host.setProcessSpinnerRunning(false);
-    ImportOutcome outcome;
-    if (someFailed) {
-        outcome = {ImportOutcome::Status::SomeMarkersFailed,
-                   QStringLiteral("Some markers failed to import"),
-                   QStringLiteral("Make sure the starting timecode of the marker list matches that "
-                                  "of your timeline or use the Offset field to compensate."),
-                   window, result};
-    } else {
-        outcome = {ImportOutcome::Status::Imported, QStringLiteral("Markers successfully imported"),
-                   settings.handOffResult
-                       ? QStringLiteral("A copy of your project was sent to Final Cut Pro.")
-                       : QStringLiteral("A copy of your project was written for Final Cut Pro "
-                                        "to import."),
-                   window, result};
-    }
+    const ImportOutcome outcome = ImportOutcome::written(
+        report, result,
+        settings.handOffResult
+            ? QStringLiteral("A copy of your project was sent to Final Cut Pro.")
+            : QStringLiteral("A copy of your project was written for Final Cut Pro to import."),
+        outsideClips
+            ? QStringLiteral("Make sure the starting timecode of the marker list matches "
+                             "that of your timeline or use the Offset field to compensate.")
+            : QString());
     host.report(outcome);
     host.setProcessSpinnerRunning(false);
     return outcome;

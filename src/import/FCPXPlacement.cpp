@@ -23,9 +23,11 @@ FCPXClipRanges::FCPXClipRanges(const QList<XmlNode> &clips, double fps)
         clip.element = element;
         clip.offset = seconds(element, "offset") * fps;
         clip.start = seconds(element, "start");
-        clip.end = clip.offset + seconds(element, "duration") * fps;
-        if (std::isnan(clip.offset) || std::isnan(clip.end) ||
-            (!m_clips.empty() && clip.offset < m_clips.back().offset))
+        clip.begins = RationalTime::fromTimeString(element.attributeValue("offset"));
+        const auto duration = RationalTime::fromTimeString(element.attributeValue("duration"));
+        if (clip.begins && duration)
+            clip.ends = clip.begins->plus(*duration);
+        if (!clip.ends || (!m_clips.empty() && *clip.begins < *m_clips.back().begins))
             ordered = false;
         m_clips.push_back(clip);
     }
@@ -33,24 +35,24 @@ FCPXClipRanges::FCPXClipRanges(const QList<XmlNode> &clips, double fps)
         return;
     m_reach.reserve(m_clips.size());
     for (const Clip &clip : m_clips)
-        m_reach.push_back(m_reach.empty() ? clip.end : std::max(m_reach.back(), clip.end));
+        m_reach.push_back(m_reach.empty() ? *clip.ends : std::max(m_reach.back(), *clip.ends));
 }
 
-const FCPXClipRanges::Clip *FCPXClipRanges::clipAt(double position) const
+const FCPXClipRanges::Clip *FCPXClipRanges::clipAt(const RationalTime &time) const
 {
-    if (m_reach.size() != m_clips.size() || std::isnan(position)) {
-        const auto found = std::find_if(m_clips.begin(), m_clips.end(), [position](const Clip &c) {
-            return c.offset <= position && c.end > position;
+    if (m_reach.size() != m_clips.size()) {
+        const auto found = std::find_if(m_clips.begin(), m_clips.end(), [&time](const Clip &c) {
+            return c.ends && *c.begins <= time && time < *c.ends;
         });
         return found == m_clips.end() ? nullptr : &*found;
     }
-    // Clips before `starting` begin at or before the position; the first clip whose
-    // reach passes it is the first that ends after it, and it holds the position when
-    // it also begins in time.
+    // Clips before `starting` begin at or before the time; the first clip whose reach
+    // passes it is the first that ends after it, and it holds the time when it also
+    // begins in time.
     const auto starting =
-        std::upper_bound(m_clips.begin(), m_clips.end(), position,
-                         [](double p, const Clip &clip) { return p < clip.offset; });
-    const auto reaching = std::upper_bound(m_reach.begin(), m_reach.end(), position);
+        std::upper_bound(m_clips.begin(), m_clips.end(), time,
+                         [](const RationalTime &t, const Clip &clip) { return t < *clip.begins; });
+    const auto reaching = std::upper_bound(m_reach.begin(), m_reach.end(), time);
     const auto index = reaching - m_reach.begin();
     return index < starting - m_clips.begin() ? &m_clips[size_t(index)] : nullptr;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "time/RationalTime.h"
 #include "xml/FCPXMLDtd.h"
 #include "xml/XmlNode.h"
 
@@ -16,27 +17,29 @@ public:
     struct Clip
     {
         XmlNode element;
-        /// Where the clip begins and ends on the timeline, in frames: it covers
-        /// [offset, end).
+        /// Where the clip begins on the timeline, in frames.
         double offset = 0;
-        double end = 0;
         /// Where the clip's own time begins, in seconds.
         double start = 0;
+        /// The timeline range it covers, [begins, ends), exactly as written; none when
+        /// its offset or duration cannot be read.
+        std::optional<RationalTime> begins;
+        std::optional<RationalTime> ends;
     };
 
     /// Reads the "offset", "start" and "duration" of each clip (absent ones are 0).
     FCPXClipRanges(const QList<XmlNode> &clips, double fps);
 
-    /// The first clip in document order whose range holds the position; nullptr when
-    /// none does. Logarithmic when the offsets are in timeline order, as storylines
-    /// are; otherwise every clip is looked at.
-    const Clip *clipAt(double position) const;
+    /// The first clip in document order whose range holds the time; nullptr when none
+    /// does. Logarithmic when the offsets are in timeline order, as storylines are;
+    /// otherwise every clip is looked at.
+    const Clip *clipAt(const RationalTime &time) const;
 
 private:
     std::vector<Clip> m_clips;
     /// For each clip, the furthest end among it and the clips before it. Empty when
     /// the clips are out of order (or hold unreadable times) and a scan is needed.
-    std::vector<double> m_reach;
+    std::vector<RationalTime> m_reach;
 };
 
 /// Inserts new markers into clips where the DTD of the document's version wants them:

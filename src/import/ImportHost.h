@@ -75,13 +75,6 @@ public:
     virtual void addItemToSequencePopUp(const SequenceItem &item) = 0;
     virtual void setToDoMarkerCheckEnabled(bool enabled) = 0;
 
-    /// A line of another editor's marker export that gave no marker (already logged).
-    virtual void markerListLineSkipped(qsizetype line, const QString &why)
-    {
-        Q_UNUSED(line);
-        Q_UNUSED(why);
-    }
-
     /// Shows the outcome's alert and returns once the user has answered it. Called
     /// only for outcomes that have one.
     virtual void showAlert(const ImportOutcome &outcome) = 0;

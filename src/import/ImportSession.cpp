@@ -129,7 +129,8 @@ ImportSettings ImportSession::settingsFor(const ImportOptions &options) const
 bool ImportSession::sendToFCP(const ImportOptions &options)
 {
     const ImportSettings settings = settingsFor(options);
-    if (settings.filename.isEmpty())
+    // One import of a document at a time: a second would read what the first replaces.
+    if (settings.filename.isEmpty() || m_importing.exchange(true))
         return false;
     std::shared_ptr<ParsedTarget> parsed;
     {
@@ -145,6 +146,7 @@ bool ImportSession::sendToFCP(const ImportOptions &options)
             QMutexLocker lock(&m_mutex);
             m_lastOutcome = outcome;
         }
+        m_importing = false;
         emit importFinished(outcome);
     });
     return true;

@@ -72,7 +72,7 @@ public:
     /// object as the uuid (FCP 7) or the XPath (FCPX) when an item is chosen.
     ImportSettings settingsFor(const ImportOptions &options) const;
     /// Starts the import with the options on a worker thread. False (nothing starts)
-    /// when no target is adopted.
+    /// when no target is adopted or an import of this document runs.
     bool sendToFCP(const ImportOptions &options);
     /// The outcome of the latest import, once it has ended.
     ImportOutcome lastOutcome() const;
@@ -103,4 +103,5 @@ private:
     ImportOutcome m_lastOutcome;
     QList<QThread *> m_workers;
     std::atomic<int> m_running{0}; // work started and not yet ended
+    std::atomic<bool> m_importing{false};
 };

@@ -75,24 +75,47 @@ QString nearestColour(const QString &colour)
     return nearest.value(colour.trimmed().toLower(), QStringLiteral("Red"));
 }
 
-/// Builds our marker list line by line.
-class MarkerList
+/// Collects the markers of an export, and writes them as a marker list of ours.
+class MarkerListBuilder
 {
 public:
-    MarkerList() : m_text(QStringLiteral("#\tTrack\tName\tComment\tStart\tDuration\tColor\n")) {}
-
-    void add(const QString &track, const QString &name, const QString &comment,
-             const QString &start, const QString &duration, const QString &colour)
+    explicit MarkerListBuilder(const QStringList &lines)
     {
-        m_text += QString::number(++m_count) + u'\t' + field(track) + u'\t' + field(name) + u'\t' +
-                  field(comment) + u'\t' + start + u'\t' + duration + u'\t' + colour + u'\n';
+        for (const QString &line : lines)
+            if (!line.trimmed().isEmpty())
+                ++m_list.linesWithText;
     }
-    QString text() const { return m_text; }
 
-    /// A duration in frames as a timecode that counts the same frames at any rate.
-    static QString frames(const QString &count)
+    /// A marker read from the line (from 0); the duration as a timecode, or in frames.
+    void add(qsizetype line, const QString &name, const QString &comment, const QString &start,
+             const QString &duration, const QString &colour,
+             std::optional<quint64> durationFrames = std::nullopt,
+             MarkerRecord::Kind kind = MarkerRecord::Kind::Standard)
     {
-        return QStringLiteral("00:00:00:") + QString::number(count.toLongLong());
+        m_list.markers.append({field(name),
+                               field(comment),
+                               start,
+                               duration,
+                               colour,
+                               kind,
+                               durationFrames,
+                               {line + 1}});
+    }
+    void addLineToLast(qsizetype line) { m_list.markers.last().lines.append(line + 1); }
+    void header(qsizetype line) { m_list.headerLines.append(line + 1); }
+    void skip(qsizetype line, const QString &why) { m_list.skipped.append({line + 1, why}); }
+
+    MarkerList list() const { return m_list; }
+
+    /// Our own format: the column header, then a line a marker.
+    QString text() const
+    {
+        QString text = QStringLiteral("#\tTrack\tName\tComment\tStart\tDuration\tColor\n");
+        qsizetype number = 0;
+        for (const MarkerRecord &m : m_list.markers)
+            text += QString::number(++number) + QStringLiteral("\tV1\t") + m.name + u'\t' +
+                    m.comment + u'\t' + m.start + u'\t' + m.duration + u'\t' + m.color + u'\n';
+        return text;
     }
 
 private:
@@ -101,49 +124,66 @@ private:
     {
         QString cleaned = text;
         cleaned.replace(u'\t', u' ').replace(u'\r', u' ').replace(u'\n', u' ');
-        return cleaned.trimmed();
+        // Never null: an absent comment is an empty one, as in a list of ours.
+        return cleaned.isEmpty() ? QStringLiteral("") : cleaned.trimmed();
     }
 
-    QString m_text;
-    int m_count = 0;
+    MarkerList m_list;
 };
 
-void readAvid(const QStringList &lines, MarkerList &list, QList<SkippedLine> &skipped)
+std::optional<quint64> frameCount(const QString &text)
+{
+    bool number = false;
+    const qint64 count = text.trimmed().toLongLong(&number);
+    return number && count >= 0 ? std::optional(quint64(count)) : std::nullopt;
+}
+
+void readAvid(const QStringList &lines, MarkerListBuilder &list)
 {
     for (qsizetype i = 0; i < lines.size(); ++i) {
         if (lines[i].trimmed().isEmpty())
             continue;
         const QStringList f = lines[i].split(u'\t');
         if (f.size() < 6)
-            skipped.append({i + 1, QStringLiteral("fewer than six columns")});
+            list.skip(i, QStringLiteral("fewer than six columns"));
         else if (!isTimecode(f[1].trimmed()))
-            skipped.append({i + 1, QStringLiteral("no timecode in the second column")});
+            list.skip(i, QStringLiteral("no timecode in the second column"));
         else if (!isFrameCount(f[5].trimmed()))
-            skipped.append({i + 1, QStringLiteral("the duration is no number of frames")});
+            list.skip(i, QStringLiteral("the duration is no number of frames"));
         else
-            list.add(f[2], f[4], QString(), f[1].trimmed(), MarkerList::frames(f[5].trimmed()),
-                     nearestColour(f[3]));
+            list.add(i, f[4], QString(), f[1].trimmed(), f[5].trimmed(), nearestColour(f[3]),
+                     frameCount(f[5]));
     }
 }
 
-void readPremiere(const QStringList &lines, MarkerList &list, QList<SkippedLine> &skipped)
+void readPremiere(const QStringList &lines, MarkerListBuilder &list)
 {
-    for (qsizetype i = 1; i < lines.size(); ++i) { // after the header
+    bool headerSeen = false;
+    for (qsizetype i = 0; i < lines.size(); ++i) {
         if (lines[i].trimmed().isEmpty())
             continue;
+        if (!headerSeen) {
+            headerSeen = true;
+            list.header(i);
+            continue;
+        }
         const QStringList f = lines[i].split(u'\t');
         if (f.size() < 5)
-            skipped.append({i + 1, QStringLiteral("fewer than five columns")});
+            list.skip(i, QStringLiteral("fewer than five columns"));
         else if (!isTimecode(f[2].trimmed()))
-            skipped.append({i + 1, QStringLiteral("the In column holds no timecode")});
+            list.skip(i, QStringLiteral("the In column holds no timecode"));
         else if (!isTimecode(f[4].trimmed()))
-            skipped.append({i + 1, QStringLiteral("the Duration column holds no timecode")});
+            list.skip(i, QStringLiteral("the Duration column holds no timecode"));
         else
-            list.add(QString(), f[0], f[1], f[2].trimmed(), f[4].trimmed(), QStringLiteral("Red"));
+            list.add(i, f[0], f[1], f[2].trimmed(), f[4].trimmed(), QStringLiteral("Red"),
+                     std::nullopt,
+                     f.value(5).trimmed().compare(u"Chapter", Qt::CaseInsensitive) == 0
+                         ? MarkerRecord::Kind::Chapter
+                         : MarkerRecord::Kind::Standard);
     }
 }
 
-void readResolveEdl(const QStringList &lines, MarkerList &list, QList<SkippedLine> &skipped)
+void readResolveEdl(const QStringList &lines, MarkerListBuilder &list)
 {
     static const QRegularExpression event(QStringLiteral(
         "^\\d+\\s+\\S+\\s+\\S+\\s+\\S+\\s+(\\S+)\\s+(\\S+)\\s+(\\S+)\\s+(\\S+)\\s*$"));
@@ -154,29 +194,33 @@ void readResolveEdl(const QStringList &lines, MarkerList &list, QList<SkippedLin
     QString recordIn;
     for (qsizetype i = 0; i < lines.size(); ++i) {
         const QString line = lines[i].trimmed();
+        if (line.isEmpty())
+            continue;
         if (line.startsWith(u"FCM:")) {
             dropFrame = !line.contains(u"NON-DROP");
+            list.header(i);
             continue;
         }
-        if (line.isEmpty() || line.startsWith(u"TITLE:"))
+        if (line.startsWith(u"TITLE:")) {
+            list.header(i);
             continue;
+        }
         if (const QRegularExpressionMatch match = event.match(line); match.hasMatch()) {
             if (pendingEvent >= 0)
-                skipped.append(
-                    {pendingEvent + 1, QStringLiteral("an event without a marker line")});
+                list.skip(pendingEvent, QStringLiteral("an event without a marker line"));
             recordIn = match.captured(3);
             pendingEvent = isTimecode(recordIn) ? i : -1;
             if (pendingEvent < 0)
-                skipped.append({i + 1, QStringLiteral("the record in point is no timecode")});
+                list.skip(i, QStringLiteral("the record in point is no timecode"));
             continue;
         }
         const QRegularExpressionMatch match = marker.match(line);
         if (!match.hasMatch()) {
-            skipped.append({i + 1, QStringLiteral("neither an event nor a marker line")});
+            list.skip(i, QStringLiteral("neither an event nor a marker line"));
             continue;
         }
         if (pendingEvent < 0) {
-            skipped.append({i + 1, QStringLiteral("a marker line without its event")});
+            list.skip(i, QStringLiteral("a marker line without its event"));
             continue;
         }
         QString start = recordIn;
@@ -184,12 +228,14 @@ void readResolveEdl(const QStringList &lines, MarkerList &list, QList<SkippedLin
             start[start.size() - 3] = u';';
         QString colour = match.captured(2);
         colour.remove(QStringLiteral("ResolveColor"));
-        list.add(QString(), match.captured(3), match.captured(1), start,
-                 MarkerList::frames(match.captured(4)), nearestColour(colour));
+        list.add(pendingEvent, match.captured(3), match.captured(1), start, match.captured(4),
+                 nearestColour(colour), frameCount(match.captured(4)));
+        // The event line and its marker line are one marker.
+        list.addLineToLast(i);
         pendingEvent = -1;
     }
     if (pendingEvent >= 0)
-        skipped.append({pendingEvent + 1, QStringLiteral("an event without a marker line")});
+        list.skip(pendingEvent, QStringLiteral("an event without a marker line"));
 }
 
 } // namespace
@@ -226,38 +272,37 @@ QString sourceName(Source source)
     return QStringLiteral("marker list");
 }
 
-QString toMarkerList(const QString &text, Source source, QList<SkippedLine> *skipped)
+MarkerList read(const QString &text, Source source)
 {
-    QList<SkippedLine> noted;
-    MarkerList list;
+    if (source == Source::MarkerList)
+        return MarkerList::fromText(text);
     const QStringList lines = linesOf(text);
+    MarkerListBuilder list(lines);
     switch (source) {
     case Source::Avid:
-        readAvid(lines, list, noted);
+        readAvid(lines, list);
         break;
     case Source::Premiere:
-        readPremiere(lines, list, noted);
+        readPremiere(lines, list);
         break;
     case Source::ResolveEdl:
-        readResolveEdl(lines, list, noted);
+        readResolveEdl(lines, list);
         break;
     case Source::MarkerList:
-        return text;
+        break;
     }
-    if (skipped)
-        *skipped = noted;
-    return list.text();
+    return list.list();
 }
 
 std::optional<QString> markerListOfFCPXDocument(const QString &path)
 {
     const QString file = QFileInfo(path).isDir() ? path + QStringLiteral("/Info.fcpxml") : path;
-    MarkerList list;
+    MarkerListBuilder list({});
     bool any = false;
     for (const QVariantMap &marker : QFFCPXMLMarkerReader::markersFromXMLFile(file, true)) {
         if (marker.isEmpty())
             continue; // a marker without text
-        list.add(QStringLiteral("V1"), marker.value(QStringLiteral("name")).toString(), QString(),
+        list.add(0, marker.value(QStringLiteral("name")).toString(), QString(),
                  marker.value(QStringLiteral("startTimecode")).toString(),
                  QStringLiteral("00:00:00:00"), QStringLiteral("Red"));
         any = true;

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "import/MarkerList.h"
+
 #include <QList>
 #include <QString>
 
@@ -22,17 +24,10 @@ Source recognise(const QString &text);
 /// The source as the log and the terminal name it.
 QString sourceName(Source source);
 
-/// A line of an export that gives no marker: its number (from 1) and why.
-struct SkippedLine
-{
-    qsizetype line = 0;
-    QString why;
-};
-
-/// The export as a marker list of our format: the column header, then a line a
-/// marker with name, comment, start, duration and colour (the nearest of ours).
-/// Lines that give no marker are left out and noted in skipped.
-QString toMarkerList(const QString &text, Source source, QList<SkippedLine> *skipped);
+/// The markers of the text read as the source: another editor's export line by line
+/// (its header lines as the header, every other line with text a marker or skipped),
+/// or our own format.
+MarkerList read(const QString &text, Source source);
 
 /// The markers on the main storyline of a Final Cut Pro X file or bundle as a marker
 /// list of our format, to be imported elsewhere: each at its timeline timecode, with

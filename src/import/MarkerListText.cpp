@@ -59,7 +59,7 @@ QStringList splitLines(const QString &text)
 }
 
 ImportText readForImport(const QString &path, const ReadFailure &readFailed,
-                         const ReadFailure &otherFailed, const LineSkipped &lineSkipped)
+                         const ReadFailure &otherFailed)
 {
     // Read once; a failed read is reported by every step that reads the text, as before.
     QFError readError;
@@ -94,17 +94,11 @@ ImportText readForImport(const QString &path, const ReadFailure &readFailed,
         read.lineCount = splitLines(read.text).size();
     }
     const MarkerExports::Source source = MarkerExports::recognise(read.text);
-    if (source != MarkerExports::Source::MarkerList) {
+    if (source != MarkerExports::Source::MarkerList)
         QFLog::appendLog(u"Reading a %@", MarkerExports::sourceName(source));
-        QList<MarkerExports::SkippedLine> skipped;
-        read.text = MarkerExports::toMarkerList(read.text, source, &skipped);
-        for (const MarkerExports::SkippedLine &line : std::as_const(skipped)) {
-            QFLog::appendLog(u"Line %li skipped: %@", qint64(line.line), line.why);
-            if (lineSkipped)
-                lineSkipped(line);
-        }
-        read.lineCount = splitLines(read.text).size();
-    }
+    read.list = MarkerExports::read(read.text, source);
+    for (const SkippedLine &line : std::as_const(read.list.skipped))
+        QFLog::appendLog(u"Line %li skipped: %@", qint64(line.line), line.why);
     return read;
 }
 

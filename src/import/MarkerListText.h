@@ -26,18 +26,19 @@ struct ImportText
     QString text;
     /// Lines of the text (splitLines); fewer than two means nothing to import.
     qsizetype lineCount = 0;
+    /// Its markers, and what became of its other lines.
+    MarkerList list;
 };
 
 /// Reads the marker list file once and decodes it as the import procedures always have: in the
 /// detected encoding (UTF-16 little-endian when unsure), then as UTF-8 when that gives fewer than
 /// two lines. Each text read is logged ("Marker text: ", "UTF-8 Marker text: "). A failure of the
 /// first read goes to readFailed before its text is logged; a failed detection or UTF-8 read to
-/// otherFailed. Another editor's marker export becomes a list of our format; each of its lines that
-/// gives no marker is logged and goes to lineSkipped.
+/// otherFailed. The text is read as our format or as the export of another editor it is
+/// recognised as; each line that gives no marker is logged.
 using ReadFailure = std::function<void(const QFError &)>;
-using LineSkipped = std::function<void(const MarkerExports::SkippedLine &)>;
 ImportText readForImport(const QString &path, const ReadFailure &readFailed,
-                         const ReadFailure &otherFailed, const LineSkipped &lineSkipped);
+                         const ReadFailure &otherFailed);
 
 /// Logs and gives what the import procedures say of a list of fewer than two lines.
 ImportOutcome unreadable();

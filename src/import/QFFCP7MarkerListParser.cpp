@@ -62,6 +62,35 @@ QStringView stripLineEnds(QStringView piece)
     return piece;
 }
 
+/// Digits with separators between them ("01:00:10:00", "00:00:11", "1.5.2"): enough
+/// to tell a marker line from the middle of a comment; whether the timecode can exist
+/// is decided later, with the timeline's rate.
+bool looksLikeTimecode(QStringView text)
+{
+    bool separator = false;
+    bool digitBefore = false;
+    for (const QChar c : text) {
+        if (c.isDigit() && c.unicode() < 128) {
+            digitBefore = true;
+        } else if ((c == u':' || c == u';' || c == u'.') && digitBefore) {
+            separator = true;
+            digitBefore = false;
+        } else {
+            return false;
+        }
+    }
+    return separator && digitBefore;
+}
+
+QStringList fieldsOf(QStringView trimmed)
+{
+    QStringList fields;
+    fields.reserve(trimmed.count(u'\t') + 1);
+    for (const QStringView field : trimmed.tokenize(u'\t'))
+        fields.append(field.trimmed().toString());
+    return fields;
+}
+
 QFError lineError(const QString &reason)
 {
     return QFError::make(QFFCP7MarkerListParser::errorDomain, QFFCP7MarkerListParser::errorCode,
@@ -70,7 +99,7 @@ QFError lineError(const QString &reason)
 
 } // namespace
 
-std::optional<QFMarkerRecord> QFFCP7MarkerListParser::parseLine(const QString &line, QFError *error)
+std::optional<QStringList> QFFCP7MarkerListParser::parseLine(const QString &line, QFError *error)
 {
     const QStringView trimmed = QStringView(line).trimmed();
     if (trimmed.isEmpty()) {
@@ -78,20 +107,28 @@ std::optional<QFMarkerRecord> QFFCP7MarkerListParser::parseLine(const QString &l
             *error = lineError(emptyLine);
         return std::nullopt;
     }
-    const qsizetype fields = trimmed.count(u'\t') + 1;
-    if (fields < minimumFields) {
+    if (trimmed.count(u'\t') + 1 < minimumFields) {
         if (error)
             *error = lineError(incompleteLine);
         return std::nullopt;
     }
-    QFMarkerRecord record;
-    record.reserve(fields);
-    for (const QStringView field : trimmed.tokenize(u'\t'))
-        record.append(field.trimmed().toString());
-    return record;
+    return fieldsOf(trimmed);
 }
 
-QList<QFMarkerRecord> QFFCP7MarkerListParser::parseMarkersFromText(const QString &text)
+bool QFFCP7MarkerListParser::standsAlone(QStringView line)
+{
+    qsizetype index = 0;
+    for (const QStringView field : line.trimmed().tokenize(u'\t')) {
+        if ((index == 4 || index == 5) && !looksLikeTimecode(field.trimmed()))
+            return false;
+        if (++index == 6)
+            return true;
+    }
+    return false;
+}
+
+QList<QFMarkerRecord> QFFCP7MarkerListParser::parseMarkersFromText(const QString &text,
+                                                                   QList<SkippedLine> *leftOver)
 {
     QString clean = text;
     // A 16-bit text read as 8-bit has a NUL after every character.
@@ -101,13 +138,43 @@ QList<QFMarkerRecord> QFFCP7MarkerListParser::parseMarkersFromText(const QString
     QList<QFMarkerRecord> records;
     QString held; // held-back lines joined with line feeds
     qsizetype heldLines = 0;
+    QList<qsizetype> heldTextLines; // the held-back lines that hold text
     Shape heldShape;
+    const auto clearHeld = [&] {
+        held.clear();
+        heldLines = 0;
+        heldTextLines.clear();
+        heldShape = Shape();
+    };
+    const auto dropHeld = [&] {
+        if (leftOver) {
+            const QString why =
+                QStringLiteral("seven columns expected, found %1").arg(heldShape.fieldCount());
+            for (const qsizetype line : std::as_const(heldTextLines))
+                leftOver->append({line, why});
+        }
+        clearHeld();
+    };
 
+    qsizetype lineNumber = 0;
     for (const QStringView rawPiece : QStringView(clean).tokenize(separator)) {
+        ++lineNumber;
         const QStringView piece = stripLineEnds(rawPiece);
         const Shape pieceShape = Shape::of(piece);
-        const Shape candidateShape = heldShape.followedBy(pieceShape);
 
+        // A line with a marker's shape starts afresh: what was held back before it is
+        // reported rather than swallowing it.
+        if (pieceShape.fieldCount() >= minimumFields - 1 && standsAlone(piece)) {
+            if (heldLines > 0)
+                dropHeld();
+            QStringList fields = fieldsOf(piece.trimmed());
+            if (fields.size() < minimumFields)
+                fields.append(QString()); // the empty colour column the trim took
+            records.append({std::move(fields), {lineNumber}});
+            continue;
+        }
+
+        const Shape candidateShape = heldShape.followedBy(pieceShape);
         QFError error;
         if (candidateShape.blank) {
             error = lineError(emptyLine);
@@ -118,11 +185,12 @@ QList<QFMarkerRecord> QFFCP7MarkerListParser::parseMarkersFromText(const QString
             if (!candidate.isEmpty())
                 candidate += u'\n';
             candidate += piece;
-            if (std::optional<QFMarkerRecord> record = parseLine(candidate, &error)) {
-                records.append(std::move(*record));
-                held.clear();
-                heldLines = 0;
-                heldShape = Shape();
+            if (std::optional<QStringList> fields = parseLine(candidate, &error)) {
+                QList<qsizetype> lines = heldTextLines;
+                if (!pieceShape.blank)
+                    lines.append(lineNumber);
+                records.append({std::move(*fields), std::move(lines)});
+                clearHeld();
                 continue;
             }
         }
@@ -135,10 +203,13 @@ QList<QFMarkerRecord> QFFCP7MarkerListParser::parseMarkersFromText(const QString
                 held += u'\n';
             held += piece;
             ++heldLines;
+            if (!pieceShape.blank)
+                heldTextLines.append(lineNumber);
             heldShape = candidateShape;
             continue;
         }
         std::fprintf(stderr, "Failed to parse line: %s\n", qUtf8Printable(error.description()));
     }
+    dropHeld();
     return records;
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "import/ImportReport.h"
 #include "support/QFError.h"
 
 #include <QList>
@@ -8,15 +9,24 @@
 
 #include <optional>
 
-/// One marker of a marker list: at least seven trimmed fields; columns 2 to 6 are
-/// name, comment, start timecode, duration timecode and colour name.
-using QFMarkerRecord = QStringList;
+/// One record of a marker list: at least seven trimmed fields (columns 2 to 6 are name,
+/// comment, start timecode, duration timecode and colour name) and the lines it came from.
+struct QFMarkerRecord
+{
+    QStringList fields;
+    /// The lines (from 1) holding its text; more than one when short lines were joined.
+    QList<qsizetype> lines;
+
+    friend bool operator==(const QFMarkerRecord &, const QFMarkerRecord &) = default;
+};
 
 /// Turns the decoded text of a tab-separated marker list into marker records.
 ///
 /// Stateless; may run on any thread. Record 0 of the result is the file's column
 /// header. A line with fewer than seven fields is held back and joined to the
-/// following lines with a line feed, so a comment may span several lines.
+/// following lines with a line feed, so a comment may span several lines; but a line
+/// that stands alone (six or more fields, the fifth and sixth timecodes) is never joined
+/// to what was held back, and with six fields its empty colour column is restored.
 class QFFCP7MarkerListParser
 {
 public:
@@ -31,9 +41,15 @@ public:
     static inline const QString incompleteLine = QStringLiteral("QFIncompleteLine");
 
     /// Every record of the text, in order; empty (never null) when there is none.
-    static QList<QFMarkerRecord> parseMarkersFromText(const QString &text);
+    /// Held-back lines that never became a record go to leftOver.
+    static QList<QFMarkerRecord> parseMarkersFromText(const QString &text,
+                                                      QList<SkippedLine> *leftOver = nullptr);
+
+    /// Whether a trimmed line has a marker's shape on its own: six or more fields, of
+    /// which the fifth and sixth look like timecodes.
+    static bool standsAlone(QStringView line);
 
     /// One record from one candidate text, or nothing with error set to the reason
     /// (emptyLine or incompleteLine).
-    static std::optional<QFMarkerRecord> parseLine(const QString &line, QFError *error = nullptr);
+    static std::optional<QStringList> parseLine(const QString &line, QFError *error = nullptr);
 };

@@ -98,9 +98,10 @@ void TargetDiscovery::discoverFCP7(ImportHost &host, const QString &path, Result
     for (const XmlNode &sequence : std::as_const(sequences)) {
         const XmlNode name = FCP7Import::nodeForXPath(QStringLiteral("./name[1]"), sequence);
         const XmlNode uuid = FCP7Import::nodeForXPath(QStringLiteral("./uuid[1]"), sequence);
-        if (name && uuid) {
-            result.items.append(
-                {name.stringValue(), uuid.stringValue(), SequenceItem::Image::Sequence});
+        // Exports of other editors carry no uuid: their sequences are found by path.
+        if (name && (uuid || kind.isXMLFile)) {
+            result.items.append({name.stringValue(), uuid ? uuid.stringValue() : sequence.xPath(),
+                                 SequenceItem::Image::Sequence});
             host.addItemToSequencePopUp(result.items.last());
         }
     }
@@ -163,7 +164,7 @@ void TargetDiscovery::discoverFCPX(ImportHost &host, const QString &path, Result
 
     QString error;
     const QList<XmlNode> sequences = root.nodesForXPath(
-        QStringLiteral("(./project[1]/sequence[1] | ./library[1]/event[1]/project/sequence[1])"),
+        QStringLiteral("(./project[1]/sequence[1] | ./library[1]/event/project/sequence[1])"),
         &error);
     if (!error.isNull()) {
         QFLog::appendLogAndPrint(u"Error getting project data: %@", error);
@@ -180,7 +181,7 @@ void TargetDiscovery::discoverFCPX(ImportHost &host, const QString &path, Result
         host.enableUI(true);
 
     const QList<XmlNode> clips =
-        root.nodesForXPath(QStringLiteral("(./project/clip | ./library[1]/event[1]/project/clip)"));
+        root.nodesForXPath(QStringLiteral("(./project/clip | ./library[1]/event/project/clip)"));
     for (const XmlNode &clip : clips) {
         if (const XmlNode name = FCP7Import::nodeForXPath(QStringLiteral("./@name[1]"), clip)) {
             result.items.append({name.stringValue(), clip.xPath(), SequenceItem::Image::FCPXEvent});

@@ -6,6 +6,53 @@
 
 #include <algorithm>
 
+namespace {
+
+QString problemWith(const char *what, const QString &timecode, const FrameRate &rate)
+{
+    const auto problem = [&](const QString &why) {
+        return QStringLiteral("%1 timecode \"%2\" %3").arg(QLatin1StringView(what), timecode, why);
+    };
+    // ";" or ":" anywhere, as the timecode reader takes them.
+    QString parts = timecode;
+    parts.replace(u';', u':');
+    int values[4] = {};
+    qsizetype count = 0;
+    for (const QStringView part : QStringView(parts).tokenize(u':')) {
+        bool number = count < 4 && !part.isEmpty() && part.size() <= 6;
+        for (const QChar c : part)
+            number = number && c >= u'0' && c <= u'9';
+        if (!number)
+            return problem(QStringLiteral("is not HH:MM:SS:FF"));
+        values[count++] = part.toInt();
+    }
+    if (count != 4)
+        return problem(QStringLiteral("is not HH:MM:SS:FF"));
+    const auto [hours, minutes, seconds, frames] = values;
+    if (hours >= 24)
+        return problem(QStringLiteral("has hours beyond 23"));
+    if (minutes >= 60 || seconds >= 60)
+        return problem(QStringLiteral("has minutes or seconds beyond 59"));
+    if (rate.timebase > 0 && frames >= rate.timebase)
+        return problem(QStringLiteral("has frame %1, but a second has %2 frames here")
+                           .arg(frames)
+                           .arg(rate.timebase));
+    const int skipped = rate.timebase >= 60 ? 4 : 2;
+    if (rate.dropFrame && seconds == 0 && minutes % 10 != 0 && frames < skipped)
+        return problem(QStringLiteral("does not exist in drop-frame timecode"));
+    return QString();
+}
+
+} // namespace
+
+QString TimelineMarker::timecodeProblem(const MarkerRecord &record, const FrameRate &rate)
+{
+    QString problem = problemWith("start", record.start, rate);
+    if (problem.isNull() && !record.durationFrames)
+        problem = problemWith("duration", record.duration, rate);
+    return problem;
+}
+
 TimelineMarker TimelineMarker::make(const MarkerRecord &record, const FrameRate &rate,
                                     qint64 offsetFrames, bool stripWhitespace,
                                     Arithmetic arithmetic)
@@ -17,7 +64,8 @@ TimelineMarker TimelineMarker::make(const MarkerRecord &record, const FrameRate 
     const quint64 startFrames = rate.framesFromTimecode(record.start);
     FrameRate durationRate = rate;
     durationRate.startFrame = 0;
-    marker.durationFrames = durationRate.framesFromTimecode(record.duration);
+    marker.durationFrames =
+        record.durationFrames.value_or(durationRate.framesFromTimecode(record.duration));
 
     QFLog::appendLog(u"Marker name: %@", marker.name);
     QFLog::appendLog(u"Comment: %@", marker.comment);

@@ -1,25 +1,9 @@
 #pragma once
 
-#include "import/QFFCP7MarkerListParser.h"
+#include "import/MarkerList.h"
 #include "time/FrameRate.h"
 
 #include <QString>
-
-/// The columns of a parsed marker record by their meaning.
-struct MarkerRecord
-{
-    QString name;
-    QString comment;
-    QString start;    ///< timecode
-    QString duration; ///< timecode
-    QString color;    ///< colour name
-
-    /// The marker columns of a parser record (which has at least seven fields).
-    static MarkerRecord fromRecord(const QFMarkerRecord &record)
-    {
-        return {record[2], record[3], record[4], record[5], record[6]};
-    }
-};
 
 /// One marker made ready for a timeline, the step both import procedures take for
 /// each record: name and comment escaped for XML, the timecodes turned into frames at
@@ -44,6 +28,11 @@ struct TimelineMarker
     qint64 out = -1;
     /// Real frames: the first frame, never below 0.
     double position = 0;
+
+    /// Why the record's start or duration is no timecode that can exist at the rate
+    /// (four numbers, hours below 24, minutes and seconds below 60, frames below the
+    /// timebase, none of the numbers drop frame skips); a null string when both can.
+    static QString timecodeProblem(const MarkerRecord &record, const FrameRate &rate);
 
     static TimelineMarker make(const MarkerRecord &record, const FrameRate &rate,
                                qint64 offsetFrames, bool stripWhitespace, Arithmetic arithmetic);

@@ -218,6 +218,14 @@ XmlNode XmlNode::attributeForName(const QString &name) const
     return XmlNode(reinterpret_cast<xmlNodePtr>(xmlHasProp(m_node, xmlText(utf8))));
 }
 
+bool XmlNode::setAttribute(const char *name, const QString &value)
+{
+    if (kind() != Kind::Element)
+        return false;
+    const QByteArray utf8 = value.toUtf8();
+    return xmlSetProp(m_node, reinterpret_cast<const xmlChar *>(name), xmlText(utf8)) != nullptr;
+}
+
 QString XmlNode::attributeValue(const char *name) const
 {
     if (kind() != Kind::Element)

@@ -58,6 +58,8 @@ public:
     /// The value of an element's attribute; null when it has none. For reading the
     /// same attribute of many elements: no handle and no copy of the name are made.
     QString attributeValue(const char *name) const;
+    /// Sets an element's attribute, adding it when missing; false for other nodes.
+    bool setAttribute(const char *name, const QString &value);
     /// An element's attribute nodes in document order (detach one to remove it).
     QList<XmlNode> attributes() const;
 

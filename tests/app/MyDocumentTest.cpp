@@ -90,7 +90,8 @@ TEST_F(Window, DiscoveryListsTheTargetsItemsWithTheirImages)
         QList<std::tuple<QString, QString, bool>> items;
         bool todoEnabled;
     } kinds[] = {{home.copyOfData(u"project.xml"_qs),
-                  {{u"Cut 3"_qs, u"0F2D6C31-4B1E-4C55-9C3E-2A1B8F7D0001"_qs, false}},
+                  {{u"Cut 3"_qs, u"0F2D6C31-4B1E-4C55-9C3E-2A1B8F7D0001"_qs, false},
+                   {u"No uuid"_qs, u"/xmeml/project/children/sequence[2]"_qs, false}},
                   false},
                  // A bundle is adopted as the folder; its document is Info.fcpxml inside.
                  {QFileInfo(home.file(u"clips.fcpxmld/Info.fcpxml"_qs, projectAndClip)).path(),
@@ -143,7 +144,7 @@ TEST_F(Window, AnImportEndsWithItsSheetAndAReloadDuringDiscoveryListsOnce)
     document->reloadSequences();
     document->reloadSequences();
     ASSERT_TRUE(waitFor([&] { return !document->session().isBusy(); }));
-    EXPECT_EQ(popUp(document)->count(), 1);
+    EXPECT_EQ(popUp(document)->count(), 2);
 
     document->findChild<QPushButton *>(u"sendToFCPBtn"_qs)->click();
     QMessageBox *box = sheet(document);

@@ -140,9 +140,9 @@ INSTANTIATE_TEST_SUITE_P(
              "too large for a marker list"},
         Case{"FiftyMegabyteLineAsXmemlTarget",
              [](BadInput &test) {
-                 return test.intoTarget(u"t.xml"_qs, "<xmeml version=\"5\"><sequence><name>" +
+                 return test.intoTarget(u"t.xml"_qs, "<xmeml version=\"5\"><project><name>" +
                                                          QByteArray(50 << 20, 'x') +
-                                                         "</name></sequence></xmeml>");
+                                                         "</name></project></xmeml>");
              },
              3, "lists no sequence to import into"},
         Case{"FiftyMegabyteLineAsFcpxTarget",

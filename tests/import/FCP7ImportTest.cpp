@@ -13,7 +13,9 @@
 #include "fcp7link/SimulatedFinalCutPro.h"
 
 #include <QDir>
+
 #include <QFile>
+#include <algorithm>
 
 namespace {
 
@@ -42,7 +44,7 @@ public:
     }
 };
 
-TEST_F(ImportTest, LogsEveryStepAndSkipsRecordsWithoutSevenFields)
+TEST_F(ImportTest, LogsEveryStepAndImportsARecordWithExtraColumns)
 {
     RecordingHost host(home.file(u"markers.txt"_qs, markerList));
     host.kind.isXMLFile = true;
@@ -56,11 +58,11 @@ TEST_F(ImportTest, LogsEveryStepAndSkipsRecordsWithoutSevenFields)
          {"Sequence UUID: U-1", "Project filename: ", "Start frame: 90000", "Timebase: 25",
           "Marker text: #", "Line count: 4", "Tab count: 7", "Marker name: Ten", "Comment: In ten",
           "Start timecode: 01:00:10:00", "Duration timecode: 00:00:05:00", "Color name: Red",
-          "Marker start pos: 250", "Marker duration: 125", "Marker out pos: 375", "Tab count: 8"}) {
+          "Marker start pos: 250", "Marker duration: 125", "Marker out pos: 375", "Tab count: 8",
+          "Marker name: Eight"}) {
         at = text.indexOf(QLatin1StringView(line), at);
         ASSERT_GE(at, 0) << line << " missing or out of order in\n" << text.toStdString();
     }
-    EXPECT_FALSE(text.contains(u"Marker name: Eight"));
 }
 
 TEST_F(ImportTest, SilentAndFailingEndsStopTheSpinnerAndLeaveTheTargetAsItWas)
@@ -79,10 +81,17 @@ TEST_F(ImportTest, SilentAndFailingEndsStopTheSpinnerAndLeaveTheTargetAsItWas)
          "Sequence UUID: (null)"},
         {"OnlyAHeader",
          [this](QString &markers, ImportSettings &) {
-             markers = home.file(u"h.txt"_qs, "#\tT\tName\n\n");
+             markers = home.file(u"h.txt"_qs, "#\tT\tName\tC\tS\tD\tColour\n\n");
          },
          {u"process start"_qs, u"process stop"_qs},
          "Line count: 3"},
+        {"NoLineGivesAMarker",
+         [this](QString &markers, ImportSettings &) {
+             markers = home.file(u"bad.txt"_qs, "#\tT\tName\tC\tS\tD\tColour\n"
+                                                "1\tV1\tA\tB\t00:00:11\t00:00:00:00\tRed\n");
+         },
+         RecordingHost::endedWithSheet("Nothing imported"),
+         "Line 2 skipped: start timecode \"00:00:11\" is not HH:MM:SS:FF"},
         {"MissingMarkerList",
          [](QString &markers, ImportSettings &) { markers = u"/nonexistent/markers.txt"_qs; },
          RecordingHost::endedWithSheet("Unable to read marker list"),
@@ -93,12 +102,6 @@ TEST_F(ImportTest, SilentAndFailingEndsStopTheSpinnerAndLeaveTheTargetAsItWas)
              QFile(markers).resize(17 * 1024 * 1024);
          },
          RecordingHost::endedWithSheet("Unable to read marker list"), "Line count: 0"},
-        {"SequenceWithoutId",
-         [this](QString &, ImportSettings &s) {
-             QByteArray xml = project;
-             s.filename = home.file(u"noid.xml"_qs, xml.replace("id=\"seq1\"", "ident=\"seq1\""));
-         },
-         RecordingHost::endedWithSheet("Unable to find the sequence"), "Project filename: "},
         {"NotXml",
          [this](QString &, ImportSettings &s) {
              s.filename = home.file(u"junk.xml"_qs, "\x89PNG\r\n\x1a\n\0\0");
@@ -126,6 +129,121 @@ TEST_F(ImportTest, SilentAndFailingEndsStopTheSpinnerAndLeaveTheTargetAsItWas)
         const QString logged = log().mid(loggedBefore);
         EXPECT_TRUE(logged.contains(QLatin1StringView(c.logged))) << logged.toStdString();
     }
+}
+
+// Two sequences, the second at 29.97 drop frame; and a third as other editors export
+// it, with neither uuid nor id.
+const QByteArray twoSequences = R"(<?xml version="1.0" encoding="UTF-8"?>
+<xmeml version="5"><project><name>P</name><children>
+<sequence id="first"><uuid>U-1</uuid><name>First</name>
+<timecode><rate><timebase>25</timebase></rate><frame>0</frame></timecode></sequence>
+<sequence id="second"><uuid>U-2</uuid><name>Second</name>
+<timecode><rate><ntsc>TRUE</ntsc><timebase>30</timebase></rate><frame>107892</frame>
+<displayformat>DF</displayformat></timecode></sequence>
+<sequence><name>Exported</name>
+<timecode><rate><timebase>25</timebase></rate><frame>0</frame></timecode></sequence>
+</children></project></xmeml>)";
+
+TEST_F(ImportTest, EveryLineIsWrittenIntoTheChosenSequenceOrSkippedWithItsReason)
+{
+    const struct
+    {
+        const char *line;
+        const char *skipped; ///< the reason's start; none: written
+    } lines[] = {
+        {"#\tTrack\tName\tComment\tStart\tDuration\tColor", nullptr},
+        {"1\tV1\tGreen\t\t01:00:10;00\t00:00:00;00\tgreen", nullptr},
+        {"2\tV1\tNo colour\tc\t01:00:11;00\t00:00:01;00\t", nullptr},
+        {"3\tV1\tShort\tc\t00:00:11\t00:00:00;00\tRed", "start timecode \"00:00:11\" is not"},
+        {"4\tV1\tFrame 30\tc\t01:00:05:30\t00:00:00:00\tRed", "start timecode \"01:00:05:30\" has"},
+        {"5\tV1\tDropped\tc\t01:01:00;01\t00:00:00;00\tRed", "start timecode \"01:01:00;01\" does"},
+        {"6\tV1\tDay\tc\t24:00:00;00\t00:00:00;00\tRed", "start timecode \"24:00:00;00\" has"},
+        {"7\tV1\tLong\tc\t01:00:00;00\t00:60:00;00\tRed", "duration timecode \"00:60:00;00\""},
+        {"8\tV1\tcut short", "seven columns expected, found 3"},
+        {"9\tV1\tMauve\tc\t01:00:12;00\t00:00:00;00\tMauve", nullptr},
+        {"10\tV1\tNotes\tc\t01:00:13;00\t00:00:00;00\tRed\tan eighth column", nullptr},
+    };
+    QByteArray list;
+    for (const auto &line : lines)
+        list += QByteArray(line.line) + "\r\n";
+    RecordingHost host(home.file(u"markers.txt"_qs, list));
+    host.kind.isXMLFile = true;
+    const QString target = home.file(u"two.xml"_qs, twoSequences);
+    const ImportOutcome outcome =
+        FCP7Import::startProcessingWithSettings(host, settings(target, u"U-2"_qs));
+
+    const ImportReport &report = outcome.report;
+    EXPECT_TRUE(report.accountsForEveryLine());
+    EXPECT_EQ(report.headerLines, QList<qsizetype>({1}));
+    EXPECT_EQ(outcome.messageText, u"Some markers failed to import");
+    QList<qsizetype> written;
+    for (const ImportReport::Marker &marker : report.written)
+        written += marker.lines;
+    for (qsizetype i = 1; i < qsizetype(std::size(lines)); ++i) {
+        SCOPED_TRACE(lines[i].line);
+        const auto skipped = std::find_if(report.skipped.begin(), report.skipped.end(),
+                                          [i](const SkippedLine &s) { return s.line == i + 1; });
+        if (lines[i].skipped)
+            EXPECT_TRUE(skipped != report.skipped.end() &&
+                        skipped->why.startsWith(QLatin1StringView(lines[i].skipped)))
+                << (skipped == report.skipped.end() ? "written" : skipped->why.toStdString());
+        else
+            EXPECT_TRUE(written.contains(i + 1));
+    }
+    EXPECT_EQ(report.written.value(2).note, u"colour \"Mauve\" is none of ours: the marker is red");
+
+    const auto doc = XmlDocument::fromFile(target);
+    ASSERT_TRUE(doc);
+    const auto markersOf = [&doc](const char *id) {
+        return doc->rootElement()
+            .nodesForXPath(
+                u"project/children/sequence[@id='%1']/marker/name"_qs.arg(QLatin1StringView(id)))
+            .size();
+    };
+    EXPECT_EQ(markersOf("first"), 0);
+    EXPECT_EQ(markersOf("second-Cuebridge"), 4);
+    // 01:00:10;00 at 29.97 drop frame is frame 107892 + 300, and green is Green.
+    const XmlNode first =
+        doc->rootElement()
+            .nodesForXPath(u"project/children/sequence[@id='second-Cuebridge']/marker"_qs)
+            .value(0);
+    EXPECT_EQ(first.nodesForXPath(u"in"_qs).value(0).stringValue(), u"300");
+    EXPECT_EQ(first.nodesForXPath(u"color/green"_qs).value(0).stringValue(), u"191");
+}
+
+TEST_F(ImportTest, AListWithoutHeaderOrAFileChangedMeanwhileIsNotTakenForSuccess)
+{
+    const QString target = home.file(u"two.xml"_qs, twoSequences);
+    // A sequence without a uuid is chosen by its path.
+    ImportSettings byPath = settings(target, u"/xmeml/project/children/sequence[3]"_qs);
+    RecordingHost headerless(home.file(u"markers.txt"_qs,
+                                       "1\tV1\tA\t\t00:00:01:00\t00:00:00:00\tRed\n"
+                                       "2\tV1\tB\t\t00:00:02:00\t00:00:00:00\tRed\n"));
+    headerless.kind.isXMLFile = true;
+    const ImportOutcome partly = FCP7Import::startProcessingWithSettings(headerless, byPath);
+    EXPECT_EQ(partly.status, ImportOutcome::Status::SomeMarkersFailed);
+    EXPECT_EQ(partly.report.lineTexts(),
+              QStringList(u"Line 1: line 1 holds a marker, not a column header: skipped"_qs));
+    EXPECT_TRUE(TempHome::read(target).contains("<sequence id=\"Exported-Cuebridge\">"));
+
+    // Another import replaced the file after this one read it: its markers stay.
+    struct ChangingHost : RecordingHost
+    {
+        using RecordingHost::RecordingHost;
+        QString markerListPath() const override
+        {
+            TempHome::write(target, "<xmeml version=\"5\"/>");
+            return RecordingHost::markerListPath();
+        }
+        QString target;
+    } changing(home.file(u"markers.txt"_qs, markerList));
+    changing.kind.isXMLFile = true;
+    changing.target = home.file(u"changed.xml"_qs, project);
+    const ImportOutcome lost =
+        FCP7Import::startProcessingWithSettings(changing, settings(changing.target));
+    EXPECT_EQ(lost.messageText, u"Failed to write marker data to disk.");
+    EXPECT_TRUE(lost.informativeText.contains(u"changed during the import"));
+    EXPECT_EQ(TempHome::read(changing.target), "<xmeml version=\"5\"/>");
 }
 
 TEST(RenameSequence, KeepsOnlyTheIdAndNamesTheSequenceAfterIt)

@@ -2,14 +2,15 @@
 // order answers, and the insertion keeps every clip valid under its version's DTD.
 
 #include "import/FCPXPlacement.h"
-#include "time/QFFCPXMLParser.h"
 #include "xml/FCPXMLDtd.h"
 #include "xml/XmlDocument.h"
 
 #include <gtest/gtest.h>
 
 #include <QRandomGenerator>
+
 #include <QStringList>
+#include <cmath>
 
 namespace {
 
@@ -73,20 +74,25 @@ TEST(ClipSearch, FindsTheFirstClipInDocumentOrderThatHoldsThePosition)
                 clips << c;
             const FCPXClipRanges ranges(clips, fps);
 
-            const auto seconds = [](const XmlNode &clip, const char *attribute) {
-                return QFFCPXMLParser::secondsFromTimeString(
-                    clip.attributeForName(QLatin1StringView(attribute)).stringValue());
+            // Frames of "a/bs" as whole numbers: exact, unlike seconds times the rate.
+            const auto frames = [](const XmlNode &clip, const char *attribute) {
+                const QStringList parts = clip.attributeValue(attribute).chopped(1).split(u'/');
+                if (parts.size() != 2 || parts[1].toInt() == 0)
+                    return std::nan("");
+                return double(parts[0].toInt()) * fps / parts[1].toInt();
             };
             for (double position = -2; position < cursor + 4; position += 0.5) {
                 XmlNode expected;
                 for (const XmlNode &clip : clips) {
-                    const double offset = seconds(clip, "offset") * fps;
-                    if (offset <= position && offset + seconds(clip, "duration") * fps > position) {
+                    const double offset =
+                        clip.attributeValue("offset").isNull() ? 0 : frames(clip, "offset");
+                    if (offset <= position && offset + frames(clip, "duration") > position) {
                         expected = clip;
                         break;
                     }
                 }
-                const FCPXClipRanges::Clip *found = ranges.clipAt(position);
+                const FCPXClipRanges::Clip *found =
+                    ranges.clipAt(RationalTime{qint64(position * 2), qint64(fps * 2)});
                 ASSERT_EQ(found ? found->element : XmlNode(), expected)
                     << "round " << round << " at " << position << " in " << spine.toStdString();
             }

@@ -9,6 +9,7 @@
 #include "RecordingHost.h"
 
 #include <QDir>
+#include <QSemaphore>
 
 namespace {
 
@@ -60,17 +61,20 @@ TEST_F(SessionTest, EveryKindOfTargetEndsWithItsOutcome)
         bool eventClip;
     } const cases[] = {
         {"XMEML project", home.copyOfData(u"project.xml"_qs), {}, Status::Imported, false},
+        {"the second of two", home.copyOfData(u"project.xml"_qs, u"two.xml"_qs), u"No uuid"_qs,
+         Status::Imported, false},
         {"bare sequence", home.copyOfData(u"sequence.xml"_qs), {}, Status::Imported, false},
         {"FCPX project", home.copyOfData(u"library.fcpxml"_qs), {}, Status::Imported, false},
         {"FCPX event clip", home.file(u"e.fcpxml"_qs, eventClip), u"Event clip"_qs,
          Status::Imported, true},
-        // Nothing listed and nothing chosen: no sequence is looked up at all.
+        // Other editors' exports have no uuids: their sequences are found by path.
         {"no uuid",
          home.file(u"nouuid.xml"_qs, "<xmeml><sequence id=\"s\"><name>S</name></sequence>"
                                      "</xmeml>"),
          {},
-         Status::NothingImported,
+         Status::Imported,
          false},
+
         {"not XMEML", home.file(u"png.xml"_qs, "\x89PNG\r\n"), {}, Status::NothingImported, false},
     };
     for (const auto &c : cases) {
@@ -146,6 +150,34 @@ TEST_F(SessionTest, TheImportTakesTheDiscoveredDocumentOnlyWhileTheFileIsUnchang
     session.waitForIdle();
     EXPECT_EQ(session.lastOutcome().status, Status::Imported);
     EXPECT_TRUE(log().contains(u"Marker name: A"));
+}
+
+TEST_F(SessionTest, ASecondImportOfTheDocumentIsRefusedWhileOneRuns)
+{
+    // The import waits at its spinner until the second press has been tried.
+    struct HeldHost : RecordingHost
+    {
+        using RecordingHost::RecordingHost;
+        void setProcessSpinnerRunning(bool running) override
+        {
+            if (running)
+                released.acquire();
+            RecordingHost::setProcessSpinnerRunning(running);
+        }
+        QSemaphore released;
+    } held(host.markerListPath());
+    ImportSession busy(held);
+    ASSERT_TRUE(busy.openFilename(home.copyOfData(u"sequence.xml"_qs)));
+    busy.waitForIdle();
+    busy.chooseItem(busy.items().value(0));
+    EXPECT_TRUE(busy.sendToFCP(ImportOptions()));
+    EXPECT_FALSE(busy.sendToFCP(ImportOptions()));
+    held.released.release();
+    busy.waitForIdle();
+    EXPECT_EQ(busy.lastOutcome().status, Status::Imported);
+    EXPECT_TRUE(busy.sendToFCP(ImportOptions())) << "free again once it ended";
+    held.released.release();
+    busy.waitForIdle();
 }
 
 TEST_F(SessionTest, ChoosingByNameFindsTheItemOrStandsForWhatWasAsked)

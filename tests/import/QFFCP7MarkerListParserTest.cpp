@@ -8,18 +8,27 @@
 
 namespace {
 
-using Records = QList<QFMarkerRecord>;
+using Records = QList<QStringList>;
 
-QFMarkerRecord record(std::initializer_list<const char *> fields)
+QStringList record(std::initializer_list<const char *> fields)
 {
-    QFMarkerRecord result;
+    QStringList result;
     for (const char *field : fields)
         result << QString::fromUtf8(field);
     return result;
 }
 
+/// The fields of each record, which the tables compare.
+Records fieldsOf(const QList<QFMarkerRecord> &records)
+{
+    Records fields;
+    for (const QFMarkerRecord &r : records)
+        fields << r.fields;
+    return fields;
+}
+
 const QString header = u"#\tTrack\tName\tComment\tStart\tDuration\tColor"_qs;
-const QFMarkerRecord headerRecord =
+const QStringList headerRecord =
     record({"#", "Track", "Name", "Comment", "Start", "Duration", "Color"});
 
 QString interleaveNuls(const QString &text)
@@ -32,9 +41,9 @@ QString interleaveNuls(const QString &text)
 
 const QString line1 = u"1\tV1\tIntro\tFade up\t01:00:00:00\t00:00:02:00\tBlue"_qs;
 const QString line2 = u"2\tV1\tCut\tToo long\t01:00:05:00\t00:00:00:00\tRed"_qs;
-const QFMarkerRecord record1 =
+const QStringList record1 =
     record({"1", "V1", "Intro", "Fade up", "01:00:00:00", "00:00:02:00", "Blue"});
-const QFMarkerRecord record2 =
+const QStringList record2 =
     record({"2", "V1", "Cut", "Too long", "01:00:05:00", "00:00:00:00", "Red"});
 
 TEST(ParseMarkersFromText, Records)
@@ -80,6 +89,15 @@ TEST(ParseMarkersFromText, Records)
         {"SixFieldLastLineDropped",
          header + "\n" + line1 + "\n1\t2\t3\t4\t5\t6\n",
          {headerRecord, record1}},
+        // With timecodes in the fifth and sixth columns a line stands alone: its empty
+        // colour column comes back, and what was held back before it is not joined.
+        {"EmptyColourStandsAlone",
+         header + "\n1\tV1\tA\tB\t01:00:00:00\t00:00:01:00\t\n" + line2,
+         {headerRecord, record({"1", "V1", "A", "B", "01:00:00:00", "00:00:01:00", ""}), record2}},
+        {"HeldLineNotJoinedToAMarkerLine",
+         header + "\n1\tV1\tshort\n" + line1 + "\textra",
+         {headerRecord,
+          record({"1", "V1", "Intro", "Fade up", "01:00:00:00", "00:00:02:00", "Blue", "extra"})}},
         // Leading tabs vanish with the trim: the columns shift left when enough remain,
         // and a line left short is joined with the next.
         {"LeadingTabsShiftColumns",
@@ -87,9 +105,8 @@ TEST(ParseMarkersFromText, Records)
          {headerRecord,
           record({"1", "V1", "Intro", "Fade up", "01:00:00:00", "00:00:02:00", "Blue", "x", "y"})}},
         {"LeadingTabsMakeLineShort",
-         header + "\n\t\ta\tb\tc\td\te\tf\n" + line2,
-         {headerRecord, record({"a", "b", "c", "d", "e", "f\n2", "V1", "Cut", "Too long",
-                                "01:00:05:00", "00:00:00:00", "Red"})}},
+         header + "\n\t\ta\tb\tc\td\te\tf\n2\tV1\tCut\n",
+         {headerRecord, record({"a", "b", "c", "d", "e", "f\n2", "V1", "Cut"})}},
         {"EmptyColourColumnJoinsNextLine",
          header + "\n1\t2\t3\t4\t5\t6\t\n7\t8\t9\t10\t11\t12\t13",
          {headerRecord,
@@ -101,7 +118,23 @@ TEST(ParseMarkersFromText, Records)
         {"OnlyBlanks", "\n \n\t\r\n", {}},
         {"NoTabs", "hello\nworld\n", {}}};
     for (const auto &c : cases)
-        EXPECT_EQ(QFFCP7MarkerListParser::parseMarkersFromText(c.text), c.expected) << c.name;
+        EXPECT_EQ(fieldsOf(QFFCP7MarkerListParser::parseMarkersFromText(c.text)), c.expected)
+            << c.name;
+}
+
+TEST(ParseMarkersFromText, RecordsKnowTheirLinesAndLeftOverLinesAreReported)
+{
+    const QString text = header + "\n\n3\tA1\tVO\tfirst\n\nlast\t01:00:00:00\t0\tRed\n" +
+                         "1\tV1\tshort\n" + line1 + "\nx\ty\n";
+    QList<SkippedLine> leftOver;
+    const QList<QFMarkerRecord> records =
+        QFFCP7MarkerListParser::parseMarkersFromText(text, &leftOver);
+    ASSERT_EQ(records.size(), 3);
+    EXPECT_EQ(records[0].lines, QList<qsizetype>({1}));
+    EXPECT_EQ(records[1].lines, QList<qsizetype>({3, 5}));
+    EXPECT_EQ(records[2].lines, QList<qsizetype>({7}));
+    EXPECT_EQ(leftOver, QList<SkippedLine>({{6, u"seven columns expected, found 3"_qs},
+                                            {8, u"seven columns expected, found 2"_qs}}));
 }
 
 TEST(ParseLine, ReportsTheReason)
@@ -141,6 +174,16 @@ Records literalParse(QString text)
         if (!candidate.isEmpty())
             candidate += u'\n';
         candidate += piece;
+        if (QFFCP7MarkerListParser::standsAlone(piece)) {
+            held.clear();
+            QStringList fields = *QFFCP7MarkerListParser::parseLine(piece + u"\tx"_qs);
+            if (piece.trimmed().count(u'\t') == 5)
+                fields.last().clear(); // the empty colour column
+            else
+                fields.removeLast();
+            records.append(fields);
+            continue;
+        }
         QFError error;
         if (auto parsed = QFFCP7MarkerListParser::parseLine(candidate, &error)) {
             held.clear();
@@ -154,15 +197,15 @@ Records literalParse(QString text)
 
 TEST(ParseMarkersFromText, AgreesWithLiteralJoiningOnRandomTexts)
 {
-    const char16_t alphabet[] = {u'a',  u'b',  u' ',  u'\t',     u'\t',     u'\t',
-                                 u'\n', u'\r', u'\0', u'\u00e9', u'\u00a0', u'\u2028'};
+    const char16_t alphabet[] = {u'a', u'b',  u' ',  u'\t', u'\t',     u'\t',     u'1',
+                                 u':', u'\n', u'\r', u'\0', u'\u00e9', u'\u00a0', u'\u2028'};
     QRandomGenerator random(20261121);
     for (int round = 0; round < 20000; ++round) {
         QString text;
         const int length = random.bounded(80);
         for (int i = 0; i < length; ++i)
             text += QChar(alphabet[random.bounded(int(std::size(alphabet)))]);
-        ASSERT_EQ(QFFCP7MarkerListParser::parseMarkersFromText(text), literalParse(text))
+        ASSERT_EQ(fieldsOf(QFFCP7MarkerListParser::parseMarkersFromText(text)), literalParse(text))
             << "text: " << QString(text).replace(QChar(0), u'0').toStdString();
     }
 }
@@ -175,7 +218,7 @@ TEST(ParseMarkersFromText, ManyIncompleteLinesStayLinear)
     for (int i = 0; i < 200000; ++i)
         text += u"word\n"_qs;
     text += u"a\tb\tc\td\te\tf\tg\n"_qs;
-    const Records records = QFFCP7MarkerListParser::parseMarkersFromText(text);
+    const Records records = fieldsOf(QFFCP7MarkerListParser::parseMarkersFromText(text));
     ASSERT_EQ(records.size(), 2);
     EXPECT_EQ(records[1].size(), 7);
     EXPECT_TRUE(records[1][0].startsWith(u"word\nword\n"_qs));

@@ -46,8 +46,13 @@ TEST_F(DiscoveryTest, TheExtensionDecidesTheKindWhateverItsCase)
 
 TEST_F(DiscoveryTest, EachKindOfFileListsWhatItHolds)
 {
-    const QStringList listed{u"disable"_qs, u"load start"_qs, u"item Cut 3"_qs,
+    const QStringList listed{u"disable"_qs, u"load start"_qs, u"item Cut 3"_qs, u"item No uuid"_qs,
                              u"enable"_qs,  u"todo off"_qs,   u"load stop"_qs};
+    // Sequences without a uuid (other editors' exports) are listed by their path.
+    const SequenceItem cut{u"Cut 3"_qs, u"0F2D6C31-4B1E-4C55-9C3E-2A1B8F7D0001"_qs,
+                           SequenceItem::Image::Sequence};
+    const SequenceItem noUuid{u"No uuid"_qs, u"/xmeml/project/children/sequence[2]"_qs,
+                              SequenceItem::Image::Sequence};
     const struct
     {
         QString target;
@@ -55,28 +60,22 @@ TEST_F(DiscoveryTest, EachKindOfFileListsWhatItHolds)
         QStringList calls; ///< none: not checked
         bool sequenceOnly;
     } cases[] = {
-        {home.copyOfData(u"project.xml"_qs),
-         {{u"Cut 3"_qs, u"0F2D6C31-4B1E-4C55-9C3E-2A1B8F7D0001"_qs, SequenceItem::Image::Sequence}},
-         listed,
-         false},
+        {home.copyOfData(u"project.xml"_qs), {cut, noUuid}, listed, false},
         {home.copyOfData(u"sequence.xml"_qs, u"bare.xml"_qs),
          {{u"Selects"_qs, u"0F2D6C31-4B1E-4C55-9C3E-2A1B8F7D0002"_qs,
            SequenceItem::Image::Sequence}},
          {},
          true},
         // Only ever set on this path: a project after a bare sequence keeps it.
-        {home.copyOfData(u"project.xml"_qs, u"again.xml"_qs),
-         {{u"Cut 3"_qs, u"0F2D6C31-4B1E-4C55-9C3E-2A1B8F7D0001"_qs, SequenceItem::Image::Sequence}},
-         {},
-         true},
+        {home.copyOfData(u"project.xml"_qs, u"again.xml"_qs), {cut, noUuid}, {}, true},
         {home.file(u"junk.xml"_qs, QByteArray("\0\1\2 not xml", 12)),
          {},
          {u"disable"_qs, u"load start"_qs, u"todo off"_qs, u"load stop"_qs},
          true},
-        // A sequence without uuid is not listed, but the menu is still enabled.
         {home.file(u"nouuid.xml"_qs, "<xmeml><sequence><name>S</name></sequence></xmeml>"),
-         {},
-         {u"disable"_qs, u"load start"_qs, u"enable"_qs, u"todo off"_qs, u"load stop"_qs},
+         {{u"S"_qs, u"/xmeml/sequence"_qs, SequenceItem::Image::Sequence}},
+         {u"disable"_qs, u"load start"_qs, u"item S"_qs, u"enable"_qs, u"todo off"_qs,
+          u"load stop"_qs},
          true},
         {home.copyOfData(u"library.fcpxml"_qs),
          {{u"Cut 3"_qs, u"/fcpxml/library/event/project/sequence"_qs}},

@@ -1,0 +1,63 @@
+#include "MarkerList.h"
+
+#include "import/QFFCP7MarkerListParser.h"
+
+MarkerList MarkerList::fromText(const QString &text)
+{
+    MarkerList list;
+    QList<QFMarkerRecord> records =
+        QFFCP7MarkerListParser::parseMarkersFromText(text, &list.skipped);
+
+    // Counted as the parser splits: at line feeds, else at carriage returns.
+    QString clean = text;
+    clean.remove(QChar(u'\0'));
+    const char16_t separator = clean.contains(u'\n') ? u'\n' : u'\r';
+    for (const QStringView line : QStringView(clean).tokenize(separator))
+        if (!line.trimmed().isEmpty())
+            ++list.linesWithText;
+
+    if (records.isEmpty())
+        return list;
+    const QFMarkerRecord header = records.takeFirst();
+    // A list saved without its header would otherwise lose its first marker unnoticed.
+    if (header.lines.size() == 1 &&
+        QFFCP7MarkerListParser::standsAlone(header.fields.join(u'\t')))
+        list.skipped.append(
+            {header.lines.first(),
+             QStringLiteral("line %1 holds a marker, not a column header: skipped")
+                 .arg(header.lines.first())});
+    else
+        list.headerLines = header.lines;
+
+    for (QFMarkerRecord &record : records) {
+        if (record.lines.size() > 1 && record.fields.size() != 7) {
+            const QString why = QStringLiteral("lines %1 to %2 join into %3 columns; a record "
+                                               "spanning lines needs seven")
+                                    .arg(record.lines.first())
+                                    .arg(record.lines.last())
+                                    .arg(record.fields.size());
+            for (const qsizetype line : std::as_const(record.lines))
+                list.skipped.append({line, why});
+            continue;
+        }
+        MarkerRecord marker;
+        marker.name = record.fields[2];
+        marker.comment = record.fields[3];
+        marker.start = record.fields[4];
+        marker.duration = record.fields[5];
+        marker.color = record.fields[6];
+        marker.lines = std::move(record.lines);
+        marker.columns = record.fields.size();
+        list.markers.append(std::move(marker));
+    }
+    return list;
+}
+
+ImportReport MarkerList::report() const
+{
+    ImportReport report;
+    report.headerLines = headerLines;
+    report.skipped = skipped;
+    report.linesWithText = linesWithText;
+    return report;
+}

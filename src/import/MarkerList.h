@@ -1,0 +1,49 @@
+#pragma once
+
+#include "import/ImportReport.h"
+
+#include <QList>
+#include <QString>
+
+#include <optional>
+
+/// One marker of a marker list, by the meaning of its columns.
+struct MarkerRecord
+{
+    enum class Kind
+    {
+        Standard,
+        Chapter, ///< another editor's chapter marker
+    };
+
+    QString name;
+    QString comment;
+    QString start;    ///< timecode
+    QString duration; ///< timecode
+    QString color;    ///< colour name
+    Kind kind = Kind::Standard;
+    /// Set for exports that count the duration in frames: then it is not a timecode.
+    std::optional<quint64> durationFrames;
+    /// The lines (from 1) it was read from.
+    QList<qsizetype> lines;
+    /// The columns of its line in a list of ours (more than seven are ignored).
+    qsizetype columns = 7;
+};
+
+/// A marker list as the import procedures read it: its markers, and what became of
+/// every other line that holds text (the column header, or skipped and why).
+struct MarkerList
+{
+    QList<MarkerRecord> markers;
+    QList<qsizetype> headerLines;
+    QList<SkippedLine> skipped;
+    qsizetype linesWithText = 0;
+
+    /// A list of our own format. The first record is the column header and never a
+    /// marker; a record joined from several lines needs exactly seven columns, one
+    /// from a single line at least seven (or six, when the colour is empty).
+    static MarkerList fromText(const QString &text);
+
+    /// The report of an import of this list before any marker is placed.
+    ImportReport report() const;
+};
