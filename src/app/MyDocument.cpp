@@ -38,7 +38,7 @@ QIcon imageNamed(SequenceItem::Image image)
 
 MyDocument::MyDocument(const QString &markerListPath, QWidget *parent)
     : QMainWindow(parent), ui(std::make_unique<Ui::MyDocument>()), m_markerListPath(markerListPath),
-      m_session(*this)
+      m_session(markerListPath)
 {
     ui->setupUi(this);
     setAttribute(Qt::WA_DeleteOnClose);
@@ -71,20 +71,28 @@ MyDocument::MyDocument(const QString &markerListPath, QWidget *parent)
     });
     connect(ui->projectTable, &QTableWidget::cellDoubleClicked, this,
             [this](int row, int) { openFilename(m_projectArray.value(row)); });
+    connect(&m_session, &ImportSession::discoveryStarted, this, [this](const QString &path) {
+        ui->projectPathText->setText(path);
+        disableUI();
+        setLoadSpinnerRunning(true);
+    });
+    connect(&m_session, &ImportSession::discoveryFinished, this, &MyDocument::discoveryFinished);
+    connect(&m_session, &ImportSession::importStarted, this, [this] {
+        m_importShown = false;
+        ui->processSpinner->show();
+        // A second press would import the same list again into what the first writes.
+        ui->sendToFCPBtn->setEnabled(false);
+    });
+    connect(&m_session, &ImportSession::importFinished, this, &MyDocument::importFinished);
     connect(&m_session, &ImportSession::idle, this, [this] {
-        if (m_closing && !m_session.isBusy()) // not the end of an earlier run
+        if (m_closing && !busy()) // not the end of an earlier run
             deleteLater();
     });
 
     windowControllerDidLoadNib();
 }
 
-MyDocument::~MyDocument()
-{
-    // The workers wait for the main thread to change the window; serve them.
-    while (m_session.isBusy())
-        QCoreApplication::processEvents(QEventLoop::AllEvents, 10);
-}
+MyDocument::~MyDocument() = default;
 
 void MyDocument::windowControllerDidLoadNib()
 {
@@ -180,21 +188,11 @@ void MyDocument::populateFinalCutProProjects()
     });
 }
 
-// ---- the window, for the session -------------------------------------------------------
-
-void MyDocument::setProjectPath(const QString &path)
-{
-    performOnMainThreadAndWait([this, path] { ui->projectPathText->setText(path); });
-}
+// ---- what the session tells -----------------------------------------------------------
 
 void MyDocument::setLoadSpinnerRunning(bool running)
 {
     performOnMainThreadAndWait([this, running] { ui->loadSpinner->setVisible(running); });
-}
-
-void MyDocument::setProcessSpinnerRunning(bool running)
-{
-    performOnMainThreadAndWait([this, running] { ui->processSpinner->setVisible(running); });
 }
 
 QList<QWidget *> MyDocument::importControls() const
@@ -205,51 +203,64 @@ QList<QWidget *> MyDocument::importControls() const
 
 void MyDocument::disableUI()
 {
-    performOnMainThreadAndWait([this] {
-        ui->sequencePopUp->clear();
-        m_popUpItems.clear();
-        for (QWidget *control : importControls())
-            control->setEnabled(false);
-        ui->sequencePopUp->setEnabled(false);
-    });
+    ui->sequencePopUp->clear();
+    m_popUpItems.clear();
+    for (QWidget *control : importControls())
+        control->setEnabled(false);
+    ui->sequencePopUp->setEnabled(false);
 }
 
 void MyDocument::enableUI(bool sequencePopUpEnabled)
 {
-    performOnMainThreadAndWait([this, sequencePopUpEnabled] {
-        for (QWidget *control : importControls())
-            control->setEnabled(true);
-        ui->sequencePopUp->setEnabled(sequencePopUpEnabled);
-    });
+    for (QWidget *control : importControls())
+        control->setEnabled(true);
+    ui->sequencePopUp->setEnabled(sequencePopUpEnabled);
 }
 
-void MyDocument::addItemToSequencePopUp(const SequenceItem &item)
+void MyDocument::discoveryFinished(const DiscoveredItems &found)
 {
-    performOnMainThreadAndWait([this, item] {
-        // A reload during a discovery runs both; each clears the menu as it starts, and
-        // the items the earlier run still adds are not listed twice.
-        if (m_popUpItems.contains(item))
-            return;
+    disableUI();
+    for (const SequenceItem &item : found.items) {
         ui->sequencePopUp->addItem(imageNamed(item.image), item.title, item.representedObject);
         m_popUpItems.append(item);
-    });
+    }
+    if (found.controlsEnabled)
+        enableUI(found.menuEnabled);
+    ui->todoMarkerCheck->setEnabled(found.todoEnabled);
+    setLoadSpinnerRunning(false);
+    if (found.outcome.hasAlert())
+        showAlert(found.outcome);
 }
 
-void MyDocument::setToDoMarkerCheckEnabled(bool enabled)
+void MyDocument::importFinished(const ImportOutcome &outcome)
 {
-    performOnMainThreadAndWait([this, enabled] { ui->todoMarkerCheck->setEnabled(enabled); });
+    m_importShown = true;
+    ui->processSpinner->hide();
+    ui->sendToFCPBtn->setEnabled(ui->clearMarkerCheck->isEnabled());
+    if (outcome.hasAlert())
+        showAlert(outcome);
 }
 
 void MyDocument::showAlert(const ImportOutcome &outcome)
 {
-    QFAlert::alertSheetWithMessageText(
-        outcome.messageText, outcome.informativeText,
-        outcome.alertParent == ImportOutcome::AlertParent::DocumentWindow ? this : nullptr);
+    // A closing window's outcome stands alone, so that the user still sees it.
+    const bool onWindow =
+        outcome.alertParent == ImportOutcome::AlertParent::DocumentWindow && !m_closing;
+    // Not waited for: the window stays live while the user reads it.
+    QFAlert::alertSheetWithMessageText(outcome.messageText, QString(), QString(), QString(),
+                                       outcome.informativeText, onWindow ? this : nullptr, nullptr,
+                                       nullptr, false, nullptr);
+}
+
+bool MyDocument::busy() const
+{
+    // An import whose end has not been shown yet still counts: its alert must not be lost.
+    return m_session.isBusy() || !m_importShown;
 }
 
 void MyDocument::closeEvent(QCloseEvent *event)
 {
-    if (!m_session.isBusy()) {
+    if (!busy()) {
         event->accept();
         return;
     }

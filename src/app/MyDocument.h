@@ -1,6 +1,5 @@
 #pragma once
 
-#include "import/ImportHost.h"
 #include "import/ImportSession.h"
 
 #include <QMainWindow>
@@ -14,10 +13,8 @@ class MyDocument;
 
 /// One marker list document and its window: the user picks a target, the window lists
 /// what discovery finds in it, and the import runs with the options of the window.
-/// The workflow is the import session's; this class presents it. Members of
-/// ImportHost may be called from the session's worker threads; the widgets change on
-/// the main thread only, and the caller waits until they have.
-class MyDocument : public QMainWindow, public ImportHost
+/// The workflow is the import session's; this class presents what its signals tell.
+class MyDocument : public QMainWindow
 {
     Q_OBJECT
 
@@ -25,7 +22,6 @@ public:
     /// Opens the window for the marker list: the last target is adopted again, or the
     /// browse sheet asks for one.
     explicit MyDocument(const QString &markerListPath, QWidget *parent = nullptr);
-    /// Waits, with events served, for discovery or an import still under way.
     ~MyDocument() override;
 
     ImportSession &session() { return m_session; }
@@ -44,17 +40,8 @@ public:
     void populateFinalCutProProjects();
     QStringList projectArray() const { return m_projectArray; }
 
-    // ImportHost
-    TargetKind &targetKind() override { return m_kind; }
-    QString markerListPath() const override { return m_markerListPath; }
-    void setProjectPath(const QString &path) override;
-    void setLoadSpinnerRunning(bool running) override;
-    void setProcessSpinnerRunning(bool running) override;
-    void disableUI() override;
-    void enableUI(bool sequencePopUpEnabled) override;
-    void addItemToSequencePopUp(const SequenceItem &item) override;
-    void setToDoMarkerCheckEnabled(bool enabled) override;
-    void showAlert(const ImportOutcome &outcome) override;
+    TargetKind targetKind() const { return m_session.targetKind(); }
+    QString markerListPath() const { return m_markerListPath; }
 
 protected:
     /// A window closed while its work runs goes away once the work has ended, so that
@@ -63,16 +50,26 @@ protected:
 
 private:
     void windowControllerDidLoadNib();
+    void setLoadSpinnerRunning(bool running);
+    /// Empties the sequence menu and disables the import controls.
+    void disableUI();
+    /// Enables the import controls; the sequence menu only when asked.
+    void enableUI(bool sequencePopUpEnabled);
+    void discoveryFinished(const DiscoveredItems &found);
+    void importFinished(const ImportOutcome &outcome);
+    void showAlert(const ImportOutcome &outcome);
     /// The controls that enabling and disabling switch together (the to-do box and the
     /// sequence pop-up follow rules of their own).
     QList<QWidget *> importControls() const;
 
     std::unique_ptr<Ui::MyDocument> ui;
-    TargetKind m_kind;
     const QString m_markerListPath;
     /// The items of the sequence pop-up, in its order.
     QList<SequenceItem> m_popUpItems;
     QStringList m_projectArray;
+    bool busy() const;
+
     bool m_closing = false;
-    ImportSession m_session; // last: its workers use everything above
+    bool m_importShown = true;
+    ImportSession m_session;
 };

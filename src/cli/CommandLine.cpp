@@ -1,6 +1,6 @@
 #include "CommandLine.h"
 
-#include "import/ImportHost.h"
+#include "import/ImportTarget.h"
 #include "import/MarkerListText.h"
 
 #include <QCommandLineParser>

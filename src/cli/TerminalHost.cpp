@@ -2,6 +2,7 @@
 
 #include "TerminalAlertPresenter.h"
 
+#include "import/ImportSession.h"
 #include "support/QFAlert.h"
 
 #include <QFileInfo>
@@ -10,24 +11,22 @@ TerminalHost::TerminalHost(const QString &markerListPath, bool quiet)
     : m_markerListPath(markerListPath), m_quiet(quiet)
 {}
 
-void TerminalHost::setProjectPath(const QString &path)
+void TerminalHost::follow(ImportSession &session) const
 {
-    QMutexLocker lock(&m_mutex);
-    m_projectPath = path;
-}
-
-void TerminalHost::setLoadSpinnerRunning(bool running)
-{
-    QMutexLocker lock(&m_mutex);
-    if (running)
-        progress(QStringLiteral("Looking for sequences in %1…").arg(m_projectPath));
-}
-
-void TerminalHost::setProcessSpinnerRunning(bool running)
-{
-    if (running)
-        progress(QStringLiteral("Importing the markers of %1…")
-                     .arg(QFileInfo(m_markerListPath).fileName()));
+    // Both are said on the thread that starts the work, before it starts.
+    QObject::connect(
+        &session, &ImportSession::discoveryStarted, &session,
+        [this](const QString &path) {
+            progress(QStringLiteral("Looking for sequences in %1…").arg(path));
+        },
+        Qt::DirectConnection);
+    QObject::connect(
+        &session, &ImportSession::importStarted, &session,
+        [this] {
+            progress(QStringLiteral("Importing the markers of %1…")
+                         .arg(QFileInfo(m_markerListPath).fileName()));
+        },
+        Qt::DirectConnection);
 }
 
 void TerminalHost::printReport(const ImportReport &report) const
@@ -36,8 +35,10 @@ void TerminalHost::printReport(const ImportReport &report) const
         TerminalAlertPresenter::printLine(stderr, line);
 }
 
-void TerminalHost::showAlert(const ImportOutcome &outcome)
+void TerminalHost::showAlert(const ImportOutcome &outcome) const
 {
+    if (!outcome.hasAlert())
+        return;
     // A written result is news for standard output; anything else is a complaint.
     TerminalAlertPresenter::setStream(outcome.wroteResult() ? stdout : stderr);
     QFAlert::alertSheetWithMessageText(outcome.messageText, outcome.informativeText, nullptr);

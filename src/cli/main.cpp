@@ -35,9 +35,11 @@ int run(const CommandLine &line)
         return failureStatus;
     }
     TerminalHost host(line.markerList, line.quiet);
-    ImportSession session(host);
+    ImportSession session(line.markerList);
+    host.follow(session);
     session.openFilename(line.target);
     session.waitForIdle();
+    host.showAlert(session.discoveryOutcome());
     const bool discovered = !session.discoveryOutcome().hasAlert(); // the alert said why not
     if (line.list) {
         for (const SequenceItem &item : session.items())
@@ -47,7 +49,7 @@ int run(const CommandLine &line)
     }
     if (!discovered)
         return failureStatus;
-    const bool fcpx = host.targetKind().isFCPX;
+    const bool fcpx = session.targetKind().isFCPX;
     if (!fcpx && (line.todo || line.open))
         host.progress(QStringLiteral("--todo and --open apply to Final Cut Pro X targets only; "
                                      "ignored"));
@@ -63,6 +65,7 @@ int run(const CommandLine &line)
     session.waitForIdle();
     const ImportOutcome outcome = session.lastOutcome();
     const int status = TerminalHost::exitStatus(outcome);
+    host.showAlert(outcome);
     host.printReport(outcome.report);
     if (outcome.status == ImportOutcome::Status::NothingImported && !outcome.hasAlert())
         printError(session.items().isEmpty() && !line.sequence

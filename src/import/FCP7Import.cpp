@@ -124,7 +124,7 @@ QString bin(const QString &uuid, const QString &sequence)
 /// Replaces the XMEML file at the end of a successful run, and only with a document
 /// that parses, so that the user's file is never left unreadable. An earlier failure
 /// in the error slot is reported as a failed write.
-ImportOutcome writeXMEMLFile(ImportHost &host, const QByteArray &bytes, const QString &path,
+ImportOutcome writeXMEMLFile(bool isSequenceOnly, const QByteArray &bytes, const QString &path,
                              QFError &errorSlot, const ImportReport &report,
                              const std::optional<QByteArray> &read)
 {
@@ -147,17 +147,16 @@ ImportOutcome writeXMEMLFile(ImportHost &host, const QByteArray &bytes, const QS
     else
         QFFileContents::writeAtomically(path, bytes, &errorSlot);
     lock.unlock();
-    host.setProcessSpinnerRunning(false);
     if (!errorSlot.domain.isEmpty()) {
         ImportOutcome failure =
             ImportOutcome::failed(QStringLiteral("Failed to write marker data to disk."),
                                   errorSlot.localizedDescription());
         failure.report = report;
-        return host.report(failure);
+        return (failure);
     }
-    return host.report(ImportOutcome::written(
+    return (ImportOutcome::written(
         report, path,
-        host.targetKind().isSequenceOnly
+        isSequenceOnly
             ? QStringLiteral("The markers were imported into the XML file.\n\nPlease reimport "
                              "the XML file into your editing application.")
             : QStringLiteral("The markers were imported into a copy of the sequence inside the "
@@ -206,26 +205,24 @@ QString FCP7Import::markerElementText(const QString &name, const QString &commen
         name, comment, 0, color.red, color.green, color.blue, qint32(in), qint32(out), ppro);
 }
 
-ImportOutcome FCP7Import::startProcessingWithSettings(ImportHost &host,
+ImportOutcome FCP7Import::startProcessingWithSettings(const TargetKind &kind,
+                                                      const QString &markerListPath,
                                                       const ImportSettings &settings,
                                                       ParsedTarget *parsed)
 {
     using Parent = ImportOutcome::AlertParent;
-    const TargetKind &kind = host.targetKind();
-
-    host.setProcessSpinnerRunning(true);
     const QString filename = settings.filename;
     const QString uuid = settings.uuid.value_or(QString());
     QFLog::appendLog(u"Sequence UUID: %@", uuid);
     if (!settings.uuid)
-        return host.endImport();
+        return ImportOutcome();
     QFLog::appendLog(u"Project filename: %@", filename);
 
     const std::optional<QByteArray> data =
         kind.isXMLFile ? QFFileContents::read(filename)
                        : QFAppleEvents::getItemXMLData(uuid, filename, true);
     if (!data)
-        return host.endImport(
+        return ImportOutcome(
             ImportOutcome::failed(QFFormat::format(u"Unable to get data for UUID %@", uuid),
                                   QStringLiteral("Cuebridge has been aborted.")));
 
@@ -247,8 +244,8 @@ ImportOutcome FCP7Import::startProcessingWithSettings(ImportHost &host,
             ? sequenceOfFile(top, uuid)
             : QFXMLParser::nodeForQuery(
                   QFFormat::format(u"./xmeml[1]//sequence/uuid[\"%@\"]/..", uuid), top);
-    const auto sequenceNotFound = [&host] {
-        return host.endImport(ImportOutcome::failed(
+    const auto sequenceNotFound = [] {
+        return ImportOutcome(ImportOutcome::failed(
             QStringLiteral("Unable to find the sequence"),
             QStringLiteral("An error occurred getting the data from Final Cut Pro.")));
     };
@@ -287,15 +284,15 @@ ImportOutcome FCP7Import::startProcessingWithSettings(ImportHost &host,
     QFError errorSlot;
     const auto keep = [&errorSlot](const QFError &error) { errorSlot = error; };
     const MarkerListText::ImportText markerText =
-        MarkerListText::readForImport(host.markerListPath(), keep, keep);
+        MarkerListText::readForImport(markerListPath, keep, keep);
     QFLog::appendLog(u"Line count: %li", markerText.lineCount);
     if (markerText.lineCount < 2)
-        return host.endImport(MarkerListText::unreadable());
+        return ImportOutcome(MarkerListText::unreadable());
 
     const qint64 offset = settings.offsetInFrames(rate.timebase);
     ImportReport report = markerText.list.report();
     if (markerText.list.markers.isEmpty() && report.skipped.isEmpty())
-        return host.endImport(); // a header alone, or nothing at all
+        return ImportOutcome(); // a header alone, or nothing at all
 
     const QString sequenceName =
         QFXMLParser::stringValueForQuery(QStringLiteral("./name[1]"), sequence);
@@ -315,8 +312,8 @@ ImportOutcome FCP7Import::startProcessingWithSettings(ImportHost &host,
             markerElementText(marker.name, marker.comment, record.color, marker.in, marker.out),
             &error);
         if (!element)
-            return host.endImport(ImportOutcome::failed(QStringLiteral("Unable to create marker"),
-                                                        error, Parent::None));
+            return ImportOutcome(ImportOutcome::failed(QStringLiteral("Unable to create marker"),
+                                                       error, Parent::None));
         sequence.addChild(element->rootElement());
         report.written.append(
             {record.lines,
@@ -328,7 +325,7 @@ ImportOutcome FCP7Import::startProcessingWithSettings(ImportHost &host,
     }
     if (report.written.isEmpty()) {
         QFLog::appendLog(u"No marker to import");
-        return host.endImport(ImportOutcome::nothingImported(report));
+        return ImportOutcome(ImportOutcome::nothingImported(report));
     }
 
     // Whole documents stay UTF-8 from the serialiser to the disk.
@@ -342,7 +339,7 @@ ImportOutcome FCP7Import::startProcessingWithSettings(ImportHost &host,
         const QByteArrayView children("<children>");
         const qsizetype at = whole.indexOf(children);
         if (at < 0)
-            return host.endImport(
+            return ImportOutcome(
                 ImportOutcome::failed(QStringLiteral("Unable to find child element"),
                                       QStringLiteral("The XML format is invalid."), Parent::None));
         const qsizetype split = at + children.size();
@@ -365,19 +362,17 @@ ImportOutcome FCP7Import::startProcessingWithSettings(ImportHost &host,
         const QString path = settings.outputPath.value_or(filename);
         // Only the target itself can have been changed by another import meanwhile.
         const bool inPlace = QFileInfo(path) == QFileInfo(filename);
-        return writeXMEMLFile(host, output, path, errorSlot, report, inPlace ? data : std::nullopt);
+        return writeXMEMLFile(kind.isSequenceOnly, output, path, errorSlot, report,
+                              inPlace ? data : std::nullopt);
     }
 
     if (QFAppleEvents::sendXMLToFCP(QString::fromUtf8(output), filename)) {
         QFAppleEvents::openItem(newUUID, filename, true);
-        host.setProcessSpinnerRunning(false);
-        return host.report(ImportOutcome::written(
+        return (ImportOutcome::written(
             report, QString(),
             QStringLiteral("The markers were imported into a copy of the sequence "
                            "inside the Imported Markers bin.")));
     }
-    host.setProcessSpinnerRunning(false);
-    return host.report(
-        ImportOutcome::failed(QStringLiteral("Failed to send marker data to Final Cut Pro"),
-                              QStringLiteral("Please report this error to Quillfen.")));
+    return (ImportOutcome::failed(QStringLiteral("Failed to send marker data to Final Cut Pro"),
+                                  QStringLiteral("Please report this error to Quillfen.")));
 }

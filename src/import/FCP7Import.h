@@ -1,7 +1,8 @@
 #pragma once
 
-#include "import/ImportHost.h"
+#include "import/ImportOutcome.h"
 #include "import/ImportSettings.h"
+#include "import/ImportTarget.h"
 #include "import/TargetDiscovery.h"
 #include "xml/XmlNode.h"
 
@@ -15,11 +16,12 @@ class FCP7Import
 public:
     FCP7Import() = delete;
 
-    /// One whole import, on a worker thread. Every end stops the host's spinner and
-    /// shows the outcome's alert (two ends are silent: no uuid chosen, fewer than one
-    /// marker in the list). A target file that discovery parsed is taken from parsed
-    /// when the file is unchanged.
-    static ImportOutcome startProcessingWithSettings(ImportHost &host,
+    /// One whole import of the marker list into the target of the settings, on a
+    /// worker thread: its outcome, with the alert it ends with (two ends are silent: no
+    /// uuid chosen, a list of a header alone) and the report of every line. A target
+    /// file that discovery parsed is taken from parsed when the file is unchanged.
+    static ImportOutcome startProcessingWithSettings(const TargetKind &kind,
+                                                     const QString &markerListPath,
                                                      const ImportSettings &settings,
                                                      ParsedTarget *parsed = nullptr);
 

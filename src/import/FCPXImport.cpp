@@ -163,27 +163,26 @@ QString writeResult(const XmlDocument &document, bool package, bool handOff, QSt
 
 } // namespace
 
-ImportOutcome FCPXImport::startProcessingFCPXWithSettings(ImportHost &host,
+ImportOutcome FCPXImport::startProcessingFCPXWithSettings(const TargetKind &kind,
+                                                          const QString &markerListPath,
                                                           const ImportSettings &settings,
                                                           ParsedTarget *parsed)
 {
-    host.setProcessSpinnerRunning(true);
     const QString filename = settings.filename;
     const QString sequenceXPath = settings.sequenceXPath.value_or(QString());
 
-    // The two bundle failures give up as discovery does, leaving this spinner turning.
+    // A bundle without its document ends as its discovery does.
     const bool package = QFFileManager::isPackageAtPath(filename);
     ImportOutcome bundleFailure;
-    const QString documentPath =
-        TargetDiscovery::fcpxmlDocumentPath(host, filename, &bundleFailure);
+    const QString documentPath = TargetDiscovery::fcpxmlDocumentPath(filename, &bundleFailure);
     if (documentPath.isNull())
         return bundleFailure;
 
     QFError readError;
     const std::optional<QByteArray> data = QFFileContents::read(documentPath, &readError);
     if (!data)
-        return host.endImport(ImportOutcome::failed(
-            QStringLiteral("Unable to get data for project"), readError.localizedDescription()));
+        return ImportOutcome(ImportOutcome::failed(QStringLiteral("Unable to get data for project"),
+                                                   readError.localizedDescription()));
     // Strict: a document that is not well-formed finds no sequence below.
     std::unique_ptr<XmlDocument> document = parsed ? parsed->take(*data) : nullptr;
     if (!document)
@@ -194,7 +193,7 @@ ImportOutcome FCPXImport::startProcessingFCPXWithSettings(ImportHost &host,
     QString xpathError;
     const QList<XmlNode> matches = top.nodesForXPath(sequenceXPath, &xpathError);
     if (matches.isEmpty())
-        return host.endImport(
+        return ImportOutcome(
             ImportOutcome::failed(QStringLiteral("Unable to find sequence"),
                                   xpathError.isNull() ? QStringLiteral("") : xpathError));
     const XmlNode sequence = matches.first();
@@ -211,22 +210,22 @@ ImportOutcome FCPXImport::startProcessingFCPXWithSettings(ImportHost &host,
         QFLog::appendLog(u"Error importing markers: %@", error.localizedDescription());
     };
     const MarkerListText::ImportText markerText =
-        MarkerListText::readForImport(host.markerListPath(), logReadError, nullptr);
+        MarkerListText::readForImport(markerListPath, logReadError, nullptr);
     if (markerText.lineCount < 2)
-        return host.endImport(MarkerListText::unreadable());
+        return ImportOutcome(MarkerListText::unreadable());
     QFLog::appendLog(u"Line count: %li", markerText.lineCount);
 
     const qint64 offsetFrames = settings.offsetInFrames(rate.timebase);
-    const QList<XmlNode> clips = storylineClips(sequence, host.targetKind().isEvent);
+    const QList<XmlNode> clips = storylineClips(sequence, kind.isEvent);
     if (clips.isEmpty()) {
         QFLog::appendLog(u"Error: no clips found");
-        return host.endImport(ImportOutcome::failed(
+        return ImportOutcome(ImportOutcome::failed(
             QStringLiteral("Unable to locate clips"),
             QStringLiteral("No video clips could be found in the timeline.")));
     }
     ImportReport report = markerText.list.report();
     if (markerText.list.markers.isEmpty() && report.skipped.isEmpty())
-        return host.endImport(); // a header alone, or nothing at all
+        return ImportOutcome(); // a header alone, or nothing at all
 
     const FCPXClipRanges ranges(clips, rate.fps);
     std::optional<RationalTime> frame = RationalTime::fromTimeString(frameDuration);
@@ -288,13 +287,13 @@ ImportOutcome FCPXImport::startProcessingFCPXWithSettings(ImportHost &host,
         QString error;
         const auto element = XmlDocument::fromElementString(markerElementText(attributes), &error);
         if (!element)
-            return host.endImport(ImportOutcome::failed(QStringLiteral("Unable to create marker"),
-                                                        error, ImportOutcome::AlertParent::None));
+            return ImportOutcome(ImportOutcome::failed(QStringLiteral("Unable to create marker"),
+                                                       error, ImportOutcome::AlertParent::None));
         insertion.insert(clip->element, element->rootElement());
     }
     if (report.written.isEmpty()) {
         QFLog::appendLog(u"No marker to import");
-        return host.endImport(ImportOutcome::nothingImported(report));
+        return ImportOutcome(ImportOutcome::nothingImported(report));
     }
 
     // The editor refuses a whole document that breaks its DTD; one that did so before
@@ -303,17 +302,16 @@ ImportOutcome FCPXImport::startProcessingFCPXWithSettings(ImportHost &host,
         QFLog::appendLog(u"Result does not follow the FCPXML %@ DTD: %@", dtd.version(), problem);
         const auto input = XmlDocument::fromBytes(*data);
         if (input && dtd.checkDocument(*input).isNull())
-            return host.endImport(ImportOutcome::failed(QStringLiteral("Unable to create marker"),
-                                                        problem, ImportOutcome::AlertParent::None));
+            return ImportOutcome(ImportOutcome::failed(QStringLiteral("Unable to create marker"),
+                                                       problem, ImportOutcome::AlertParent::None));
     }
 
     // A result that cannot be written is no success, and nothing is handed over.
     QString writeError;
     const QString result = writeResult(*document, package, settings.handOffResult, &writeError);
     if (result.isNull())
-        return host.endImport(ImportOutcome::failed(
+        return ImportOutcome(ImportOutcome::failed(
             QStringLiteral("Failed to write marker data to disk."), writeError));
-    host.setProcessSpinnerRunning(false);
     const ImportOutcome outcome = ImportOutcome::written(
         report, result,
         settings.handOffResult
@@ -323,7 +321,5 @@ ImportOutcome FCPXImport::startProcessingFCPXWithSettings(ImportHost &host,
             ? QStringLiteral("Make sure the starting timecode of the marker list matches "
                              "that of your timeline or use the Offset field to compensate.")
             : QString());
-    host.report(outcome);
-    host.setProcessSpinnerRunning(false);
     return outcome;
 }

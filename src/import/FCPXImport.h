@@ -1,7 +1,8 @@
 #pragma once
 
-#include "import/ImportHost.h"
+#include "import/ImportOutcome.h"
 #include "import/ImportSettings.h"
+#include "import/ImportTarget.h"
 #include "import/TargetDiscovery.h"
 
 #include <QString>
@@ -18,12 +19,13 @@ public:
     /// The application the result is opened with.
     static inline const QString finalCutProBundleIdentifier = QStringLiteral("com.apple.FinalCut");
 
-    /// One whole import, on a worker thread. The outcome's alert is shown through the
-    /// host; one end is silent (fewer than one marker in the list). The outcome's
+    /// One whole import, on a worker thread: its outcome, with the alert it ends with
+    /// (one end is silent: a list of a header alone) and the report. The outcome's
     /// result is what was handed (or, without settings.handOffResult, made ready) to
     /// the editor: a new ".fcpxml" file, or a new ".fcpxmld" bundle for bundle input.
     /// A target file that discovery parsed is taken from parsed when it is unchanged.
-    static ImportOutcome startProcessingFCPXWithSettings(ImportHost &host,
+    static ImportOutcome startProcessingFCPXWithSettings(const TargetKind &kind,
+                                                         const QString &markerListPath,
                                                          const ImportSettings &settings,
                                                          ParsedTarget *parsed = nullptr);
 };

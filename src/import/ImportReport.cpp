@@ -55,11 +55,12 @@ QString ImportReport::summary() const
     QList<SkippedLine> sorted = skipped;
     std::stable_sort(sorted.begin(), sorted.end(),
                      [](const SkippedLine &a, const SkippedLine &b) { return a.line < b.line; });
-    QString text = QStringLiteral("%1 %2 imported, %3 %4 skipped:")
-                       .arg(written.size())
-                       .arg(written.size() == 1 ? QStringLiteral("marker") : QStringLiteral("markers"))
-                       .arg(sorted.size())
-                       .arg(sorted.size() == 1 ? QStringLiteral("line") : QStringLiteral("lines"));
+    QString text =
+        QStringLiteral("%1 %2 imported, %3 %4 skipped:")
+            .arg(written.size())
+            .arg(written.size() == 1 ? QStringLiteral("marker") : QStringLiteral("markers"))
+            .arg(sorted.size())
+            .arg(sorted.size() == 1 ? QStringLiteral("line") : QStringLiteral("lines"));
     for (qsizetype i = 0; i < std::min(linesNamed, sorted.size()); ++i)
         text += QStringLiteral("\nLine %1: %2").arg(sorted[i].line).arg(sorted[i].why);
     if (sorted.size() > linesNamed)

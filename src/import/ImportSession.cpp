@@ -8,7 +8,15 @@
 
 #include <algorithm>
 
-ImportSession::ImportSession(ImportHost &host, QObject *parent) : QObject(parent), m_host(host) {}
+ImportSession::ImportSession(const QString &markerListPath, QObject *parent)
+    : QObject(parent), m_markerListPath(markerListPath)
+{}
+
+TargetKind ImportSession::targetKind() const
+{
+    QMutexLocker lock(&m_mutex);
+    return m_kind;
+}
 
 ImportSession::~ImportSession()
 {
@@ -17,10 +25,10 @@ ImportSession::~ImportSession()
 
 bool ImportSession::openFilename(const QString &path)
 {
-    if (!TargetDiscovery::openFilename(m_host, path))
-        return false;
     {
         QMutexLocker lock(&m_mutex);
+        if (!TargetDiscovery::openFilename(m_kind, path))
+            return false;
         m_targetPath = path;
     }
     discover(path);
@@ -50,40 +58,45 @@ void ImportSession::discover(const QString &path)
         QMutexLocker lock(&m_mutex);
         run = ++m_discoveryRun;
     }
-    runOnWorker([this, path, run] {
-        TargetDiscovery::Result result = TargetDiscovery::updateProject(m_host, path);
+    const TargetKind kind = targetKind();
+    emit discoveryStarted(path);
+    runOnWorker([this, path, run, kind] {
+        TargetDiscovery::Result result = TargetDiscovery::updateProject(kind, path);
         {
             // Two runs may overlap (a reload during a load); the latest one's list counts.
             QMutexLocker lock(&m_mutex);
             if (run != m_discoveryRun)
                 return;
-            m_items = result.items;
-            m_discoveryOutcome = result.outcome;
+            m_found = result.found;
+            if (result.sequenceOnly)
+                m_kind.isSequenceOnly = true; // only ever set here, as it always was
+            if (m_kind.isFCPX)
+                m_kind.isEvent = false;
             m_parsed = std::make_shared<ParsedTarget>(std::move(result.parsed));
             m_chosen.reset();
         }
-        emit discoveryFinished();
+        emit discoveryFinished(result.found);
     });
 }
 
 QList<SequenceItem> ImportSession::items() const
 {
     QMutexLocker lock(&m_mutex);
-    return m_items;
+    return m_found.items;
 }
 
 ImportOutcome ImportSession::discoveryOutcome() const
 {
     QMutexLocker lock(&m_mutex);
-    return m_discoveryOutcome;
+    return m_found.outcome;
 }
 
 void ImportSession::chooseItem(const std::optional<SequenceItem> &item)
 {
     QMutexLocker lock(&m_mutex);
     m_chosen = item;
-    if (m_host.targetKind().isFCPX)
-        m_host.targetKind().isEvent = item && item->image == SequenceItem::Image::FCPXEvent;
+    if (m_kind.isFCPX)
+        m_kind.isEvent = item && item->image == SequenceItem::Image::FCPXEvent;
 }
 
 bool ImportSession::chooseItemNamed(const QString &wanted)
@@ -115,7 +128,7 @@ ImportSettings ImportSession::settingsFor(const ImportOptions &options) const
     settings.frameOffsetUnitIndex = options.frameOffsetUnitIndex;
     const std::optional<QString> chosen =
         m_chosen ? std::optional(m_chosen->representedObject) : std::nullopt;
-    if (m_host.targetKind().isFCPX) {
+    if (m_kind.isFCPX) {
         settings.sequenceXPath = chosen;
         settings.todoMarkersEnabled = options.todoMarkersEnabled;
         settings.handOffResult = options.handOffResult;
@@ -133,15 +146,19 @@ bool ImportSession::sendToFCP(const ImportOptions &options)
     if (settings.filename.isEmpty() || m_importing.exchange(true))
         return false;
     std::shared_ptr<ParsedTarget> parsed;
+    TargetKind kind;
     {
         QMutexLocker lock(&m_mutex);
         parsed = std::move(m_parsed); // the import changes the document
+        kind = m_kind;
     }
-    runOnWorker([this, settings, parsed] {
+    emit importStarted();
+    runOnWorker([this, settings, parsed, kind] {
         const ImportOutcome outcome =
-            m_host.targetKind().isFCPX
-                ? FCPXImport::startProcessingFCPXWithSettings(m_host, settings, parsed.get())
-                : FCP7Import::startProcessingWithSettings(m_host, settings, parsed.get());
+            kind.isFCPX ? FCPXImport::startProcessingFCPXWithSettings(kind, m_markerListPath,
+                                                                      settings, parsed.get())
+                        : FCP7Import::startProcessingWithSettings(kind, m_markerListPath, settings,
+                                                                  parsed.get());
         {
             QMutexLocker lock(&m_mutex);
             m_lastOutcome = outcome;

@@ -1,7 +1,8 @@
 #pragma once
 
-#include "import/ImportHost.h"
+#include "import/ImportOutcome.h"
 #include "import/ImportSettings.h"
+#include "import/ImportTarget.h"
 #include "import/TargetDiscovery.h"
 
 #include <QList>
@@ -33,16 +34,21 @@ struct ImportOptions
 /// The workflow of one marker list document, shared by every front end: adopting a
 /// target, discovering what it holds on a worker thread, choosing an item, and running
 /// the Final Cut Pro 7 or FCPX import on a worker thread with a typed outcome. The
-/// front end presents it through its ImportHost; the signals tell when work ends
-/// (delivered on the receiver's thread), and waitForIdle serves callers that block.
+/// front ends present it: the signals come from the worker threads (queued to a
+/// receiver on another thread), and waitForIdle serves callers that block.
 class ImportSession : public QObject
 {
     Q_OBJECT
 
 public:
-    explicit ImportSession(ImportHost &host, QObject *parent = nullptr);
-    /// Waits for the work under way: the host outlives the session.
+    /// The session of the marker list at the path.
+    explicit ImportSession(const QString &markerListPath, QObject *parent = nullptr);
+    /// Waits for the work under way.
     ~ImportSession() override;
+
+    QString markerListPath() const { return m_markerListPath; }
+    /// What the adopted target and the chosen item are.
+    TargetKind targetKind() const;
 
     /// Adopts the target and starts its discovery. False (nothing changes) for a null
     /// path or one where nothing exists.
@@ -81,9 +87,14 @@ public:
     void waitForIdle();
     /// Whether a discovery or an import runs.
     bool isBusy() const;
+    /// Whether an import runs.
+    bool isImporting() const { return m_importing.load(); }
 
 signals:
-    void discoveryFinished();
+    void discoveryStarted(const QString &path);
+    /// Only for the latest discovery, when two overlap.
+    void discoveryFinished(const DiscoveredItems &found);
+    void importStarted();
     void importFinished(const ImportOutcome &outcome);
     /// The last work under way has ended (delivered on the session's thread).
     void idle();
@@ -92,12 +103,12 @@ private:
     void discover(const QString &path);
     void runOnWorker(std::function<void()> work);
 
-    ImportHost &m_host;
+    const QString m_markerListPath;
     mutable QMutex m_mutex;
+    TargetKind m_kind;
     QString m_targetPath;
     quint64 m_discoveryRun = 0;
-    QList<SequenceItem> m_items;
-    ImportOutcome m_discoveryOutcome;
+    DiscoveredItems m_found;
     std::shared_ptr<ParsedTarget> m_parsed;
     std::optional<SequenceItem> m_chosen;
     ImportOutcome m_lastOutcome;

@@ -20,12 +20,10 @@ MarkerList MarkerList::fromText(const QString &text)
         return list;
     const QFMarkerRecord header = records.takeFirst();
     // A list saved without its header would otherwise lose its first marker unnoticed.
-    if (header.lines.size() == 1 &&
-        QFFCP7MarkerListParser::standsAlone(header.fields.join(u'\t')))
-        list.skipped.append(
-            {header.lines.first(),
-             QStringLiteral("line %1 holds a marker, not a column header: skipped")
-                 .arg(header.lines.first())});
+    if (header.lines.size() == 1 && QFFCP7MarkerListParser::standsAlone(header.fields.join(u'\t')))
+        list.skipped.append({header.lines.first(),
+                             QStringLiteral("line %1 holds a marker, not a column header: skipped")
+                                 .arg(header.lines.first())});
     else
         list.headerLines = header.lines;
 

@@ -1,6 +1,6 @@
 #pragma once
 
-#include "import/ImportHost.h"
+#include "import/ImportOutcome.h"
 #include "import/MarkerExports.h"
 #include "support/QFError.h"
 

@@ -35,12 +35,11 @@ std::unique_ptr<XmlDocument> ParsedTarget::take(const QByteArray &bytes)
     return document;
 }
 
-bool TargetDiscovery::openFilename(ImportHost &host, const QString &path)
+bool TargetDiscovery::openFilename(TargetKind &kind, const QString &path)
 {
     if (path.isNull() || !QFileInfo::exists(path))
         return false;
     const TargetFormat format = targetFormatForPath(path);
-    TargetKind &kind = host.targetKind();
     if (format == TargetFormat::FCPXFile || format == TargetFormat::FCPXBundle) {
         kind.isFCPX = true;
         kind.isXMLFile = true;
@@ -50,28 +49,23 @@ bool TargetDiscovery::openFilename(ImportHost &host, const QString &path)
         kind.isXMLFile = format == TargetFormat::XMEMLFile;
     }
     QFUserDefaults::standardUserDefaults().setObject(path, lastProjectKey);
-    host.setProjectPath(path);
     return true;
 }
 
-TargetDiscovery::Result TargetDiscovery::updateProject(ImportHost &host, const QString &path)
+TargetDiscovery::Result TargetDiscovery::updateProject(const TargetKind &kind, const QString &path)
 {
     Result result;
-    host.disableUI();
     if (path.isEmpty())
         return result;
-    if (host.targetKind().isFCPX)
-        discoverFCPX(host, path, result);
+    if (kind.isFCPX)
+        discoverFCPX(path, result);
     else
-        discoverFCP7(host, path, result);
+        discoverFCP7(kind, path, result);
     return result;
 }
 
-void TargetDiscovery::discoverFCP7(ImportHost &host, const QString &path, Result &result)
+void TargetDiscovery::discoverFCP7(const TargetKind &kind, const QString &path, Result &result)
 {
-    TargetKind &kind = host.targetKind();
-    host.setLoadSpinnerRunning(true);
-
     // Either document stays alive while the elements are read.
     QByteArray bytes;
     std::unique_ptr<XmlDocument> file;
@@ -88,8 +82,7 @@ void TargetDiscovery::discoverFCP7(ImportHost &host, const QString &path, Result
                                        &error);
         if (!error.isNull())
             QFLog::appendLogAndPrint(u"Error loading sequences: %@", error);
-        if (root.nodesForXPath(QStringLiteral("./project")).isEmpty())
-            kind.isSequenceOnly = true;
+        result.sequenceOnly = root.nodesForXPath(QStringLiteral("./project")).isEmpty();
     } else if (auto list = QFAppleEvents::sequencesInProject(path)) {
         project = list->document;
         sequences = list->sequences;
@@ -99,30 +92,22 @@ void TargetDiscovery::discoverFCP7(ImportHost &host, const QString &path, Result
         const XmlNode name = FCP7Import::nodeForXPath(QStringLiteral("./name[1]"), sequence);
         const XmlNode uuid = FCP7Import::nodeForXPath(QStringLiteral("./uuid[1]"), sequence);
         // Exports of other editors carry no uuid: their sequences are found by path.
-        if (name && (uuid || kind.isXMLFile)) {
-            result.items.append({name.stringValue(), uuid ? uuid.stringValue() : sequence.xPath(),
-                                 SequenceItem::Image::Sequence});
-            host.addItemToSequencePopUp(result.items.last());
-        }
+        if (name && (uuid || kind.isXMLFile))
+            result.found.items.append({name.stringValue(),
+                                       uuid ? uuid.stringValue() : sequence.xPath(),
+                                       SequenceItem::Image::Sequence});
     }
-    if (!sequences.isEmpty())
-        host.enableUI(true);
-    host.setToDoMarkerCheckEnabled(false);
-    host.setLoadSpinnerRunning(false);
+    result.found.controlsEnabled = result.found.menuEnabled = !sequences.isEmpty();
     result.parsed = ParsedTarget(std::move(file), bytes);
 }
 
-QString TargetDiscovery::fcpxmlDocumentPath(ImportHost &host, const QString &path,
-                                            ImportOutcome *failure)
+QString TargetDiscovery::fcpxmlDocumentPath(const QString &path, ImportOutcome *failure)
 {
     if (!QFFileManager::isPackageAtPath(path))
         return path;
-    const auto giveUp = [&host, failure](const QString &informativeText) {
-        host.enableUI(true);
-        host.setLoadSpinnerRunning(false);
-        *failure =
-            host.report(ImportOutcome::failed(QStringLiteral("Failed to open file"),
-                                              informativeText, ImportOutcome::AlertParent::None));
+    const auto giveUp = [failure](const QString &informativeText) {
+        *failure = ImportOutcome::failed(QStringLiteral("Failed to open file"), informativeText,
+                                         ImportOutcome::AlertParent::None);
         return QString();
     };
     const QDir bundle(path);
@@ -146,20 +131,21 @@ QString TargetDiscovery::fcpxmlDocumentPath(ImportHost &host, const QString &pat
     return giveUp(QStringLiteral("Could not locate any XML files inside bundle."));
 }
 
-void TargetDiscovery::discoverFCPX(ImportHost &host, const QString &path, Result &result)
+void TargetDiscovery::discoverFCPX(const QString &path, Result &result)
 {
-    host.targetKind().isEvent = false;
-    host.enableUI(false);
-    host.setLoadSpinnerRunning(true);
-
-    const QString documentPath = fcpxmlDocumentPath(host, path, &result.outcome);
-    if (documentPath.isNull())
+    DiscoveredItems &found = result.found;
+    found.controlsEnabled = true;
+    found.todoEnabled = true;
+    const QString documentPath = fcpxmlDocumentPath(path, &found.outcome);
+    if (documentPath.isNull()) {
+        found.menuEnabled = true;
         return;
+    }
     const QByteArray bytes = QFFileContents::read(documentPath).value_or(QByteArray());
     std::unique_ptr<XmlDocument> document =
         XmlDocument::fromBytes(bytes, XmlDocument::Parsing::Repairing);
     if (!document)
-        return; // left as the editor's own tools leave it: spinner running, menu disabled
+        return; // nothing to list: the menu stays disabled
     const XmlNode root = document->rootElement();
 
     QString error;
@@ -171,26 +157,15 @@ void TargetDiscovery::discoverFCPX(ImportHost &host, const QString &path, Result
         return;
     }
     for (const XmlNode &sequence : sequences) {
-        if (const XmlNode name =
-                FCP7Import::nodeForXPath(QStringLiteral("../@name[1]"), sequence)) {
-            result.items.append({name.stringValue(), sequence.xPath()});
-            host.addItemToSequencePopUp(result.items.last());
-        }
+        if (const XmlNode name = FCP7Import::nodeForXPath(QStringLiteral("../@name[1]"), sequence))
+            found.items.append({name.stringValue(), sequence.xPath()});
     }
-    if (!sequences.isEmpty())
-        host.enableUI(true);
-
     const QList<XmlNode> clips =
         root.nodesForXPath(QStringLiteral("(./project/clip | ./library[1]/event/project/clip)"));
     for (const XmlNode &clip : clips) {
-        if (const XmlNode name = FCP7Import::nodeForXPath(QStringLiteral("./@name[1]"), clip)) {
-            result.items.append({name.stringValue(), clip.xPath(), SequenceItem::Image::FCPXEvent});
-            host.addItemToSequencePopUp(result.items.last());
-        }
+        if (const XmlNode name = FCP7Import::nodeForXPath(QStringLiteral("./@name[1]"), clip))
+            found.items.append({name.stringValue(), clip.xPath(), SequenceItem::Image::FCPXEvent});
     }
-    if (!clips.isEmpty())
-        host.enableUI(true);
-    host.setToDoMarkerCheckEnabled(true);
-    host.setLoadSpinnerRunning(false);
+    found.menuEnabled = !sequences.isEmpty() || !clips.isEmpty();
     result.parsed = ParsedTarget(std::move(document), bytes);
 }

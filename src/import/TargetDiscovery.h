@@ -1,6 +1,7 @@
 #pragma once
 
-#include "import/ImportHost.h"
+#include "import/ImportOutcome.h"
+#include "import/ImportTarget.h"
 #include "xml/XmlDocument.h"
 
 #include <QByteArray>
@@ -27,6 +28,18 @@ private:
     QByteArray m_bytes;
 };
 
+/// What a discovery found, as the front ends show it.
+struct DiscoveredItems
+{
+    QList<SequenceItem> items;
+    /// The alert shown when the target could not be read; Failed then.
+    ImportOutcome outcome;
+    /// Whether the import controls, the sequence menu and the to-do box are enabled.
+    bool controlsEnabled = false;
+    bool menuEnabled = false;
+    bool todoEnabled = false;
+};
+
 /// Choosing an import target and finding what can be imported into it.
 class TargetDiscovery
 {
@@ -37,34 +50,32 @@ public:
     static inline const QString lastProjectKey = QStringLiteral("lastProject");
 
     /// Adopts a target: sets the kind from the extension (FCPX files and bundles, an
-    /// XMEML file, or a project open in Final Cut Pro 7), remembers it as the last
-    /// target and shows its path. isSequenceOnly is cleared only by an FCPX target.
-    /// False (nothing changes) for a null path or one where nothing exists.
-    static bool openFilename(ImportHost &host, const QString &path);
+    /// XMEML file, or a project open in Final Cut Pro 7) and remembers it as the last
+    /// target. isSequenceOnly is cleared only by an FCPX target. False (nothing
+    /// changes) for a null path or one where nothing exists.
+    static bool openFilename(TargetKind &kind, const QString &path);
 
     /// What one discovery found.
     struct Result
     {
-        QList<SequenceItem> items;
+        DiscoveredItems found;
         /// The parsed target file, for the import.
         ParsedTarget parsed;
-        /// The alert shown when the target could not be read; Failed then.
-        ImportOutcome outcome;
+        /// An XMEML file holding a bare sequence and no project.
+        bool sequenceOnly = false;
     };
 
-    /// The discovery, on a worker thread: empties and disables the sequence menu, then
-    /// fills it with the sequences of an XMEML file or Final Cut Pro 7 project, or
-    /// with the projects and event clips of an FCPXML file or bundle, and enables the
-    /// controls that fit.
-    static Result updateProject(ImportHost &host, const QString &path);
+    /// The discovery, on a worker thread: the sequences of an XMEML file or Final Cut
+    /// Pro 7 project, or the projects and event clips of every event of an FCPXML file
+    /// or bundle, and the controls that fit them.
+    static Result updateProject(const TargetKind &kind, const QString &path);
 
     /// The FCPXML file of a target: the path itself, or for a bundle the first entry
-    /// (listed by name) ending in ".fcpxml". Null when there is none; the log line,
-    /// the alert (also given in failure) and the host's controls are then taken care of.
-    static QString fcpxmlDocumentPath(ImportHost &host, const QString &path,
-                                      ImportOutcome *failure);
+    /// (listed by name) ending in ".fcpxml". Null when there is none, with the logged
+    /// reason's alert in failure.
+    static QString fcpxmlDocumentPath(const QString &path, ImportOutcome *failure);
 
 private:
-    static void discoverFCP7(ImportHost &host, const QString &path, Result &result);
-    static void discoverFCPX(ImportHost &host, const QString &path, Result &result);
+    static void discoverFCP7(const TargetKind &kind, const QString &path, Result &result);
+    static void discoverFCPX(const QString &path, Result &result);
 };

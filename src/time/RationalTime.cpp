@@ -100,7 +100,7 @@ std::strong_ordering operator<=>(const RationalTime &a, const RationalTime &b)
 {
     const Wide left = Wide(a.numerator) * b.denominator;
     const Wide right = Wide(b.numerator) * a.denominator;
-    return left < right ? std::strong_ordering::less
+    return left < right   ? std::strong_ordering::less
            : left > right ? std::strong_ordering::greater
                           : std::strong_ordering::equal;
 }

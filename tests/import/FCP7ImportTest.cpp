@@ -9,13 +9,15 @@
 
 #include "LoggedTest.h"
 #include "QtPrinters.h"
-#include "RecordingHost.h"
 #include "fcp7link/SimulatedFinalCutPro.h"
 
 #include <QDir>
 
 #include <QFile>
 #include <algorithm>
+#include <future>
+
+#include <sys/stat.h>
 
 namespace {
 
@@ -32,9 +34,24 @@ const QByteArray markerList = "#\tTrack\tName\tComment\tStart\tDuration\tColor\n
                               "1\tV1\tTen\tIn ten\t01:00:10:00\t00:00:05:00\tRed\n"
                               "2\tV1\tEight\tfields\t01:00:11:00\t00:00:00:00\tRed\textra\n";
 
+/// The alert an outcome ends with: "message / informative text", or nothing.
+QString alertOf(const ImportOutcome &outcome)
+{
+    return outcome.hasAlert() ? outcome.messageText + u" / "_qs + outcome.informativeText
+                              : QString();
+}
+
 class ImportTest : public LoggedTest
 {
 public:
+    /// Imports the marker list into the target of the settings, an XMEML file unless
+    /// the kind says otherwise.
+    static ImportOutcome import(const QString &markers, const ImportSettings &s,
+                                TargetKind kind = {.isXMLFile = true})
+    {
+        return FCP7Import::startProcessingWithSettings(kind, markers, s);
+    }
+
     ImportSettings settings(const QString &target, std::optional<QString> uuid = u"U-1"_qs)
     {
         ImportSettings s;
@@ -46,12 +63,9 @@ public:
 
 TEST_F(ImportTest, LogsEveryStepAndImportsARecordWithExtraColumns)
 {
-    RecordingHost host(home.file(u"markers.txt"_qs, markerList));
-    host.kind.isXMLFile = true;
-    FCP7Import::startProcessingWithSettings(host, settings(home.file(u"cut.xml"_qs, project)));
-
-    EXPECT_EQ(host.calls, QStringList({u"process start"_qs, u"process stop"_qs,
-                                       u"sheet Markers successfully imported"_qs}));
+    const ImportOutcome outcome = import(home.file(u"markers.txt"_qs, markerList),
+                                         settings(home.file(u"cut.xml"_qs, project)));
+    EXPECT_EQ(outcome.messageText, u"Markers successfully imported");
     const QString text = log();
     qsizetype at = 0;
     for (const char *line :
@@ -65,66 +79,58 @@ TEST_F(ImportTest, LogsEveryStepAndImportsARecordWithExtraColumns)
     }
 }
 
-TEST_F(ImportTest, SilentAndFailingEndsStopTheSpinnerAndLeaveTheTargetAsItWas)
+TEST_F(ImportTest, SilentAndFailingEndsLeaveTheTargetAsItWas)
 {
     const struct
     {
         const char *name;
         /// Changes the marker list path or the settings of an import that would succeed.
         std::function<void(QString &, ImportSettings &)> arrange;
-        QStringList calls;
+        const char *message; ///< empty: a silent end
         const char *logged;
     } cases[] = {
-        {"NoUuid",
-         [](QString &, ImportSettings &s) { s.uuid.reset(); },
-         {u"process start"_qs, u"process stop"_qs},
+        {"NoUuid", [](QString &, ImportSettings &s) { s.uuid.reset(); }, "",
          "Sequence UUID: (null)"},
         {"OnlyAHeader",
          [this](QString &markers, ImportSettings &) {
              markers = home.file(u"h.txt"_qs, "#\tT\tName\tC\tS\tD\tColour\n\n");
          },
-         {u"process start"_qs, u"process stop"_qs},
-         "Line count: 3"},
+         "", "Line count: 3"},
         {"NoLineGivesAMarker",
          [this](QString &markers, ImportSettings &) {
              markers = home.file(u"bad.txt"_qs, "#\tT\tName\tC\tS\tD\tColour\n"
                                                 "1\tV1\tA\tB\t00:00:11\t00:00:00:00\tRed\n");
          },
-         RecordingHost::endedWithSheet("Nothing imported"),
-         "Line 2 skipped: start timecode \"00:00:11\" is not HH:MM:SS:FF"},
+         "Nothing imported", "Line 2 skipped: start timecode \"00:00:11\" is not HH:MM:SS:FF"},
         {"MissingMarkerList",
          [](QString &markers, ImportSettings &) { markers = u"/nonexistent/markers.txt"_qs; },
-         RecordingHost::endedWithSheet("Unable to read marker list"),
-         "Error: unable to load marker list"},
+         "Unable to read marker list", "Error: unable to load marker list"},
         {"MarkerListTooLarge",
          [this](QString &markers, ImportSettings &) {
              markers = home.file(u"huge.txt"_qs, markerList);
              QFile(markers).resize(17 * 1024 * 1024);
          },
-         RecordingHost::endedWithSheet("Unable to read marker list"), "Line count: 0"},
+         "Unable to read marker list", "Line count: 0"},
         {"NotXml",
          [this](QString &, ImportSettings &s) {
              s.filename = home.file(u"junk.xml"_qs, "\x89PNG\r\n\x1a\n\0\0");
          },
-         RecordingHost::endedWithSheet("Unable to find the sequence"), "Unable to parse XML"},
+         "Unable to find the sequence", "Unable to parse XML"},
         {"UnwritableOutput",
          [](QString &, ImportSettings &s) {
              s.outputPath = u"/proc/cuebridge-cannot-write.xml"_qs;
          },
-         {u"process start"_qs, u"process stop"_qs,
-          u"sheet Failed to write marker data to disk."_qs},
-         "Marker out pos: 375"}};
+         "Failed to write marker data to disk.", "Marker out pos: 375"}};
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
         QString markers = home.file(u"markers.txt"_qs, markerList);
         ImportSettings s = settings(home.file(u"cut.xml"_qs, project));
         c.arrange(markers, s);
-        RecordingHost host(markers);
-        host.kind.isXMLFile = true;
         const QByteArray before = TempHome::read(s.filename);
         const qsizetype loggedBefore = log().size();
-        FCP7Import::startProcessingWithSettings(host, s);
-        EXPECT_EQ(host.calls, c.calls) << host.alerts.join(u'\n').toStdString();
+        const ImportOutcome outcome = import(markers, s);
+        EXPECT_EQ(outcome.messageText, QLatin1StringView(c.message))
+            << outcome.informativeText.toStdString();
         EXPECT_EQ(TempHome::read(s.filename), before);
         const QString logged = log().mid(loggedBefore);
         EXPECT_TRUE(logged.contains(QLatin1StringView(c.logged))) << logged.toStdString();
@@ -166,11 +172,9 @@ TEST_F(ImportTest, EveryLineIsWrittenIntoTheChosenSequenceOrSkippedWithItsReason
     QByteArray list;
     for (const auto &line : lines)
         list += QByteArray(line.line) + "\r\n";
-    RecordingHost host(home.file(u"markers.txt"_qs, list));
-    host.kind.isXMLFile = true;
     const QString target = home.file(u"two.xml"_qs, twoSequences);
     const ImportOutcome outcome =
-        FCP7Import::startProcessingWithSettings(host, settings(target, u"U-2"_qs));
+        import(home.file(u"markers.txt"_qs, list), settings(target, u"U-2"_qs));
 
     const ImportReport &report = outcome.report;
     EXPECT_TRUE(report.accountsForEveryLine());
@@ -216,34 +220,30 @@ TEST_F(ImportTest, AListWithoutHeaderOrAFileChangedMeanwhileIsNotTakenForSuccess
     const QString target = home.file(u"two.xml"_qs, twoSequences);
     // A sequence without a uuid is chosen by its path.
     ImportSettings byPath = settings(target, u"/xmeml/project/children/sequence[3]"_qs);
-    RecordingHost headerless(home.file(u"markers.txt"_qs,
-                                       "1\tV1\tA\t\t00:00:01:00\t00:00:00:00\tRed\n"
-                                       "2\tV1\tB\t\t00:00:02:00\t00:00:00:00\tRed\n"));
-    headerless.kind.isXMLFile = true;
-    const ImportOutcome partly = FCP7Import::startProcessingWithSettings(headerless, byPath);
+    const ImportOutcome partly =
+        import(home.file(u"markers.txt"_qs, "1\tV1\tA\t\t00:00:01:00\t00:00:00:00\tRed\n"
+                                            "2\tV1\tB\t\t00:00:02:00\t00:00:00:00\tRed\n"),
+               byPath);
     EXPECT_EQ(partly.status, ImportOutcome::Status::SomeMarkersFailed);
     EXPECT_EQ(partly.report.lineTexts(),
               QStringList(u"Line 1: line 1 holds a marker, not a column header: skipped"_qs));
     EXPECT_TRUE(TempHome::read(target).contains("<sequence id=\"Exported-Cuebridge\">"));
 
-    // Another import replaced the file after this one read it: its markers stay.
-    struct ChangingHost : RecordingHost
-    {
-        using RecordingHost::RecordingHost;
-        QString markerListPath() const override
-        {
-            TempHome::write(target, "<xmeml version=\"5\"/>");
-            return RecordingHost::markerListPath();
-        }
-        QString target;
-    } changing(home.file(u"markers.txt"_qs, markerList));
-    changing.kind.isXMLFile = true;
-    changing.target = home.file(u"changed.xml"_qs, project);
-    const ImportOutcome lost =
-        FCP7Import::startProcessingWithSettings(changing, settings(changing.target));
+    // Another import replaces the file after this one read it: its markers stay. The
+    // list is a pipe, so this import waits on it after reading the target.
+    const QString changed = home.file(u"changed.xml"_qs, project);
+    const QString pipe = home.filePath(u"markers.fifo"_qs);
+    ASSERT_EQ(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+    auto running = std::async(std::launch::async, [&] { return import(pipe, settings(changed)); });
+    QFile list(pipe);
+    ASSERT_TRUE(list.open(QIODevice::WriteOnly)); // returns once the import opens it
+    TempHome::write(changed, "<xmeml version=\"5\"/>");
+    list.write(markerList);
+    list.close();
+    const ImportOutcome lost = running.get();
     EXPECT_EQ(lost.messageText, u"Failed to write marker data to disk.");
     EXPECT_TRUE(lost.informativeText.contains(u"changed during the import"));
-    EXPECT_EQ(TempHome::read(changing.target), "<xmeml version=\"5\"/>");
+    EXPECT_EQ(TempHome::read(changed), "<xmeml version=\"5\"/>");
 }
 
 TEST(RenameSequence, KeepsOnlyTheIdAndNamesTheSequenceAfterIt)
@@ -328,12 +328,10 @@ protected:
 
 TEST_F(LiveImport, SendsTheSequenceBackInABinAndOpensItsNewUuid)
 {
-    RecordingHost host(home.file(u"markers.txt"_qs, markerList));
-    FCP7Import::startProcessingWithSettings(host, settings(projectPath));
-
-    EXPECT_EQ(host.alerts, QStringList(u"Markers successfully imported / The markers were imported "
-                                       u"into a copy of the sequence inside the Imported Markers "
-                                       u"bin."_qs));
+    const ImportOutcome outcome =
+        import(home.file(u"markers.txt"_qs, markerList), settings(projectPath), {});
+    EXPECT_EQ(alertOf(outcome), u"Markers successfully imported / The markers were imported into "
+                                u"a copy of the sequence inside the Imported Markers bin.");
     ASSERT_EQ(editor.imported.size(), 1);
     const QString sent = QString::fromUtf8(editor.imported.first());
     const QString head = QStringLiteral("<?xml version=\"1.0\" encoding=\"UTF-8\"?><!DOCTYPE "
@@ -351,10 +349,9 @@ TEST_F(LiveImport, SendsTheSequenceBackInABinAndOpensItsNewUuid)
 
 TEST_F(LiveImport, FailuresOfTheEditorAreReported)
 {
-    RecordingHost missing(home.file(u"markers.txt"_qs, markerList));
-    FCP7Import::startProcessingWithSettings(missing, settings(projectPath, u"U-2"_qs));
-    EXPECT_EQ(missing.alerts,
-              QStringList(u"Unable to get data for UUID U-2 / Cuebridge has been aborted."_qs));
+    const QString markers = home.file(u"markers.txt"_qs, markerList);
+    EXPECT_EQ(alertOf(import(markers, settings(projectPath, u"U-2"_qs), {})),
+              u"Unable to get data for UUID U-2 / Cuebridge has been aborted.");
 
     editor.fault = [](const AppleEvent &event) -> std::optional<AESendResult> {
         if (event.eventID != fourCharCode("iXML"))
@@ -364,10 +361,9 @@ TEST_F(LiveImport, FailuresOfTheEditorAreReported)
         result.stage = AESendStage::Send;
         return result;
     };
-    RecordingHost refused(home.file(u"markers.txt"_qs, markerList));
-    FCP7Import::startProcessingWithSettings(refused, settings(projectPath));
-    EXPECT_EQ(refused.alerts, QStringList(u"Failed to send marker data to Final Cut Pro / Please "
-                                          u"report this error to Quillfen."_qs));
+    EXPECT_EQ(alertOf(import(markers, settings(projectPath), {})),
+              u"Failed to send marker data to Final Cut Pro / Please report this error to "
+              u"Quillfen.");
     EXPECT_TRUE(editor.openedItems.isEmpty());
 }
 

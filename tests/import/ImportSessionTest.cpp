@@ -6,10 +6,11 @@
 
 #include "HandOffTest.h"
 #include "QtPrinters.h"
-#include "RecordingHost.h"
 
 #include <QDir>
-#include <QSemaphore>
+#include <QFile>
+
+#include <sys/stat.h>
 
 namespace {
 
@@ -46,8 +47,8 @@ protected:
         return session.lastOutcome();
     }
 
-    RecordingHost host{home.file(u"markers.txt"_qs, markerList)};
-    ImportSession session{host};
+    QString markers = home.file(u"markers.txt"_qs, markerList);
+    ImportSession session{markers};
 };
 
 TEST_F(SessionTest, EveryKindOfTargetEndsWithItsOutcome)
@@ -81,13 +82,12 @@ TEST_F(SessionTest, EveryKindOfTargetEndsWithItsOutcome)
         const QByteArray before = TempHome::read(c.target);
         const ImportOutcome outcome = import(c.target, c.title);
         EXPECT_EQ(outcome.status, c.status) << c.name << ": " << outcome.messageText.toStdString();
-        EXPECT_EQ(host.kind.isFCPX && host.kind.isEvent, c.eventClip) << c.name;
-        EXPECT_EQ(outcome.hasAlert(), !host.alerts.isEmpty()) << c.name;
+        EXPECT_EQ(session.targetKind().isFCPX && session.targetKind().isEvent, c.eventClip)
+            << c.name;
         if (c.status == Status::NothingImported)
             EXPECT_EQ(TempHome::read(c.target), before) << c.name;
         else
             EXPECT_TRUE(XmlDocument::fromFile(outcome.resultPath)) << c.name;
-        host.alerts.clear();
     }
     EXPECT_EQ(workspace.opened().size(), 2) << "both FCPX results handed to the editor";
 }
@@ -118,7 +118,7 @@ TEST_F(SessionTest, AnXmemlFileIsLeftAloneUnlessTheResultParses)
 <!DOCTYPE xmeml [<!ENTITY studio "Quill &amp; Fen">]>
 <xmeml version="4"><sequence id="S"><uuid>U</uuid><name>By &studio;</name></sequence></xmeml>)";
     const QString bare = home.file(u"bare.xml"_qs, sequence);
-    TempHome::write(host.markerListPath(), markerList);
+    TempHome::write(markers, markerList);
     EXPECT_EQ(import(bare).status, Status::Imported);
     const auto written = XmlDocument::fromFile(bare);
     ASSERT_TRUE(written) << TempHome::read(bare).toStdString();
@@ -154,30 +154,20 @@ TEST_F(SessionTest, TheImportTakesTheDiscoveredDocumentOnlyWhileTheFileIsUnchang
 
 TEST_F(SessionTest, ASecondImportOfTheDocumentIsRefusedWhileOneRuns)
 {
-    // The import waits at its spinner until the second press has been tried.
-    struct HeldHost : RecordingHost
-    {
-        using RecordingHost::RecordingHost;
-        void setProcessSpinnerRunning(bool running) override
-        {
-            if (running)
-                released.acquire();
-            RecordingHost::setProcessSpinnerRunning(running);
-        }
-        QSemaphore released;
-    } held(host.markerListPath());
-    ImportSession busy(held);
+    // The list is a pipe: the import waits on it until the second press has been tried.
+    const QString pipe = home.filePath(u"markers.fifo"_qs);
+    ASSERT_EQ(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
+    ImportSession busy(pipe);
     ASSERT_TRUE(busy.openFilename(home.copyOfData(u"sequence.xml"_qs)));
     busy.waitForIdle();
     busy.chooseItem(busy.items().value(0));
-    EXPECT_TRUE(busy.sendToFCP(ImportOptions()));
-    EXPECT_FALSE(busy.sendToFCP(ImportOptions()));
-    held.released.release();
-    busy.waitForIdle();
-    EXPECT_EQ(busy.lastOutcome().status, Status::Imported);
-    EXPECT_TRUE(busy.sendToFCP(ImportOptions())) << "free again once it ended";
-    held.released.release();
-    busy.waitForIdle();
+    for (int run = 0; run < 2; ++run) {
+        EXPECT_TRUE(busy.sendToFCP(ImportOptions())) << "free again once the first ended";
+        EXPECT_FALSE(busy.sendToFCP(ImportOptions()));
+        TempHome::write(pipe, markerList);
+        busy.waitForIdle();
+        EXPECT_EQ(busy.lastOutcome().status, Status::Imported);
+    }
 }
 
 TEST_F(SessionTest, ChoosingByNameFindsTheItemOrStandsForWhatWasAsked)
@@ -185,9 +175,9 @@ TEST_F(SessionTest, ChoosingByNameFindsTheItemOrStandsForWhatWasAsked)
     ASSERT_TRUE(session.openFilename(home.file(u"e.fcpxml"_qs, eventClip)));
     session.waitForIdle();
     EXPECT_TRUE(session.chooseItemNamed(u"Event clip"_qs));
-    EXPECT_TRUE(host.kind.isEvent);
+    EXPECT_TRUE(session.targetKind().isEvent);
     EXPECT_TRUE(session.chooseItemNamed(u"/fcpxml/library/event/project/sequence"_qs));
-    EXPECT_FALSE(host.kind.isEvent);
+    EXPECT_FALSE(session.targetKind().isEvent);
     EXPECT_EQ(session.settingsFor({}).sequenceXPath, u"/fcpxml/library/event/project/sequence"_qs);
     EXPECT_FALSE(session.chooseItemNamed(u"nothing of that name"_qs));
 
