@@ -1,5 +1,5 @@
-#include "diagnostics/QFLog.h"
 #include "support/QFLocalPaths.h"
+#include "support/QFLog.h"
 
 #include <benchmark/benchmark.h>
 

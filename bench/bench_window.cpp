@@ -9,8 +9,8 @@
 #include "MarkerListGenerator.h"
 #include "MyDocument.h"
 
-#include "diagnostics/QFLog.h"
 #include "support/QFLocalPaths.h"
+#include "support/QFLog.h"
 #include "support/QFUserDefaults.h"
 #include "support/QFWorkspace.h"
 

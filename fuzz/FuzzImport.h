@@ -4,8 +4,8 @@
 // folder, and a check of what each run leaves behind.
 
 #include "FuzzInput.h"
-#include "diagnostics/QFLog.h"
 #include "import/ImportSession.h"
+#include "support/QFLog.h"
 #include "xml/XmlDocument.h"
 
 #include <QDir>

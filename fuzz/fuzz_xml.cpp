@@ -3,7 +3,7 @@
 // The input's first line is also tried as a query of its own.
 
 #include "FuzzInput.h"
-#include "diagnostics/QFLog.h"
+#include "support/QFLog.h"
 #include "time/QFFCPXMLParser.h"
 #include "xml/QFFCPXMLMarkerReader.h"
 #include "xml/QFXMLParser.h"

@@ -3,7 +3,7 @@
 // A test with a private home and a fresh log in it, for components that report
 // through the log.
 
-#include "diagnostics/QFLog.h"
+#include "support/QFLog.h"
 
 #include "TempHome.h"
 

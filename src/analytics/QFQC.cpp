@@ -1,8 +1,8 @@
 #include "analytics/QFQC.h"
 
-#include "diagnostics/QFLog.h"
 #include "support/QFAlert.h"
 #include "support/QFLocalPaths.h"
+#include "support/QFLog.h"
 #include "support/QFOSDetect.h"
 #include "support/QFPropertyList.h"
 #include "support/QFUserDefaults.h"

@@ -6,9 +6,9 @@
 
 #include "analytics/QFQC.h"
 #include "diagnostics/QFBugReporter.h"
-#include "diagnostics/QFLog.h"
 #include "diagnostics/QFTroubleshootingUtils.h"
 #include "import/UserTextEscaping.h"
+#include "support/QFLog.h"
 #include "support/QFSoftwareUpdate.h"
 #include "support/QFUserDefaults.h"
 

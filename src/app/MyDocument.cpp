@@ -152,7 +152,7 @@ ImportOptions MyDocument::options() const
     ImportOptions options;
     options.clearExistingMarkers = ui->clearMarkerCheck->isChecked();
     options.frameOffset = QFNumberReader::leadingInteger(ui->frameOffsetText->text());
-    options.frameOffsetUnitIndex = ui->offsetUnitPopUp->currentIndex();
+    options.frameOffsetUnit = offsetUnitForIndex(ui->offsetUnitPopUp->currentIndex());
     options.todoMarkersEnabled = ui->todoMarkerCheck->isChecked();
     return options;
 }

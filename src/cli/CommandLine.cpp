@@ -119,8 +119,9 @@ CommandLine CommandLine::parse(const QStringList &arguments)
                              .arg(parser.value(offset));
     }
     if (parser.isSet(unit)) {
-        line.unitIndex = int(units.indexOf(parser.value(unit).toLower()));
-        if (line.unitIndex < 0)
+        const qsizetype index = units.indexOf(parser.value(unit).toLower());
+        line.unit = offsetUnitForIndex(index);
+        if (index < 0)
             line.error = QStringLiteral("--unit must be frames, seconds, minutes or hours, not "
                                         "\"%1\"")
                              .arg(parser.value(unit));

@@ -1,5 +1,7 @@
 #pragma once
 
+#include "import/ImportSettings.h"
+
 #include <QString>
 #include <QStringList>
 
@@ -15,7 +17,7 @@ struct CommandLine
     bool printsMarkers = false;
     std::optional<QString> sequence;
     qint64 offset = 0;
-    int unitIndex = 0;
+    OffsetUnit unit = OffsetUnit::Frames;
     bool clear = false;
     bool todo = false;
     std::optional<QString> output;

@@ -5,10 +5,10 @@
 #include "TerminalHost.h"
 #include "TerminalOutput.h"
 
-#include "diagnostics/QFLog.h"
 #include "import/ImportSession.h"
 #include "import/UserTextEscaping.h"
 #include "support/QFAlert.h"
+#include "support/QFLog.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>
@@ -61,7 +61,7 @@ int run(const CommandLine &line)
     if (!line.sequence && !session.items().isEmpty())
         session.chooseItem(session.items().first());
 
-    session.sendToFCP({line.clear, line.offset, line.unitIndex, line.todo, line.output, line.open});
+    session.sendToFCP({line.clear, line.offset, line.unit, line.todo, line.output, line.open});
     session.waitForIdle();
     const ImportOutcome outcome = session.lastOutcome();
     const int status = TerminalHost::exitStatus(outcome);

@@ -1,8 +1,8 @@
 #include "diagnostics/QFBugReporter.h"
 
-#include "diagnostics/QFLog.h"
 #include "support/QFGlobalPreferences.h"
 #include "support/QFLocalPaths.h"
+#include "support/QFLog.h"
 #include "support/QFPropertyList.h"
 #include "support/QFTaskEx.h"
 #include "support/QFUserDefaults.h"

@@ -3,10 +3,10 @@
 #include "fcp7link/QFAppleEvents.h"
 
 #include "FCP7Console.h"
-#include "diagnostics/QFException.h"
-#include "diagnostics/QFLog.h"
 #include "fcp7link/AETransport.h"
+#include "support/QFException.h"
 #include "support/QFFormat.h"
+#include "support/QFLog.h"
 #include "support/QFWorkspace.h"
 
 #include <QHash>

@@ -4,10 +4,10 @@
 #include "fcp7link/QFAppleEvents.h"
 
 #include "FCP7Console.h"
-#include "diagnostics/QFException.h"
-#include "diagnostics/QFLog.h"
+#include "support/QFException.h"
 #include "support/QFFormat.h"
 #include "support/QFLocalPaths.h"
+#include "support/QFLog.h"
 #include "support/QFPropertyList.h"
 #include "support/QFWorkspace.h"
 #include "time/QFNumberReader.h"

@@ -1,12 +1,12 @@
 #include "import/FCP7Import.h"
 
-#include "diagnostics/QFLog.h"
 #include "fcp7link/QFAppleEvents.h"
 #include "import/MarkerListText.h"
 #include "import/QFFCP7MarkerListParser.h"
 #include "import/TimelineMarker.h"
 #include "import/UserTextEscaping.h"
 #include "support/QFFileContents.h"
+#include "support/QFLog.h"
 #include "time/FrameRate.h"
 #include "time/QFNumberReader.h"
 #include "xml/QFXMLParser.h"
@@ -270,10 +270,8 @@ ImportOutcome FCP7Import::startProcessingWithSettings(const TargetKind &kind,
     if (!renameSequence(sequence))
         return sequenceNotFound();
 
-    if (settings.clearExistingMarkers) {
-        for (XmlNode marker : QFXMLParser::nodesForQuery(QStringLiteral(".//marker"), sequence))
-            marker.detach();
-    }
+    if (settings.clearExistingMarkers)
+        TimelineMarker::clearAll(sequence);
 
     const FrameRate rate = readFrameRate(sequence);
     QFLog::appendLog(u"Start frame: %li", qint64(rate.startFrame));

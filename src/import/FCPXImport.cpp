@@ -1,6 +1,5 @@
 #include "import/FCPXImport.h"
 
-#include "diagnostics/QFLog.h"
 #include "import/FCPXPlacement.h"
 #include "import/MarkerListText.h"
 #include "import/TargetDiscovery.h"
@@ -9,6 +8,7 @@
 #include "support/QFFileContents.h"
 #include "support/QFFileManager.h"
 #include "support/QFLocalPaths.h"
+#include "support/QFLog.h"
 #include "support/QFWorkspace.h"
 #include "time/FrameRate.h"
 #include "time/QFFCPXMLParser.h"
@@ -197,10 +197,8 @@ ImportOutcome FCPXImport::startProcessingFCPXWithSettings(const TargetKind &kind
             ImportOutcome::failed(QStringLiteral("Unable to find sequence"),
                                   xpathError.isNull() ? QStringLiteral("") : xpathError));
     const XmlNode sequence = matches.first();
-    if (settings.clearExistingMarkers) {
-        for (XmlNode marker : QFXMLParser::nodesForQuery(QStringLiteral(".//marker"), sequence))
-            marker.detach();
-    }
+    if (settings.clearExistingMarkers)
+        TimelineMarker::clearAll(sequence);
 
     QString frameDuration;
     const FrameRate rate = readFrameRate(top, sequence, &frameDuration);

@@ -125,7 +125,7 @@ ImportSettings ImportSession::settingsFor(const ImportOptions &options) const
     settings.filename = m_targetPath;
     settings.clearExistingMarkers = options.clearExistingMarkers;
     settings.frameOffset = options.frameOffset;
-    settings.frameOffsetUnitIndex = options.frameOffsetUnitIndex;
+    settings.frameOffsetUnit = options.frameOffsetUnit;
     const std::optional<QString> chosen =
         m_chosen ? std::optional(m_chosen->representedObject) : std::nullopt;
     if (m_kind.isFCPX) {

@@ -21,8 +21,7 @@ struct ImportOptions
 {
     bool clearExistingMarkers = false;
     qint64 frameOffset = 0;
-    /// 0 frames, 1 seconds, 2 minutes, 3 hours.
-    int frameOffsetUnitIndex = 0;
+    OffsetUnit frameOffsetUnit = OffsetUnit::Frames;
     /// FCPX only: the markers become to-do items.
     bool todoMarkersEnabled = false;
     /// XMEML only: where the result goes instead of the target itself.

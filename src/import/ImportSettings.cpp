@@ -15,7 +15,7 @@ QVariantMap ImportSettings::toVariantMap() const
     QVariantMap map{{filenameKey, filename},
                     {clearKey, clearExistingMarkers},
                     {offsetKey, frameOffset},
-                    {unitKey, frameOffsetUnitIndex}};
+                    {unitKey, int(frameOffsetUnit)}};
     if (sequenceXPath)
         map.insert(xpathKey, *sequenceXPath);
     if (todoMarkersEnabled)
@@ -31,7 +31,7 @@ ImportSettings ImportSettings::fromVariantMap(const QVariantMap &map)
     settings.filename = map.value(filenameKey).toString();
     settings.clearExistingMarkers = map.value(clearKey).toBool();
     settings.frameOffset = map.value(offsetKey).toLongLong();
-    settings.frameOffsetUnitIndex = map.value(unitKey).toInt();
+    settings.frameOffsetUnit = offsetUnitForIndex(map.value(unitKey).toLongLong());
     if (map.contains(xpathKey))
         settings.sequenceXPath = map.value(xpathKey).toString();
     if (map.contains(todoKey))
@@ -45,14 +45,21 @@ qint64 ImportSettings::offsetInFrames(qint64 timebase) const
 {
     // Unsigned, so that an absurd offset wraps instead of overflowing.
     const auto times = [this](quint64 factor) { return qint64(quint64(frameOffset) * factor); };
-    switch (frameOffsetUnitIndex) {
-    case 1:
+    switch (frameOffsetUnit) {
+    case OffsetUnit::Seconds:
         return times(quint64(timebase));
-    case 2:
+    case OffsetUnit::Minutes:
         return times(quint64(timebase) * 60);
-    case 3:
+    case OffsetUnit::Hours:
         return times(quint64(timebase) * 3600);
-    default:
-        return frameOffset;
+    case OffsetUnit::Frames:
+        break;
     }
+    return frameOffset;
+}
+
+OffsetUnit offsetUnitForIndex(qint64 index)
+{
+    return index >= 0 && index <= qint64(OffsetUnit::Hours) ? OffsetUnit(index)
+                                                            : OffsetUnit::Frames;
 }

@@ -5,6 +5,17 @@
 
 #include <optional>
 
+/// The unit of the frame offset, in the order of the window's menu.
+enum class OffsetUnit
+{
+    Frames,
+    Seconds,
+    Minutes,
+    Hours
+};
+/// The unit of a menu or dictionary index: any other index counts as frames.
+OffsetUnit offsetUnitForIndex(qint64 index);
+
 /// The options of one import, as the document window collects them. The keys of the
 /// dictionary form are the ones the import procedures have always read.
 struct ImportSettings
@@ -14,8 +25,8 @@ struct ImportSettings
     QString filename;
     bool clearExistingMarkers = false;
     qint64 frameOffset = 0;
-    /// 0 frames, 1 seconds, 2 minutes, 3 hours; any other value counts as frames.
-    int frameOffsetUnitIndex = 0;
+    /// Kept under "frameOffsetUnitIndex" as its index.
+    OffsetUnit frameOffsetUnit = OffsetUnit::Frames;
     /// Final Cut Pro X: the XPath of the chosen `sequence` or `clip` element.
     std::optional<QString> sequenceXPath;
     /// Final Cut Pro X only.

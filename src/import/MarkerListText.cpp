@@ -1,8 +1,8 @@
 #include "MarkerListText.h"
 #include "TextEncoding.h"
 
-#include "diagnostics/QFLog.h"
 #include "support/QFFileContents.h"
+#include "support/QFLog.h"
 
 #include <QFileInfo>
 

@@ -1,10 +1,10 @@
 #include "TargetDiscovery.h"
 
-#include "diagnostics/QFLog.h"
 #include "fcp7link/QFAppleEvents.h"
 #include "import/FCP7Import.h"
 #include "support/QFFileContents.h"
 #include "support/QFFileManager.h"
+#include "support/QFLog.h"
 #include "support/QFUserDefaults.h"
 
 #include <QDir>

@@ -1,8 +1,9 @@
 #include "import/TimelineMarker.h"
 
-#include "diagnostics/QFLog.h"
 #include "import/UserTextEscaping.h"
+#include "support/QFLog.h"
 #include "time/QFNumberReader.h"
+#include "xml/QFXMLParser.h"
 
 #include <algorithm>
 
@@ -51,6 +52,12 @@ QString TimelineMarker::timecodeProblem(const MarkerRecord &record, const FrameR
     if (problem.isNull() && !record.durationFrames)
         problem = problemWith("duration", record.duration, rate);
     return problem;
+}
+
+void TimelineMarker::clearAll(const XmlNode &timeline)
+{
+    for (XmlNode marker : QFXMLParser::nodesForQuery(QStringLiteral(".//marker"), timeline))
+        marker.detach();
 }
 
 TimelineMarker TimelineMarker::make(const MarkerRecord &record, const FrameRate &rate,

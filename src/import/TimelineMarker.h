@@ -2,6 +2,7 @@
 
 #include "import/MarkerList.h"
 #include "time/FrameRate.h"
+#include "xml/XmlNode.h"
 
 #include <QString>
 
@@ -33,6 +34,9 @@ struct TimelineMarker
     /// (four numbers, hours below 24, minutes and seconds below 60, frames below the
     /// timebase, none of the numbers drop frame skips); a null string when both can.
     static QString timecodeProblem(const MarkerRecord &record, const FrameRate &rate);
+
+    /// Removes every marker inside a timeline element, those on its clips too.
+    static void clearAll(const XmlNode &timeline);
 
     static TimelineMarker make(const MarkerRecord &record, const FrameRate &rate,
                                qint64 offsetFrames, bool stripWhitespace, Arithmetic arithmetic);

@@ -4,7 +4,7 @@
 #include "QFFileManager.h"
 #include "QFLocalPaths.h"
 #include "QFTaskEx.h"
-#include "diagnostics/QFLog.h"
+#include "support/QFLog.h"
 
 #include <QDateTime>
 #include <QDir>

@@ -3,7 +3,7 @@
 #include "QFAuthorization.h"
 #include "QFLocalPaths.h"
 #include "QFTaskEx.h"
-#include "diagnostics/QFLog.h"
+#include "support/QFLog.h"
 
 #include <QCoreApplication>
 #include <QDir>

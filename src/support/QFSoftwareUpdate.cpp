@@ -1,9 +1,9 @@
 #include "support/QFSoftwareUpdate.h"
 
-#include "diagnostics/QFLog.h"
 #include "support/QFFileManager.h"
 #include "support/QFGlobalPreferences.h"
 #include "support/QFLocalPaths.h"
+#include "support/QFLog.h"
 #include "support/QFPropertyList.h"
 #include "support/QFTaskEx.h"
 

@@ -1,7 +1,7 @@
 #include "QFTaskEx.h"
 
 #include "QFFileManager.h"
-#include "diagnostics/QFLog.h"
+#include "support/QFLog.h"
 
 #include <QCoreApplication>
 #include <QFileInfo>

@@ -1,6 +1,6 @@
 #include "xml/QFXMLParser.h"
 
-#include "diagnostics/QFLog.h"
+#include "support/QFLog.h"
 #include "time/QFNumberReader.h"
 
 #include <QSet>

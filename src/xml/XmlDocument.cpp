@@ -2,7 +2,7 @@
 
 #include "XmlErrors.h"
 
-#include "diagnostics/QFLog.h"
+#include "support/QFLog.h"
 
 #include <QFile>
 

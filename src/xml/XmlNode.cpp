@@ -4,7 +4,7 @@
 #include "XmlErrors.h"
 #include "xml/XmlDocument.h"
 
-#include "diagnostics/QFLog.h"
+#include "support/QFLog.h"
 
 #include <libxml/tree.h>
 #include <libxml/xpath.h>

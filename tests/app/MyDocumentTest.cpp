@@ -136,7 +136,7 @@ TEST_F(Window, TheControlsBecomeTheSettings)
 
     const ImportSettings settings = document->session().settingsFor(document->options());
     EXPECT_EQ(settings.frameOffset, 12);
-    EXPECT_EQ(settings.frameOffsetUnitIndex, 3);
+    EXPECT_EQ(settings.frameOffsetUnit, OffsetUnit::Hours);
     EXPECT_TRUE(settings.clearExistingMarkers);
     EXPECT_EQ(settings.todoMarkersEnabled, true);
     EXPECT_EQ(settings.sequenceXPath, u"/fcpxml/library/event/project[2]/clip"_qs);

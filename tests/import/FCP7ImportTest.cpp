@@ -292,7 +292,7 @@ TEST(ImportSettings, DictionaryKeysAndOffsetUnits)
     s.filename = u"/a/b.xml"_qs;
     s.clearExistingMarkers = true;
     s.frameOffset = -2;
-    s.frameOffsetUnitIndex = 1;
+    s.frameOffsetUnit = OffsetUnit::Seconds;
     s.uuid = u"U"_qs;
     const QVariantMap map = s.toVariantMap();
     EXPECT_EQ(map.keys(), QStringList({u"clearExistingMarkers"_qs, u"filename"_qs,
@@ -304,7 +304,7 @@ TEST(ImportSettings, DictionaryKeysAndOffsetUnits)
     const std::tuple<int, qint64, qint64> units[] = {{0, 30, -2},      {1, 30, -60}, {2, 30, -3600},
                                                      {3, 25, -180000}, {7, 30, -2},  {1, 0, 0}};
     for (const auto &[unit, timebase, frames] : units) {
-        s.frameOffsetUnitIndex = unit;
+        s.frameOffsetUnit = offsetUnitForIndex(unit);
         EXPECT_EQ(s.offsetInFrames(timebase), frames) << "unit " << unit;
     }
 }

@@ -157,7 +157,7 @@ Adjust offset(qint64 frames, int unit = 0)
 {
     return [frames, unit](ImportSettings &s, TargetKind &) {
         s.frameOffset = frames;
-        s.frameOffsetUnitIndex = unit;
+        s.frameOffsetUnit = offsetUnitForIndex(unit);
     };
 }
 

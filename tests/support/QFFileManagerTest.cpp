@@ -1,6 +1,6 @@
 #include "support/QFFileManager.h"
-#include "diagnostics/QFLog.h"
 #include "support/QFAuthorization.h"
+#include "support/QFLog.h"
 #include "support/QFTaskEx.h"
 
 #include "LoggedTest.h"

@@ -1,5 +1,5 @@
 #include "support/QFTaskEx.h"
-#include "diagnostics/QFLog.h"
+#include "support/QFLog.h"
 #include "support/QFProcess.h"
 
 #include "LoggedTest.h"

@@ -1,5 +1,5 @@
-#include "diagnostics/QFLog.h"
-#include "diagnostics/QFException.h"
+#include "support/QFLog.h"
+#include "support/QFException.h"
 #include "support/QFPropertyList.h"
 
 #include "QtPrinters.h"

@@ -1,6 +1,6 @@
-#include "diagnostics/QFException.h"
+#include "support/QFException.h"
 
-#include "diagnostics/QFLog.h"
+#include "support/QFLog.h"
 
 #include <cxxabi.h>
 
