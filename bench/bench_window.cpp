@@ -26,6 +26,8 @@
 #include <cstdio>
 #include <functional>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr int clips = 20000;
@@ -68,7 +70,7 @@ bool write(const QString &path, const QByteArray &bytes)
 
 Run importOnce(const QString &listPath, const QString &target)
 {
-    QFUserDefaults::standardUserDefaults().setObject(target, u"lastProject"_qs);
+    QFUserDefaults::standardUserDefaults().setObject(target, u"lastProject"_s);
     MyDocument document(listPath);
     document.show();
     if (!serveEventsUntil([&] { return !document.session().isBusy(); }) ||
@@ -90,7 +92,7 @@ Run importOnce(const QString &listPath, const QString &target)
     import.start();
     sinceTick.start();
     ticker.start(10);
-    document.findChild<QPushButton *>(u"sendToFCPBtn"_qs)->click();
+    document.findChild<QPushButton *>(u"sendToFCPBtn"_s)->click();
     QMessageBox *sheet = nullptr;
     if (!serveEventsUntil([&] { return (sheet = document.findChild<QMessageBox *>()); })) {
         std::fprintf(stderr, "the import did not end with its sheet\n");
@@ -100,8 +102,8 @@ Run importOnce(const QString &listPath, const QString &target)
     ticker.stop();
     // About one marker in twenty falls on a gap or a title of the generated storyline.
     const QString text = sheet->text();
-    if (!text.contains(u"Markers successfully imported"_qs) &&
-        !text.contains(u"Some markers failed to import"_qs)) {
+    if (!text.contains(u"Markers successfully imported"_s) &&
+        !text.contains(u"Some markers failed to import"_s)) {
         std::fprintf(stderr, "the import failed: %s\n%s\n", qPrintable(text),
                      qPrintable(sheet->informativeText().left(2000)));
         std::exit(1);
@@ -126,16 +128,16 @@ int main(int argc, char **argv)
     QFLocalPaths::setRealUserIdForTesting(1000);
 
     QApplication app(argc, argv);
-    QApplication::setOrganizationName(u"Quillfen"_qs);
-    QApplication::setApplicationName(u"Cuebridge"_qs);
+    QApplication::setOrganizationName(u"Quillfen"_s);
+    QApplication::setApplicationName(u"Cuebridge"_s);
     QFLog::createNewLog(QString(), true);
     AlertSheetPresenter alerts;
     QFAlert::setPresenter(&alerts);
     QuietWorkspace workspace;
     QFWorkspace::setSharedForTesting(&workspace);
 
-    const QString list = home.path() + u"/markers.txt"_qs;
-    const QString library = home.path() + u"/library.fcpxml"_qs;
+    const QString list = home.path() + u"/markers.txt"_s;
+    const QString library = home.path() + u"/library.fcpxml"_s;
     if (!write(list, generateMarkerList(markers).toUtf8()) ||
         !write(library, generateFcpxml(clips))) {
         std::fprintf(stderr, "cannot write the inputs in %s\n", qPrintable(home.path()));

@@ -7,6 +7,8 @@
 
 #include <ostream>
 
+using namespace Qt::StringLiterals;
+
 inline void PrintTo(const QString &value, std::ostream *os)
 {
     if (value.isNull())

@@ -10,6 +10,8 @@
 #include <QMutex>
 #include <QStringList>
 
+using namespace Qt::StringLiterals;
+
 class RecordingAlerts : public QFAlertPresenter
 {
 public:
@@ -22,7 +24,7 @@ public:
     {
         {
             QMutexLocker lock(&m_mutex);
-            m_shown << content.messageText + u" / "_qs + content.informativeText;
+            m_shown << content.messageText + u" / "_s + content.informativeText;
         }
         answered(answer);
         return nullptr;
@@ -55,8 +57,8 @@ public:
     bool openFile(const QString &path, const QString &identifier, LaunchOptions options) override
     {
         QMutexLocker lock(&m_mutex);
-        m_opened << u"%1 with '%2'%3"_qs.arg(
-            path, identifier, options == Asynchronous ? u", asynchronously"_qs : QString());
+        m_opened << u"%1 with '%2'%3"_s.arg(
+            path, identifier, options == Asynchronous ? u", asynchronously"_s : QString());
         return true;
     }
     /// "<path> with '<identifier>'[, asynchronously]" of each request so far.

@@ -14,6 +14,8 @@
 
 #include <gtest/gtest.h>
 
+using namespace Qt::StringLiterals;
+
 class TempHome
 {
 public:
@@ -40,7 +42,7 @@ public:
             qputenv(name, value);
     }
     QString path() const { return m_dir.path(); }
-    QString tempPath() const { return m_dir.path() + u"/temporary"_qs; }
+    QString tempPath() const { return m_dir.path() + u"/temporary"_s; }
     /// Where a file of this home goes.
     QString filePath(const QString &name) const { return QDir(m_dir.path()).filePath(name); }
     /// Writes a file of this home, with the folders it needs; its path.

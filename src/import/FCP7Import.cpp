@@ -222,9 +222,8 @@ ImportOutcome FCP7Import::startProcessingWithSettings(const TargetKind &kind,
         kind.isXMLFile ? QFFileContents::read(filename)
                        : QFAppleEvents::getItemXMLData(uuid, filename, true);
     if (!data)
-        return ImportOutcome(
-            ImportOutcome::failed(QFFormat::format(u"Unable to get data for UUID %@", uuid),
-                                  QStringLiteral("Cuebridge has been aborted.")));
+        return ImportOutcome::failed(QFFormat::format(u"Unable to get data for UUID %@", uuid),
+                                     QStringLiteral("Cuebridge has been aborted."));
 
     // Strict: a document that is not well-formed finds no sequence below.
     std::unique_ptr<XmlDocument> document = parsed ? parsed->take(*data) : nullptr;
@@ -245,9 +244,9 @@ ImportOutcome FCP7Import::startProcessingWithSettings(const TargetKind &kind,
             : QFXMLParser::nodeForQuery(
                   QFFormat::format(u"./xmeml[1]//sequence/uuid[\"%@\"]/..", uuid), top);
     const auto sequenceNotFound = [] {
-        return ImportOutcome(ImportOutcome::failed(
+        return ImportOutcome::failed(
             QStringLiteral("Unable to find the sequence"),
-            QStringLiteral("An error occurred getting the data from Final Cut Pro.")));
+            QStringLiteral("An error occurred getting the data from Final Cut Pro."));
     };
     if (!sequence)
         return sequenceNotFound();
@@ -285,7 +284,7 @@ ImportOutcome FCP7Import::startProcessingWithSettings(const TargetKind &kind,
         MarkerListText::readForImport(markerListPath, keep, keep);
     QFLog::appendLog(u"Line count: %li", markerText.lineCount);
     if (markerText.lineCount < 2)
-        return ImportOutcome(MarkerListText::unreadable());
+        return MarkerListText::unreadable();
 
     const qint64 offset = settings.offsetInFrames(rate.timebase);
     ImportReport report = markerText.list.report();
@@ -310,8 +309,8 @@ ImportOutcome FCP7Import::startProcessingWithSettings(const TargetKind &kind,
             markerElementText(marker.name, marker.comment, record.color, marker.in, marker.out),
             &error);
         if (!element)
-            return ImportOutcome(ImportOutcome::failed(QStringLiteral("Unable to create marker"),
-                                                       error, Parent::None));
+            return ImportOutcome::failed(QStringLiteral("Unable to create marker"), error,
+                                         Parent::None);
         sequence.addChild(element->rootElement());
         report.written.append(
             {record.lines,
@@ -323,7 +322,7 @@ ImportOutcome FCP7Import::startProcessingWithSettings(const TargetKind &kind,
     }
     if (report.written.isEmpty()) {
         QFLog::appendLog(u"No marker to import");
-        return ImportOutcome(ImportOutcome::nothingImported(report));
+        return ImportOutcome::nothingImported(report);
     }
 
     // Whole documents stay UTF-8 from the serialiser to the disk.
@@ -337,9 +336,9 @@ ImportOutcome FCP7Import::startProcessingWithSettings(const TargetKind &kind,
         const QByteArrayView children("<children>");
         const qsizetype at = whole.indexOf(children);
         if (at < 0)
-            return ImportOutcome(
-                ImportOutcome::failed(QStringLiteral("Unable to find child element"),
-                                      QStringLiteral("The XML format is invalid."), Parent::None));
+            return ImportOutcome::failed(QStringLiteral("Unable to find child element"),
+                                         QStringLiteral("The XML format is invalid."),
+                                         Parent::None);
         const qsizetype split = at + children.size();
         const QByteArray copy =
             bin(QFAppleEvents::generateUUID(), sequence.toPrettyString()).toUtf8();

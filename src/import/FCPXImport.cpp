@@ -181,8 +181,8 @@ ImportOutcome FCPXImport::startProcessingFCPXWithSettings(const TargetKind &kind
     QFError readError;
     const std::optional<QByteArray> data = QFFileContents::read(documentPath, &readError);
     if (!data)
-        return ImportOutcome(ImportOutcome::failed(QStringLiteral("Unable to get data for project"),
-                                                   readError.localizedDescription()));
+        return ImportOutcome::failed(QStringLiteral("Unable to get data for project"),
+                                     readError.localizedDescription());
     // Strict: a document that is not well-formed finds no sequence below.
     std::unique_ptr<XmlDocument> document = parsed ? parsed->take(*data) : nullptr;
     if (!document)
@@ -193,9 +193,8 @@ ImportOutcome FCPXImport::startProcessingFCPXWithSettings(const TargetKind &kind
     QString xpathError;
     const QList<XmlNode> matches = top.nodesForXPath(sequenceXPath, &xpathError);
     if (matches.isEmpty())
-        return ImportOutcome(
-            ImportOutcome::failed(QStringLiteral("Unable to find sequence"),
-                                  xpathError.isNull() ? QStringLiteral("") : xpathError));
+        return ImportOutcome::failed(QStringLiteral("Unable to find sequence"),
+                                     xpathError.isNull() ? QStringLiteral("") : xpathError);
     const XmlNode sequence = matches.first();
     if (settings.clearExistingMarkers)
         TimelineMarker::clearAll(sequence);
@@ -210,16 +209,16 @@ ImportOutcome FCPXImport::startProcessingFCPXWithSettings(const TargetKind &kind
     const MarkerListText::ImportText markerText =
         MarkerListText::readForImport(markerListPath, logReadError, nullptr);
     if (markerText.lineCount < 2)
-        return ImportOutcome(MarkerListText::unreadable());
+        return MarkerListText::unreadable();
     QFLog::appendLog(u"Line count: %li", markerText.lineCount);
 
     const qint64 offsetFrames = settings.offsetInFrames(rate.timebase);
     const QList<XmlNode> clips = storylineClips(sequence, kind.isEvent);
     if (clips.isEmpty()) {
         QFLog::appendLog(u"Error: no clips found");
-        return ImportOutcome(ImportOutcome::failed(
+        return ImportOutcome::failed(
             QStringLiteral("Unable to locate clips"),
-            QStringLiteral("No video clips could be found in the timeline.")));
+            QStringLiteral("No video clips could be found in the timeline."));
     }
     ImportReport report = markerText.list.report();
     if (markerText.list.markers.isEmpty() && report.skipped.isEmpty())
@@ -285,13 +284,13 @@ ImportOutcome FCPXImport::startProcessingFCPXWithSettings(const TargetKind &kind
         QString error;
         const auto element = XmlDocument::fromElementString(markerElementText(attributes), &error);
         if (!element)
-            return ImportOutcome(ImportOutcome::failed(QStringLiteral("Unable to create marker"),
-                                                       error, ImportOutcome::AlertParent::None));
+            return ImportOutcome::failed(QStringLiteral("Unable to create marker"), error,
+                                         ImportOutcome::AlertParent::None);
         insertion.insert(clip->element, element->rootElement());
     }
     if (report.written.isEmpty()) {
         QFLog::appendLog(u"No marker to import");
-        return ImportOutcome(ImportOutcome::nothingImported(report));
+        return ImportOutcome::nothingImported(report);
     }
 
     // The editor refuses a whole document that breaks its DTD; one that did so before
@@ -300,16 +299,16 @@ ImportOutcome FCPXImport::startProcessingFCPXWithSettings(const TargetKind &kind
         QFLog::appendLog(u"Result does not follow the FCPXML %@ DTD: %@", dtd.version(), problem);
         const auto input = XmlDocument::fromBytes(*data);
         if (input && dtd.checkDocument(*input).isNull())
-            return ImportOutcome(ImportOutcome::failed(QStringLiteral("Unable to create marker"),
-                                                       problem, ImportOutcome::AlertParent::None));
+            return ImportOutcome::failed(QStringLiteral("Unable to create marker"), problem,
+                                         ImportOutcome::AlertParent::None);
     }
 
     // A result that cannot be written is no success, and nothing is handed over.
     QString writeError;
     const QString result = writeResult(*document, package, settings.handOffResult, &writeError);
     if (result.isNull())
-        return ImportOutcome(ImportOutcome::failed(
-            QStringLiteral("Failed to write marker data to disk."), writeError));
+        return ImportOutcome::failed(QStringLiteral("Failed to write marker data to disk."),
+                                     writeError);
     const ImportOutcome outcome = ImportOutcome::written(
         report, result,
         settings.handOffResult

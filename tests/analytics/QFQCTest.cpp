@@ -32,14 +32,14 @@ public:
 
     LocalHttpServer()
     {
-        m_server.route(u"/appdata/qc/qc.php"_qs, [this](const QHttpServerRequest &request) {
+        m_server.route(u"/appdata/qc/qc.php"_s, [this](const QHttpServerRequest &request) {
             m_requests.append({request.method(), request.value("Content-Type"), request.body()});
             return "OK";
         });
         m_port = m_server.listen(QHostAddress::LocalHost);
         EXPECT_NE(m_port, 0);
     }
-    QUrl url() const { return QUrl(u"http://127.0.0.1:%1/appdata/qc/qc.php"_qs.arg(m_port)); }
+    QUrl url() const { return QUrl(u"http://127.0.0.1:%1/appdata/qc/qc.php"_s.arg(m_port)); }
     /// The next request, once it has come in (ten seconds at most).
     std::optional<Request> next()
     {
@@ -61,7 +61,7 @@ protected:
     {
         LoggedTest::SetUp();
         QFOSDetect::setVersionForTesting(QFOSDetect::Version{6, 1, 0});
-        defaults.setObject(server.url().toString(), u"QCEndpoint"_qs);
+        defaults.setObject(server.url().toString(), u"QCEndpoint"_s);
     }
     void TearDown() override
     {
@@ -70,9 +70,9 @@ protected:
     }
 
     /// One launch of the application.
-    std::unique_ptr<QFQC> launch(const QString &bundleID = u"com.quillfen.Test"_qs)
+    std::unique_ptr<QFQC> launch(const QString &bundleID = u"com.quillfen.Test"_s)
     {
-        auto qc = std::make_unique<QFQC>(defaults, bundleID, u"1.2"_qs);
+        auto qc = std::make_unique<QFQC>(defaults, bundleID, u"1.2"_s);
         qc->setConsentDelayForTesting(0);
         return qc;
     }
@@ -83,7 +83,7 @@ protected:
         return QFPropertyList::readFile(qc->storeFilePath()).toList();
     }
     /// Where the test application's events are kept.
-    QString storePath() const { return home.path() + u"/.cache/Quillfen/QC/com.quillfen.Test"_qs; }
+    QString storePath() const { return home.path() + u"/.cache/Quillfen/QC/com.quillfen.Test"_s; }
     static QVariantMap consent() { return QFPropertyList::readDictionary(QFQC::consentFilePath()); }
     static void setConsent(const QVariantMap &values)
     {
@@ -92,15 +92,15 @@ protected:
     }
     static QVariantMap event(const QString &name, qint64 date, const QString &data = QString())
     {
-        QVariantMap record{{u"event"_qs, name}, {u"date"_qs, date}};
+        QVariantMap record{{u"event"_s, name}, {u"date"_s, date}};
         if (!data.isNull())
-            record.insert(u"data"_qs, data);
+            record.insert(u"data"_s, data);
         return record;
     }
     static int count(const QVariantList &events, const QString &name)
     {
         return int(std::count_if(events.cbegin(), events.cend(), [&](const QVariant &record) {
-            return record.toMap().value(u"event"_qs) == name;
+            return record.toMap().value(u"event"_s) == name;
         }));
     }
     int logged(const QString &line) const { return int(log().count(line)); }
@@ -108,14 +108,14 @@ protected:
     RecordingAlerts alerts;
     RecordingWorkspace workspace;
     LocalHttpServer server;
-    QFUserDefaults defaults{home.path() + u"/defaults.ini"_qs};
+    QFUserDefaults defaults{home.path() + u"/defaults.ini"_s};
 };
 
 TEST_F(Analytics, ConsentIsAskedFromTheThirdLaunchUntilAnsweredAndTheAnswerIsShared)
 {
     const QString question = u"Help improve Quillfen software by submitting analytics and usage "
                              "data / This information helps us find problems and improve our "
-                             "software. It is anonymous and cannot be used to identify you."_qs;
+                             "software. It is anonymous and cannot be used to identify you."_s;
     struct Answer
     {
         qint64 code;
@@ -129,7 +129,7 @@ TEST_F(Analytics, ConsentIsAskedFromTheThirdLaunchUntilAnsweredAndTheAnswerIsSha
         SCOPED_TRACE(answer.code);
         QFile::remove(QFQC::consentFilePath());
         QFile::remove(storePath());
-        defaults.removeObjectForKey(u"launchCount"_qs);
+        defaults.removeObjectForKey(u"launchCount"_s);
         alerts.answer = answer.code;
         qsizetype asked = alerts.shown().size();
         for (int launchNumber = 1; launchNumber <= 4; ++launchNumber) {
@@ -144,47 +144,47 @@ TEST_F(Analytics, ConsentIsAskedFromTheThirdLaunchUntilAnsweredAndTheAnswerIsSha
                 EXPECT_EQ(alerts.shown().last(), question);
             }
             const QVariant kept = launchNumber >= 3 ? answer.kept : QVariant();
-            EXPECT_EQ(consent().value(u"logQC"_qs), kept);
+            EXPECT_EQ(consent().value(u"logQC"_s), kept);
             EXPECT_EQ(qc->shouldLog(), kept.toBool());
             // Events are recorded in the run that said yes, not in later ones.
-            EXPECT_EQ(count(quit(std::move(qc)), u"launch"_qs), kept.toBool() ? 1 : 0);
+            EXPECT_EQ(count(quit(std::move(qc)), u"launch"_s), kept.toBool() ? 1 : 0);
         }
     }
-    EXPECT_EQ(workspace.opened(), QStringList(2, QFQC::moreInfoPage().toString() + u" with ''"_qs +
-                                                     u", asynchronously"_qs));
+    EXPECT_EQ(workspace.opened(), QStringList(2, QFQC::moreInfoPage().toString() + u" with ''"_s +
+                                                     u", asynchronously"_s));
 }
 
 TEST_F(Analytics, OnlyTheAnswerIsKeptTheCheckBoxHoldsForThisRunOnly)
 {
     auto qc = launch();
     qc->setShouldLog(true);
-    EXPECT_FALSE(consent().contains(u"logQC"_qs));
+    EXPECT_FALSE(consent().contains(u"logQC"_s));
     qc = launch();
     EXPECT_FALSE(qc->shouldLog());
     qc->enableQCLogging();
     EXPECT_TRUE(launch()->shouldLog());
     qc->toggleQCLogging(false);
-    EXPECT_EQ(consent().value(u"logQC"_qs), false);
+    EXPECT_EQ(consent().value(u"logQC"_s), false);
     EXPECT_FALSE(launch()->shouldLog());
 }
 
 TEST_F(Analytics, ALaunchIsRecordedOnceAMinuteAndTheSystemOnceAVersion)
 {
-    setConsent({{u"logQC"_qs, true}});
-    defaults.setObject(QDateTime::currentDateTimeUtc(), u"lastSubmission"_qs); // no upload
+    setConsent({{u"logQC"_s, true}});
+    defaults.setObject(QDateTime::currentDateTimeUtc(), u"lastSubmission"_s); // no upload
     const qint64 now = QDateTime::currentSecsSinceEpoch();
     // A launch recorded this long ago, and whether this launch adds one.
     const std::pair<qint64, bool> earlier[] = {{30, false}, {61, true}, {-100, true}};
     for (const auto &[age, adds] : earlier) {
         SCOPED_TRACE(age);
         auto qc = launch();
-        qc->logQCEvent(event(u"launch"_qs, now - age));
+        qc->logQCEvent(event(u"launch"_s, now - age));
         qc->setupInitialLogging();
         const QVariantList stored = quit(std::move(qc));
-        EXPECT_EQ(count(stored, u"launch"_qs), adds ? 2 : 1);
+        EXPECT_EQ(count(stored, u"launch"_s), adds ? 2 : 1);
         QFile::remove(storePath());
     }
-    EXPECT_EQ(defaults.stringForKey(u"lastOSVersion"_qs), u"6.1.0"_qs);
+    EXPECT_EQ(defaults.stringForKey(u"lastOSVersion"_s), u"6.1.0"_s);
 
     QFOSDetect::setVersionForTesting(QFOSDetect::Version{6, 2, 3});
     for (int run = 0; run < 2; ++run) {
@@ -193,15 +193,15 @@ TEST_F(Analytics, ALaunchIsRecordedOnceAMinuteAndTheSystemOnceAVersion)
         quit(std::move(qc));
     }
     const QVariantList stored = quit(launch());
-    ASSERT_EQ(count(stored, u"specs"_qs), 1) << "one for the update, none for the same system";
-    EXPECT_EQ(count(stored, u"launch"_qs), 1) << "the second within the minute";
-    EXPECT_EQ(stored.last().toMap().value(u"data"_qs), u"6.2.3"_qs);
+    ASSERT_EQ(count(stored, u"specs"_s), 1) << "one for the update, none for the same system";
+    EXPECT_EQ(count(stored, u"launch"_s), 1) << "the second within the minute";
+    EXPECT_EQ(stored.last().toMap().value(u"data"_s), u"6.2.3"_s);
 }
 
 TEST_F(Analytics, UploadsAreDueOnceADayFromTheFourthLaunch)
 {
-    setConsent({{u"logQC"_qs, true}});
-    defaults.setObject(u"6.1.0"_qs, u"lastOSVersion"_qs); // a launch event only
+    setConsent({{u"logQC"_s, true}});
+    defaults.setObject(u"6.1.0"_s, u"lastOSVersion"_s); // a launch event only
     const QDateTime now = QDateTime::currentDateTimeUtc();
     struct Due
     {
@@ -216,19 +216,19 @@ TEST_F(Analytics, UploadsAreDueOnceADayFromTheFourthLaunch)
     int sent = 0;
     for (const Due &row : rows) {
         SCOPED_TRACE(row.launchesBefore);
-        defaults.setObject(row.launchesBefore, u"launchCount"_qs);
-        defaults.setObject(row.lastSubmission, u"lastSubmission"_qs);
+        defaults.setObject(row.launchesBefore, u"launchCount"_s);
+        defaults.setObject(row.lastSubmission, u"lastSubmission"_s);
         if (!row.lastSubmission.isValid())
-            defaults.removeObjectForKey(u"lastSubmission"_qs);
+            defaults.removeObjectForKey(u"lastSubmission"_s);
         auto qc = launch();
         qc->setupInitialLogging();
         qc->waitUntilAllOperationsAreFinished();
         sent += row.uploads;
-        EXPECT_EQ(logged(u"Sending QC log to Quillfen..."_qs), sent);
+        EXPECT_EQ(logged(u"Sending QC log to Quillfen..."_s), sent);
         if (row.uploads) {
             EXPECT_TRUE(server.next());
             EXPECT_FALSE(QFile::exists(qc->storeFilePath())) << "the events go with the upload";
-            EXPECT_LE(defaults.objectForKey(u"lastSubmission"_qs).toDateTime().secsTo(now), 0);
+            EXPECT_LE(defaults.objectForKey(u"lastSubmission"_s).toDateTime().secsTo(now), 0);
         }
         EXPECT_EQ(quit(std::move(qc)).size(), row.uploads ? 0 : 1);
         QFile::remove(storePath());
@@ -238,7 +238,7 @@ TEST_F(Analytics, UploadsAreDueOnceADayFromTheFourthLaunch)
 TEST_F(Analytics, TheUploadIsOneMultipartPostAndTheIdentifierLastsNinetyDays)
 {
     const QDateTime now = QDateTime::currentDateTimeUtc();
-    const QString test = u"com.quillfen.Test"_qs;
+    const QString test = u"com.quillfen.Test"_s;
     // The identifier's age in days (0: no date beside it; none: no identifier), whether
     // the consent file can be read, and whether the identifier is kept.
     const struct
@@ -254,35 +254,35 @@ TEST_F(Analytics, TheUploadIsOneMultipartPostAndTheIdentifierLastsNinetyDays)
                 {test, std::nullopt, false, false}};
     for (const auto &row : rows) {
         SCOPED_TRACE(&row - rows);
-        QVariantMap values{{u"logQC"_qs, true}};
+        QVariantMap values{{u"logQC"_s, true}};
         if (row.age)
-            values.insert(u"uid"_qs, u"abcdefghijkl"_qs);
+            values.insert(u"uid"_s, u"abcdefghijkl"_s);
         if (row.age.value_or(0) > 0)
-            values.insert(u"uidAssigned"_qs, now.addDays(-*row.age));
+            values.insert(u"uidAssigned"_s, now.addDays(-*row.age));
         if (row.readable)
             setConsent(values);
         else
             TempHome::write(QFQC::consentFilePath(), "not a property list");
         auto qc = launch(row.bundleID);
         qc->setShouldLog(true);
-        qc->logQCEvent(event(u"launch"_qs, 1700000000));
-        qc->logQCEvent(event(u"specs"_qs, 1700000100, u"6.1.0"_qs));
+        qc->logQCEvent(event(u"launch"_s, 1700000000));
+        qc->logQCEvent(event(u"specs"_s, 1700000100, u"6.1.0"_s));
         qc->uploadData();
         const std::optional<LocalHttpServer::Request> request = server.next();
         ASSERT_TRUE(request);
         EXPECT_EQ(request->method, QHttpServerRequest::Method::Post);
         const QRegularExpressionMatch type =
-            QRegularExpression(u"^multipart/form-data; boundary=([-0-9A-F]{36})$"_qs)
+            QRegularExpression(u"^multipart/form-data; boundary=([-0-9A-F]{36})$"_s)
                 .match(QString::fromLatin1(request->contentType));
         ASSERT_TRUE(type.hasMatch()) << request->contentType.toStdString();
         const QByteArray boundary = type.captured(1).toLatin1();
-        const QByteArray uid = QRegularExpression(u"name=\"uid\"\r\n\r\n(\\w+)\r\n"_qs)
+        const QByteArray uid = QRegularExpression(u"name=\"uid\"\r\n\r\n(\\w+)\r\n"_s)
                                    .match(QString::fromLatin1(request->body))
                                    .captured(1)
                                    .toLatin1();
         EXPECT_EQ(uid == "abcdefghijkl", row.keeps);
         EXPECT_TRUE(
-            QRegularExpression(u"^[a-zA-Z0-9]{12}$"_qs).match(QString::fromLatin1(uid)).hasMatch());
+            QRegularExpression(u"^[a-zA-Z0-9]{12}$"_s).match(QString::fromLatin1(uid)).hasMatch());
         const QByteArray app = row.bundleID.isEmpty() ? "Unknown" : row.bundleID.toUtf8();
         auto part = [&](const QByteArray &name, const QByteArray &value) {
             return "--" + boundary + "\r\nContent-Disposition: form-data; name=\"" + name +
@@ -294,33 +294,33 @@ TEST_F(Analytics, TheUploadIsOneMultipartPostAndTheIdentifierLastsNinetyDays)
                                      R"({"data":"6.1.0","date":1700000100,"event":"specs"}])") +
                       part("uid", uid) + part("version", "1.2"));
         if (row.readable) {
-            EXPECT_EQ(consent().value(u"uid"_qs).toByteArray(), uid);
-            const QDateTime assigned = consent().value(u"uidAssigned"_qs).toDateTime();
+            EXPECT_EQ(consent().value(u"uid"_s).toByteArray(), uid);
+            const QDateTime assigned = consent().value(u"uidAssigned"_s).toDateTime();
             EXPECT_EQ(assigned.isValid() && assigned.secsTo(now) < 60, !row.keeps);
         } else {
             EXPECT_EQ(TempHome::read(QFQC::consentFilePath()), "not a property list");
         }
         EXPECT_EQ(quit(std::move(qc)), QVariantList());
     }
-    EXPECT_EQ(logged(u"Error: unable to save QC data. Bundle ID not found."_qs), 3)
+    EXPECT_EQ(logged(u"Error: unable to save QC data. Bundle ID not found."_s), 3)
         << "each store write: one per event, one at the end";
 }
 
 TEST_F(Analytics, AFailedUploadIsLoggedAndItsEventsAreDroppedAllTheSame)
 {
-    setConsent({{u"logQC"_qs, true}});
+    setConsent({{u"logQC"_s, true}});
     QTcpServer closed;
     ASSERT_TRUE(closed.listen(QHostAddress::LocalHost));
-    const QString refused = u"http://127.0.0.1:%1/appdata/qc/qc.php"_qs.arg(closed.serverPort());
+    const QString refused = u"http://127.0.0.1:%1/appdata/qc/qc.php"_s.arg(closed.serverPort());
     closed.close();
     const std::pair<QString, QString> endpoints[] = {
-        {refused, u"Connection failed - Connection refused"_qs},
-        {u"ftp://127.0.0.1/qc.php"_qs,
-         u"Failed to establish a connection. Please try again later."_qs}};
+        {refused, u"Connection failed - Connection refused"_s},
+        {u"ftp://127.0.0.1/qc.php"_s,
+         u"Failed to establish a connection. Please try again later."_s}};
     for (const auto &[endpoint, line] : endpoints) {
-        defaults.setObject(endpoint, u"QCEndpoint"_qs);
+        defaults.setObject(endpoint, u"QCEndpoint"_s);
         auto qc = launch();
-        qc->logQCEvent(event(u"launch"_qs, 1700000000));
+        qc->logQCEvent(event(u"launch"_s, 1700000000));
         qc->uploadData();
         EXPECT_TRUE(waitFor([&] { return logged(line) == 1; })) << line.toStdString();
         EXPECT_EQ(quit(std::move(qc)), QVariantList());
@@ -330,25 +330,25 @@ TEST_F(Analytics, AFailedUploadIsLoggedAndItsEventsAreDroppedAllTheSame)
 TEST(AnalyticsEndpoint, TheEnvironmentComesBeforeThePreferenceAndThenTheMakersServer)
 {
     TempHome home;
-    QFUserDefaults defaults(home.path() + u"/defaults.ini"_qs);
+    QFUserDefaults defaults(home.path() + u"/defaults.ini"_s);
     QFQC qc(defaults, QString(), QString());
-    EXPECT_EQ(qc.endpoint().toString(), u"https://www.quillfen.com/appdata/qc/qc.php"_qs);
-    defaults.setObject(u"http://127.0.0.1:1/p"_qs, u"QCEndpoint"_qs);
-    EXPECT_EQ(qc.endpoint().toString(), u"http://127.0.0.1:1/p"_qs);
+    EXPECT_EQ(qc.endpoint().toString(), u"https://www.quillfen.com/appdata/qc/qc.php"_s);
+    defaults.setObject(u"http://127.0.0.1:1/p"_s, u"QCEndpoint"_s);
+    EXPECT_EQ(qc.endpoint().toString(), u"http://127.0.0.1:1/p"_s);
     qputenv("QUILLFEN_QC_ENDPOINT", "http://127.0.0.1:2/e");
-    EXPECT_EQ(qc.endpoint().toString(), u"http://127.0.0.1:2/e"_qs);
+    EXPECT_EQ(qc.endpoint().toString(), u"http://127.0.0.1:2/e"_s);
     qunsetenv("QUILLFEN_QC_ENDPOINT");
 }
 
 TEST(AnalyticsFormData, EachFieldIsAPartAndAFileIsSentAsAFile)
 {
-    EXPECT_EQ(QFQC::generateFormData({{u"uid"_qs, u"abc"_qs}}, u"B"_qs),
+    EXPECT_EQ(QFQC::generateFormData({{u"uid"_s, u"abc"_s}}, u"B"_s),
               "--B\r\nContent-Disposition: form-data; name=\"uid\"\r\n\r\nabc\r\n");
     TempHome home;
-    const QString file = home.file(u"report.crash"_qs, "bytes");
-    EXPECT_EQ(QFQC::generateFormData({{u"f"_qs, QUrl::fromLocalFile(file)},
-                                      {u"g"_qs, QUrl(u"https://example.com/x"_qs)}},
-                                     u"B"_qs),
+    const QString file = home.file(u"report.crash"_s, "bytes");
+    EXPECT_EQ(QFQC::generateFormData(
+                  {{u"f"_s, QUrl::fromLocalFile(file)}, {u"g"_s, QUrl(u"https://example.com/x"_s)}},
+                  u"B"_s),
               "--B\r\nContent-Disposition: form-data; name=\"f\"; filename=\"report.crash\"\r\n"
               "Content-Type: application/octet-stream\r\n\r\nbytes\r\n--B\r\n\r\n");
     EXPECT_EQ(QFQC::generateRandomString(0), QString());

@@ -41,13 +41,13 @@ protected:
     void SetUp() override
     {
         QFAlert::setPresenter(&alerts);
-        list = home.file(u"notes.txt"_qs, "#\tTrack\tName\tComment\tStart\tDuration\tColor\n"
-                                          "1\tV1\tA\tc\t01:00:10:00\t00:00:01:00\tRed\n");
+        list = home.file(u"notes.txt"_s, "#\tTrack\tName\tComment\tStart\tDuration\tColor\n"
+                                         "1\tV1\tA\tc\t01:00:10:00\t00:00:01:00\tRed\n");
     }
     /// A window on the marker list whose last target is the one given.
     MyDocument *open(const QString &target)
     {
-        QFUserDefaults::standardUserDefaults().setObject(target, u"lastProject"_qs);
+        QFUserDefaults::standardUserDefaults().setObject(target, u"lastProject"_s);
         auto *document = new MyDocument(list);
         windows.append(document);
         settle(document);
@@ -61,7 +61,7 @@ protected:
     }
     static QComboBox *popUp(MyDocument *document)
     {
-        return document->findChild<QComboBox *>(u"sequencePopUp"_qs);
+        return document->findChild<QComboBox *>(u"sequencePopUp"_s);
     }
     static QMessageBox *sheet(MyDocument *document)
     {
@@ -95,14 +95,14 @@ TEST_F(Window, DiscoveryListsTheTargetsItemsWithTheirImages)
         /// Title, represented object and whether it shows the event image, per item.
         QList<std::tuple<QString, QString, bool>> items;
         bool todoEnabled;
-    } kinds[] = {{home.copyOfData(u"project.xml"_qs),
-                  {{u"Cut 3"_qs, u"0F2D6C31-4B1E-4C55-9C3E-2A1B8F7D0001"_qs, false},
-                   {u"No uuid"_qs, u"/xmeml/project/children/sequence[2]"_qs, false}},
+    } kinds[] = {{home.copyOfData(u"project.xml"_s),
+                  {{u"Cut 3"_s, u"0F2D6C31-4B1E-4C55-9C3E-2A1B8F7D0001"_s, false},
+                   {u"No uuid"_s, u"/xmeml/project/children/sequence[2]"_s, false}},
                   false},
                  // A bundle is adopted as the folder; its document is Info.fcpxml inside.
-                 {QFileInfo(home.file(u"clips.fcpxmld/Info.fcpxml"_qs, projectAndClip)).path(),
-                  {{u"Cut"_qs, u"/fcpxml/library/event/project[1]/sequence"_qs, false},
-                   {u"Event clip"_qs, u"/fcpxml/library/event/project[2]/clip"_qs, true}},
+                 {QFileInfo(home.file(u"clips.fcpxmld/Info.fcpxml"_s, projectAndClip)).path(),
+                  {{u"Cut"_s, u"/fcpxml/library/event/project[1]/sequence"_s, false},
+                   {u"Event clip"_s, u"/fcpxml/library/event/project[2]/clip"_s, true}},
                   true}};
     for (const auto &kind : kinds) {
         SCOPED_TRACE(kind.target.toStdString());
@@ -117,20 +117,20 @@ TEST_F(Window, DiscoveryListsTheTargetsItemsWithTheirImages)
             EXPECT_EQ(!items->itemIcon(i).isNull() && kind.todoEnabled, event);
         }
         EXPECT_TRUE(items->isEnabled());
-        EXPECT_EQ(document->findChild<QCheckBox *>(u"todoMarkerCheck"_qs)->isEnabled(),
+        EXPECT_EQ(document->findChild<QCheckBox *>(u"todoMarkerCheck"_s)->isEnabled(),
                   kind.todoEnabled);
-        EXPECT_EQ(document->windowTitle(), u"notes.txt"_qs);
+        EXPECT_EQ(document->windowTitle(), u"notes.txt"_s);
     }
 }
 
 TEST_F(Window, TheControlsBecomeTheSettings)
 {
-    MyDocument *document = open(home.file(u"clips.fcpxml"_qs, projectAndClip));
+    MyDocument *document = open(home.file(u"clips.fcpxml"_s, projectAndClip));
     ASSERT_EQ(document->session().items().size(), 2);
-    document->findChild<QLineEdit *>(u"frameOffsetText"_qs)->setText(u"12abc"_qs);
-    document->findChild<QComboBox *>(u"offsetUnitPopUp"_qs)->setCurrentIndex(3);
-    document->findChild<QCheckBox *>(u"clearMarkerCheck"_qs)->setChecked(true);
-    document->findChild<QCheckBox *>(u"todoMarkerCheck"_qs)->setChecked(true);
+    document->findChild<QLineEdit *>(u"frameOffsetText"_s)->setText(u"12abc"_s);
+    document->findChild<QComboBox *>(u"offsetUnitPopUp"_s)->setCurrentIndex(3);
+    document->findChild<QCheckBox *>(u"clearMarkerCheck"_s)->setChecked(true);
+    document->findChild<QCheckBox *>(u"todoMarkerCheck"_s)->setChecked(true);
     popUp(document)->setCurrentIndex(1);
     document->session().chooseItem(document->session().items().at(1));
 
@@ -139,26 +139,26 @@ TEST_F(Window, TheControlsBecomeTheSettings)
     EXPECT_EQ(settings.frameOffsetUnit, OffsetUnit::Hours);
     EXPECT_TRUE(settings.clearExistingMarkers);
     EXPECT_EQ(settings.todoMarkersEnabled, true);
-    EXPECT_EQ(settings.sequenceXPath, u"/fcpxml/library/event/project[2]/clip"_qs);
+    EXPECT_EQ(settings.sequenceXPath, u"/fcpxml/library/event/project[2]/clip"_s);
     EXPECT_TRUE(document->targetKind().isEvent);
 }
 
 TEST_F(Window, AnImportEndsWithItsSheetAndAReloadDuringDiscoveryListsOnce)
 {
-    const QString target = home.copyOfData(u"project.xml"_qs);
+    const QString target = home.copyOfData(u"project.xml"_s);
     MyDocument *document = open(target);
     document->reloadSequences();
     document->reloadSequences();
     settle(document);
     EXPECT_EQ(popUp(document)->count(), 2);
 
-    QPushButton *importButton = document->findChild<QPushButton *>(u"sendToFCPBtn"_qs);
+    QPushButton *importButton = document->findChild<QPushButton *>(u"sendToFCPBtn"_s);
     importButton->click();
     EXPECT_FALSE(importButton->isEnabled()) << "a second press would import twice";
     QMessageBox *box = sheet(document);
     ASSERT_NE(box, nullptr);
     EXPECT_EQ(box->windowModality(), Qt::WindowModal);
-    EXPECT_TRUE(box->text().contains(u"Markers successfully imported"_qs));
+    EXPECT_TRUE(box->text().contains(u"Markers successfully imported"_s));
     EXPECT_TRUE(importButton->isEnabled());
     box->button(QMessageBox::Ok) ? box->button(QMessageBox::Ok)->click()
                                  : box->buttons().first()->click();
@@ -167,12 +167,12 @@ TEST_F(Window, AnImportEndsWithItsSheetAndAReloadDuringDiscoveryListsOnce)
 
 TEST_F(Window, ASheetsSuppressionBoxKeepsItsPreferenceAndATimedSheetGoesByItself)
 {
-    MyDocument *document = open(home.copyOfData(u"project.xml"_qs));
+    MyDocument *document = open(home.copyOfData(u"project.xml"_s));
     for (const bool answerChecked : {true, false}) {
         QFAlert alert;
-        QFAlert::alertSheetWithMessageText(u"Replace?"_qs, u"Replace"_qs, u"Cancel"_qs, QString(),
-                                           u"The file exists."_qs, document, nullptr, nullptr,
-                                           false, &alert, u"dontAskAgain"_qs);
+        QFAlert::alertSheetWithMessageText(u"Replace?"_s, u"Replace"_s, u"Cancel"_s, QString(),
+                                           u"The file exists."_s, document, nullptr, nullptr, false,
+                                           &alert, u"dontAskAgain"_s);
         QMessageBox *box = sheet(document);
         ASSERT_NE(box, nullptr);
         QCheckBox *check = box->checkBox();
@@ -180,15 +180,15 @@ TEST_F(Window, ASheetsSuppressionBoxKeepsItsPreferenceAndATimedSheetGoesByItself
         EXPECT_EQ(check->isChecked(), !answerChecked) << "the box shows the preference";
         check->setChecked(answerChecked);
         for (QAbstractButton *button : box->buttons())
-            if (button->text() == u"Cancel"_qs)
+            if (button->text() == u"Cancel"_s)
                 button->click();
         ASSERT_TRUE(waitFor([&] { return alert.alertEnded(); }));
         EXPECT_EQ(alert.returnCode(), QFAlert::alternateReturn);
-        EXPECT_EQ(QFUserDefaults::standardUserDefaults().boolForKey(u"dontAskAgain"_qs),
+        EXPECT_EQ(QFUserDefaults::standardUserDefaults().boolForKey(u"dontAskAgain"_s),
                   answerChecked);
     }
 
-    EXPECT_EQ(QFAlert::timedAlertSheetWithMessageText(u"Saved"_qs, QString(), QString(), QString(),
+    EXPECT_EQ(QFAlert::timedAlertSheetWithMessageText(u"Saved"_s, QString(), QString(), QString(),
                                                       QString(), document, 1),
               QFAlert::defaultReturn);
     const auto shown = document->findChildren<QMessageBox *>();
@@ -198,7 +198,7 @@ TEST_F(Window, ASheetsSuppressionBoxKeepsItsPreferenceAndATimedSheetGoesByItself
 
 TEST_F(Window, AWindowClosedDuringAnImportGoesOnceItEnds)
 {
-    const QString target = home.copyOfData(u"sequence.xml"_qs);
+    const QString target = home.copyOfData(u"sequence.xml"_s);
     QPointer<MyDocument> document = open(target);
     document->sendToFCP();
     document->close();
@@ -218,9 +218,9 @@ TEST_F(Window, AWindowClosedDuringAnImportGoesOnceItEnds)
 
 TEST_F(Window, LaunchOpensTheFilesGivenOrAsksForMarkerLists)
 {
-    QFUserDefaults::standardUserDefaults().setObject(home.copyOfData(u"project.xml"_qs),
-                                                     u"lastProject"_qs);
-    const QString second = home.file(u"second.txt"_qs, TempHome::read(list));
+    QFUserDefaults::standardUserDefaults().setObject(home.copyOfData(u"project.xml"_s),
+                                                     u"lastProject"_s);
+    const QString second = home.file(u"second.txt"_s, TempHome::read(list));
     {
         AppController controller;
         controller.applicationDidFinishLaunching({second, list});
@@ -243,18 +243,18 @@ TEST_F(Window, LaunchOpensTheFilesGivenOrAsksForMarkerLists)
         mode = panel->fileMode();
         panel->setDirectory(home.path());
         // Both typed into the panel's name field, as a user picking two does.
-        panel->findChild<QLineEdit *>(u"fileNameEdit"_qs)
-            ->setText(u"\"notes.txt\" \"second.txt\""_qs);
+        panel->findChild<QLineEdit *>(u"fileNameEdit"_s)
+            ->setText(u"\"notes.txt\" \"second.txt\""_s);
         QMetaObject::invokeMethod(panel, "accept");
     });
     user.start(20);
     AppController controller;
     controller.applicationDidFinishLaunching({});
     ASSERT_TRUE(waitFor([&] { return controller.documents().size() == 2; }));
-    EXPECT_EQ(title, u"Browse for a Final Cut Pro marker list"_qs);
+    EXPECT_EQ(title, u"Browse for a Final Cut Pro marker list"_s);
     EXPECT_EQ(mode, QFileDialog::ExistingFiles);
     EXPECT_EQ(QDir(home.path()).relativeFilePath(controller.documents()[0]->markerListPath()),
-              u"notes.txt"_qs);
+              u"notes.txt"_s);
     for (MyDocument *document : controller.documents())
         waitFor([&] { return !document->session().isBusy(); });
 }
@@ -266,8 +266,8 @@ int main(int argc, char **argv)
     if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM"))
         qputenv("QT_QPA_PLATFORM", "offscreen");
     QApplication app(argc, argv);
-    QApplication::setOrganizationName(u"Quillfen"_qs);
-    QApplication::setApplicationName(u"CuebridgeTests"_qs);
+    QApplication::setOrganizationName(u"Quillfen"_s);
+    QApplication::setApplicationName(u"CuebridgeTests"_s);
     testing::InitGoogleTest(&argc, argv);
     return RUN_ALL_TESTS();
 }

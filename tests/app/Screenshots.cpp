@@ -24,6 +24,8 @@
 #include <cstdio>
 #include <functional>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 /// The screen around the window (and its sheet), a margin included.
@@ -43,9 +45,9 @@ bool shoot(const QWidget &window, const QString &path)
 int main(int argc, char *argv[])
 {
     QApplication app(argc, argv);
-    QApplication::setOrganizationName(u"Quillfen"_qs);
-    QApplication::setApplicationName(u"Cuebridge"_qs);
-    QApplication::setWindowIcon(QIcon(u":/images/cuebridge.png"_qs));
+    QApplication::setOrganizationName(u"Quillfen"_s);
+    QApplication::setApplicationName(u"Cuebridge"_s);
+    QApplication::setWindowIcon(QIcon(u":/images/cuebridge.png"_s));
     if (argc != 4) {
         std::fputs("usage: cuebridge-screenshots MARKER_LIST TARGET OUTPUT_FOLDER\n", stderr);
         return 64;
@@ -57,7 +59,7 @@ int main(int argc, char *argv[])
     QTemporaryDir work;
     const QString target = work.filePath(QFileInfo(QString::fromLocal8Bit(argv[2])).fileName());
     QFile::copy(QString::fromLocal8Bit(argv[2]), target);
-    QFUserDefaults::standardUserDefaults().setObject(target, u"lastProject"_qs);
+    QFUserDefaults::standardUserDefaults().setObject(target, u"lastProject"_s);
 
     AppController controller;
     controller.openFiles({markerList});
@@ -67,14 +69,14 @@ int main(int argc, char *argv[])
     document->move(60, 40);
     if (!waitFor([&] { return !document->session().items().isEmpty(); }))
         return 2;
-    if (!shoot(*document, output + u"/window.png"_qs))
+    if (!shoot(*document, output + u"/window.png"_s))
         return 3;
 
     document->sendToFCP();
     QMessageBox *sheet = nullptr;
     if (!waitFor([&] { return (sheet = document->findChild<QMessageBox *>()) != nullptr; }))
         return 4;
-    if (!shoot(*document, output + u"/imported.png"_qs))
+    if (!shoot(*document, output + u"/imported.png"_s))
         return 5;
     sheet->accept();
     waitFor([&] { return !document->session().isBusy(); });
@@ -87,7 +89,7 @@ int main(int argc, char *argv[])
                 prefs = widget;
         return prefs != nullptr;
     });
-    if (!prefs || !shoot(*prefs, output + u"/preferences.png"_qs))
+    if (!prefs || !shoot(*prefs, output + u"/preferences.png"_s))
         return 6;
     return 0;
 }

@@ -39,7 +39,7 @@ QByteArray markerList(std::initializer_list<Record> records, const char *newline
 class Cli : public testing::Test
 {
 protected:
-    QString markers(const QByteArray &bytes) { return home.file(u"markers.txt"_qs, bytes); }
+    QString markers(const QByteArray &bytes) { return home.file(u"markers.txt"_s, bytes); }
 
     static Outcome run(const QStringList &arguments)
     {
@@ -54,12 +54,12 @@ protected:
     static QList<XmlNode> added(const XmlDocument &doc)
     {
         const XmlNode root = doc.rootElement();
-        QList<XmlNode> markers = root.nodesForXPath(u"sequence/marker"_qs);
+        QList<XmlNode> markers = root.nodesForXPath(u"sequence/marker"_s);
         if (markers.isEmpty())
             markers = root.nodesForXPath(
-                u"project/children/bin[name='Imported Markers']/children/sequence/marker"_qs);
+                u"project/children/bin[name='Imported Markers']/children/sequence/marker"_s);
         markers.removeIf([](const XmlNode &m) {
-            const QString name = valueAt(m, u"name"_qs);
+            const QString name = valueAt(m, u"name"_s);
             return name == u"Sequence marker";
         });
         return markers;
@@ -72,7 +72,7 @@ protected:
             return {};
         QList<InOut> list;
         for (const XmlNode &m : added(*doc))
-            list.append({valueAt(m, u"in"_qs).toInt(), valueAt(m, u"out"_qs).toInt()});
+            list.append({valueAt(m, u"in"_s).toInt(), valueAt(m, u"out"_s).toInt()});
         return list;
     }
 
@@ -89,22 +89,22 @@ TEST_F(Cli, MarkersLandOnTheirFrames)
         QStringList options;
         QList<InOut> expected;
     } cases[] = {{"OffsetInHours",
-                  u"project.xml"_qs,
+                  u"project.xml"_s,
                   markerList({{"A", "c", "01:00:00:00", "00:00:01:00", "Red"},
                               {"B", "c", "00:00:00:00", "00:00:01:00", "Red"}}),
-                  {u"--offset"_qs, u"1"_qs, u"--unit"_qs, u"hours"_qs},
+                  {u"--offset"_s, u"1"_s, u"--unit"_s, u"hours"_s},
                   {{90000, 90025}, {0, -1}}},
                  {"NegativeOffset",
-                  u"project.xml"_qs,
+                  u"project.xml"_s,
                   markerList({{"A", "c", "01:00:10:00", "00:00:05:00", "Red"}}),
-                  {u"--offset=-50"_qs},
+                  {u"--offset=-50"_s},
                   {{200, 325}}},
                  // 01:00:00;00 is frame 107892, 72 past the sequence's start at 107820;
                  // two seconds are 60 frames of the timebase 30.
                  {"OffsetInSecondsUsesTheSequenceTimebase",
-                  u"sequence.xml"_qs,
+                  u"sequence.xml"_s,
                   markerList({{"A", "c", "01:00:00;00", "00:00:01;00", "Red"}}),
-                  {u"--offset"_qs, u"2"_qs, u"--unit"_qs, u"seconds"_qs},
+                  {u"--offset"_s, u"2"_s, u"--unit"_s, u"seconds"_s},
                   {{132, 162}}}};
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
@@ -121,7 +121,7 @@ TEST_F(Cli, MarkersLandOnTheirFrames)
 // the basic plane comes back whole.
 TEST_F(Cli, UserTextIsEscapedOnceAndColoursFollowTheirTable)
 {
-    const QString target = home.copyOfData(u"sequence.xml"_qs);
+    const QString target = home.copyOfData(u"sequence.xml"_s);
     TempHome::write(target, TempHome::read(target).replace("id=\"Selects\"",
                                                            "id=\"Selects \xf0\x9f\x8e\x9e\""));
     const char *clap = "Clap \xf0\x9f\x8e\xac";
@@ -139,7 +139,7 @@ TEST_F(Cli, UserTextIsEscapedOnceAndColoursFollowTheirTable)
 
     const auto doc = XmlDocument::fromBytes(bytes);
     ASSERT_TRUE(doc);
-    EXPECT_EQ(valueAt(doc->rootElement(), u"sequence/name"_qs), u"Selects \U0001F39E-Cuebridge");
+    EXPECT_EQ(valueAt(doc->rootElement(), u"sequence/name"_s), u"Selects \U0001F39E-Cuebridge");
     struct
     {
         const char *rgb;
@@ -151,16 +151,16 @@ TEST_F(Cli, UserTextIsEscapedOnceAndColoursFollowTheirTable)
                           {"2551270", "4280578025"}};
     const QList<XmlNode> markers = added(*doc);
     ASSERT_EQ(markers.size(), 4);
-    EXPECT_EQ(valueAt(markers[1], u"name"_qs), QString::fromUtf8(clap));
-    EXPECT_EQ(valueAt(markers[1], u"comment"_qs), QString::fromUtf8(retake));
+    EXPECT_EQ(valueAt(markers[1], u"name"_s), QString::fromUtf8(clap));
+    EXPECT_EQ(valueAt(markers[1], u"comment"_s), QString::fromUtf8(retake));
     for (int i = 0; i < 4; ++i) {
-        EXPECT_EQ(valueAt(markers[i], u"color/alpha"_qs), u"0");
-        EXPECT_EQ(markers[i].nodesForXPath(u"color/red|color/green|color/blue"_qs).size(), 3);
+        EXPECT_EQ(valueAt(markers[i], u"color/alpha"_s), u"0");
+        EXPECT_EQ(markers[i].nodesForXPath(u"color/red|color/green|color/blue"_s).size(), 3);
         QString rgb;
-        for (const XmlNode &n : markers[i].nodesForXPath(u"color/red|color/green|color/blue"_qs))
+        for (const XmlNode &n : markers[i].nodesForXPath(u"color/red|color/green|color/blue"_s))
             rgb += n.stringValue();
         EXPECT_EQ(rgb, QLatin1StringView(expected[i].rgb)) << i;
-        EXPECT_EQ(valueAt(markers[i], u"pproColor"_qs), QLatin1StringView(expected[i].ppro)) << i;
+        EXPECT_EQ(valueAt(markers[i], u"pproColor"_s), QLatin1StringView(expected[i].ppro)) << i;
     }
 }
 
@@ -170,7 +170,7 @@ TEST_F(Cli, ABareSequenceComesBackAloneAProjectGainsABin)
                                         {"B", "c", "01:00:10:00", "00:00:00:00", "Red"},
                                         {"C", "c", "00:59:59:00", "00:00:05:00", "Red"},
                                         {"D", "c", "00:59:59:00", "00:00:00:10", "Red"}});
-    const QString bare = home.copyOfData(u"sequence.xml"_qs);
+    const QString bare = home.copyOfData(u"sequence.xml"_s);
     const Outcome bareRun = run({markers(list), bare});
     EXPECT_EQ(bareRun.out.section(u'\n', 0, 0),
               u"Markers successfully imported: The markers were imported into the XML file. "
@@ -179,8 +179,8 @@ TEST_F(Cli, ABareSequenceComesBackAloneAProjectGainsABin)
         "<?xml version=\"1.0\" encoding=\"UTF-8\"?><!DOCTYPE xmeml><xmeml version=\"4\">"
         "<sequence id=\"Selects-Cuebridge\">"));
 
-    const QString project = home.copyOfData(u"project.xml"_qs);
-    const Outcome projectRun = run({u"-q"_qs, markers(list), project});
+    const QString project = home.copyOfData(u"project.xml"_s);
+    const Outcome projectRun = run({u"-q"_s, markers(list), project});
     EXPECT_EQ(projectRun.out,
               u"Markers successfully imported: The markers were imported into a copy of the "
               u"sequence inside the Imported Markers bin. Please reimport the XML file into your "
@@ -188,53 +188,53 @@ TEST_F(Cli, ABareSequenceComesBackAloneAProjectGainsABin)
     EXPECT_TRUE(projectRun.err.isEmpty()) << projectRun.err.toStdString();
     const auto doc = XmlDocument::fromFile(project);
     ASSERT_TRUE(doc);
-    const XmlNode children = doc->rootElement().nodesForXPath(u"project/children"_qs).value(0);
-    EXPECT_EQ(valueAt(children, u"*[1]/name"_qs), u"Imported Markers");
+    const XmlNode children = doc->rootElement().nodesForXPath(u"project/children"_s).value(0);
+    EXPECT_EQ(valueAt(children, u"*[1]/name"_s), u"Imported Markers");
     const QList<XmlNode> renamed =
-        children.nodesForXPath(u"sequence[uuid]/@id|bin/children/sequence/@id"_qs);
+        children.nodesForXPath(u"sequence[uuid]/@id|bin/children/sequence/@id"_s);
     ASSERT_EQ(renamed.size(), 2) << "the sequence in its place and its copy in the bin";
     EXPECT_EQ(renamed[0].stringValue(), u"Cut 3 -Cuebridge");
-    EXPECT_EQ(valueAt(children, u"bin/children/sequence/name"_qs), u"Cut 3 -Cuebridge");
-    EXPECT_NE(valueAt(children, u"bin/children/sequence/uuid"_qs),
+    EXPECT_EQ(valueAt(children, u"bin/children/sequence/name"_s), u"Cut 3 -Cuebridge");
+    EXPECT_NE(valueAt(children, u"bin/children/sequence/uuid"_s),
               u"0F2D6C31-4B1E-4C55-9C3E-2A1B8F7D0001");
     // From the sequence's start, clamped at it; no out without a duration. The markers
     // already there stay.
     EXPECT_EQ(inOut(project), (QList<InOut>{{250, 375}, {250, -1}, {0, 100}, {0, -1}}));
     QStringList names;
-    for (const XmlNode &n : children.nodesForXPath(u"bin/children/sequence//marker/name"_qs))
+    for (const XmlNode &n : children.nodesForXPath(u"bin/children/sequence//marker/name"_s))
         names << n.stringValue();
     EXPECT_EQ(names,
-              (QStringList{u"On B"_qs, u"Sequence marker"_qs, u"A"_qs, u"B"_qs, u"C"_qs, u"D"_qs}));
+              (QStringList{u"On B"_s, u"Sequence marker"_s, u"A"_s, u"B"_s, u"C"_s, u"D"_s}));
 }
 
 TEST_F(Cli, ClearingRemovesSequenceAndClipMarkers)
 {
-    const QString cleared = home.copyOfData(u"project.xml"_qs);
-    ASSERT_EQ(run({u"--clear"_qs,
+    const QString cleared = home.copyOfData(u"project.xml"_s);
+    ASSERT_EQ(run({u"--clear"_s,
                    markers(markerList({{"A", "c", "01:00:10:00", "00:00:05:00", "Red"}})), cleared})
                   .status,
               0);
     const auto doc = XmlDocument::fromFile(cleared);
     ASSERT_TRUE(doc);
     const QList<XmlNode> names =
-        doc->rootElement().nodesForXPath(u"project/children/bin/children/sequence//marker/name"_qs);
+        doc->rootElement().nodesForXPath(u"project/children/bin/children/sequence//marker/name"_s);
     ASSERT_EQ(names.size(), 1);
     EXPECT_EQ(names[0].stringValue(), u"A");
 }
 
 TEST_F(Cli, OutputGoesElsewhereAndListShowsTheItems)
 {
-    const QString target = home.copyOfData(u"project.xml"_qs);
+    const QString target = home.copyOfData(u"project.xml"_s);
     const QByteArray before = TempHome::read(target);
     const Outcome result =
-        run({u"--output"_qs, home.filePath(u"out.xml"_qs),
+        run({u"--output"_s, home.filePath(u"out.xml"_s),
              markers(markerList({{"A", "c", "01:00:10:00", "00:00:05:00", "Red"}})), target});
     EXPECT_EQ(result.status, 0);
     EXPECT_EQ(TempHome::read(target), before);
-    EXPECT_EQ(inOut(home.filePath(u"out.xml"_qs)), QList<InOut>({{250, 375}}));
-    EXPECT_TRUE(result.out.contains(u"Result: "_qs + home.filePath(u"out.xml"_qs)));
+    EXPECT_EQ(inOut(home.filePath(u"out.xml"_s)), QList<InOut>({{250, 375}}));
+    EXPECT_TRUE(result.out.contains(u"Result: "_s + home.filePath(u"out.xml"_s)));
 
-    const Outcome list = run({u"--list"_qs, target}); // no marker list needed
+    const Outcome list = run({u"--list"_s, target}); // no marker list needed
     EXPECT_EQ(list.status, 0);
     EXPECT_EQ(list.out, u"Cut 3\t0F2D6C31-4B1E-4C55-9C3E-2A1B8F7D0001\n"
                         u"No uuid\t/xmeml/project/children/sequence[2]\n");
@@ -242,7 +242,7 @@ TEST_F(Cli, OutputGoesElsewhereAndListShowsTheItems)
 
 // --- Final Cut Pro X targets ------------------------------------------------------------
 
-const QString librarySequence = u"/fcpxml/library/event/project/sequence"_qs;
+const QString librarySequence = u"/fcpxml/library/event/project/sequence"_s;
 
 /// The path printed after "Result: ".
 QString resultPath(const Outcome &outcome)
@@ -253,37 +253,37 @@ QString resultPath(const Outcome &outcome)
 
 TEST_F(Cli, AnFcpxResultIsCopiedWhereAskedAndAPartialImportExitsOne)
 {
-    const QString bundle = home.filePath(u"Cut.fcpxmld"_qs);
-    home.copyOfData(u"library.fcpxml"_qs, u"Cut.fcpxmld/Info.fcpxml"_qs);
+    const QString bundle = home.filePath(u"Cut.fcpxmld"_s);
+    home.copyOfData(u"library.fcpxml"_s, u"Cut.fcpxmld/Info.fcpxml"_s);
     const Outcome result =
-        run({u"--output"_qs, home.filePath(u"Out.fcpxmld"_qs),
+        run({u"--output"_s, home.filePath(u"Out.fcpxmld"_s),
              markers(markerList({{"in", "", "00:00:01:00", "00:00:00:00", "Red"},
                                  {"past", "", "02:00:00:00", "00:00:00:00", "Red"}})),
              bundle});
     EXPECT_EQ(result.status, 1) << result.err.toStdString();
     EXPECT_TRUE(result.out.startsWith(u"Some markers failed to import: "))
         << result.out.toStdString();
-    EXPECT_EQ(resultPath(result), home.filePath(u"Out.fcpxmld"_qs));
-    EXPECT_EQ(QDir(home.filePath(u"Out.fcpxmld"_qs)).entryList(QDir::Files),
-              QStringList{u"Info.fcpxml"_qs});
+    EXPECT_EQ(resultPath(result), home.filePath(u"Out.fcpxmld"_s));
+    EXPECT_EQ(QDir(home.filePath(u"Out.fcpxmld"_s)).entryList(QDir::Files),
+              QStringList{u"Info.fcpxml"_s});
     EXPECT_TRUE(
-        TempHome::read(home.filePath(u"Out.fcpxmld/Info.fcpxml"_qs)).contains("value=\"in\""));
+        TempHome::read(home.filePath(u"Out.fcpxmld/Info.fcpxml"_s)).contains("value=\"in\""));
 }
 
 TEST_F(Cli, AnFcpxLibraryIsListedImportedIntoACopyAndHandedToTheEditorsDesktopEntry)
 {
-    const QString target = home.copyOfData(u"library.fcpxml"_qs);
-    EXPECT_EQ(run({u"--list"_qs, target}).out, u"Cut 3\t%1\n"_qs.arg(librarySequence));
+    const QString target = home.copyOfData(u"library.fcpxml"_s);
+    EXPECT_EQ(run({u"--list"_s, target}).out, u"Cut 3\t%1\n"_s.arg(librarySequence));
     // A stand-in for the editor that notes which file it was given.
-    const QString opened = home.filePath(u"opened"_qs);
-    const QString editor = home.filePath(u"editor.sh"_qs);
+    const QString opened = home.filePath(u"opened"_s);
+    const QString editor = home.filePath(u"editor.sh"_s);
     TempHome::writeNotingProgram(editor, opened);
-    home.file(u".local/share/applications/com.apple.FinalCut.desktop"_qs,
+    home.file(u".local/share/applications/com.apple.FinalCut.desktop"_s,
               "[Desktop Entry]\nType=Application\nName=Final Cut Pro\nExec=" + editor.toUtf8() +
                   " %f\n");
 
     const Outcome result =
-        run({u"--open"_qs, u"--todo"_qs, u"--sequence"_qs, librarySequence,
+        run({u"--open"_s, u"--todo"_s, u"--sequence"_s, librarySequence,
              markers(markerList({{"A", "b", "00:01:50:00", "00:00:05:00", "Red"}})), target});
     EXPECT_EQ(result.status, 0) << result.err.toStdString();
     EXPECT_TRUE(result.out.startsWith(u"Markers successfully imported: A copy of your project "
@@ -300,20 +300,20 @@ TEST_F(Cli, OtherEditorsMarkerExportsLandAsOurListsDo)
 {
     // The same three markers in each editor's export (Media Composer's have no
     // comments), and lines that give none.
-    const QStringList comments{u"Grade shot 12 warmer"_qs, u""_qs, u"Sync is off"_qs};
+    const QStringList comments{u"Grade shot 12 warmer"_s, u""_s, u"Sync is off"_s};
     const struct
     {
         const char *file;
         QStringList comments;
         QString skipped;
-    } exports[] = {{"avid.txt", {u""_qs, u""_qs, u""_qs}, u"Line 4: fewer than six columns"_qs},
-                   {"premiere.csv", comments, u"Line 5: the In column holds no timecode"_qs},
-                   {"resolve.edl", comments, u"Line 13: neither an event nor a marker line"_qs}};
-    const QStringList names{u"Fix the flare"_qs, u"Music cue in"_qs, u"Check the sync"_qs};
+    } exports[] = {{"avid.txt", {u""_s, u""_s, u""_s}, u"Line 4: fewer than six columns"_s},
+                   {"premiere.csv", comments, u"Line 5: the In column holds no timecode"_s},
+                   {"resolve.edl", comments, u"Line 13: neither an event nor a marker line"_s}};
+    const QStringList names{u"Fix the flare"_s, u"Music cue in"_s, u"Check the sync"_s};
     for (const auto &e : exports) {
         SCOPED_TRACE(e.file);
-        const QString list = home.copyOfData(u"exports/"_qs + QLatin1StringView(e.file));
-        const QString xmeml = home.copyOfData(u"project.xml"_qs);
+        const QString list = home.copyOfData(u"exports/"_s + QLatin1StringView(e.file));
+        const QString xmeml = home.copyOfData(u"project.xml"_s);
         const Outcome intoXmeml = run({list, xmeml});
         EXPECT_EQ(intoXmeml.status, 1) << intoXmeml.err.toStdString();
         EXPECT_TRUE(intoXmeml.err.contains(e.skipped)) << intoXmeml.err.toStdString();
@@ -323,19 +323,19 @@ TEST_F(Cli, OtherEditorsMarkerExportsLandAsOurListsDo)
         const QList<XmlNode> markers = added(*doc);
         ASSERT_EQ(markers.size(), 3);
         for (qsizetype i = 0; i < 3; ++i) {
-            EXPECT_EQ(valueAt(markers[i], u"name"_qs), names[i]);
-            EXPECT_EQ(valueAt(markers[i], u"comment"_qs), e.comments[i]);
+            EXPECT_EQ(valueAt(markers[i], u"name"_s), names[i]);
+            EXPECT_EQ(valueAt(markers[i], u"comment"_s), e.comments[i]);
         }
     }
 }
 
 TEST_F(Cli, TheMarkersOfAnFcpxDocumentComeOutAsAListThatPutsThemBackInPlace)
 {
-    const QString library = home.copyOfData(u"library.fcpxml"_qs);
-    const Outcome printed = run({u"--markers"_qs, library});
+    const QString library = home.copyOfData(u"library.fcpxml"_s);
+    const Outcome printed = run({u"--markers"_s, library});
     EXPECT_EQ(printed.status, 0) << printed.err.toStdString();
     EXPECT_TRUE(printed.out.startsWith(u"#\tTrack\tName\tComment\tStart\tDuration\tColor\n"
-                                       u"1\tV1\tTen\t\t00:01:45:00\t00:00:00:00\tRed\n"_qs))
+                                       u"1\tV1\tTen\t\t00:01:45:00\t00:00:00:00\tRed\n"_s))
         << printed.out.toStdString();
 
     const Outcome imported = run({markers(printed.out.toUtf8()), library});
@@ -344,7 +344,7 @@ TEST_F(Cli, TheMarkersOfAnFcpxDocumentComeOutAsAListThatPutsThemBackInPlace)
     EXPECT_TRUE(output.contains(R"(<marker start="25000/2500s" duration="100/2500s" value="Ten")"));
     EXPECT_TRUE(
         output.contains(R"(<marker start="152500/2500s" duration="100/2500s" value="An hour in")"));
-    EXPECT_EQ(run({u"--markers"_qs, home.copyOfData(u"project.xml"_qs)}).status, 64);
+    EXPECT_EQ(run({u"--markers"_s, home.copyOfData(u"project.xml"_s)}).status, 64);
 }
 
 } // namespace

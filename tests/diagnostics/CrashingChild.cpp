@@ -8,6 +8,8 @@
 #include <cstdlib>
 #include <cstring>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 // A real fault even in the sanitizer builds, whose checks would stop it first.
@@ -21,7 +23,7 @@ namespace {
 int main(int argc, char **argv)
 {
     QCoreApplication app(argc, argv);
-    QCoreApplication::setApplicationName(u"Cuebridge"_qs);
+    QCoreApplication::setApplicationName(u"Cuebridge"_s);
     QFBugReporter::installCrashReportWriter();
     if (argc > 1 && std::strcmp(argv[1], "abort") == 0)
         std::abort();

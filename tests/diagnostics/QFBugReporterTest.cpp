@@ -20,8 +20,8 @@ namespace {
 class CrashCheck : public LoggedTest
 {
 protected:
-    QString reports() const { return home.path() + u"/.local/state/DiagnosticReports"_qs; }
-    QString record() const { return home.path() + u"/launches.plist"_qs; }
+    QString reports() const { return home.path() + u"/.local/state/DiagnosticReports"_s; }
+    QString record() const { return home.path() + u"/launches.plist"_s; }
     /// A crash report modified at the time given.
     QString report(const QString &name, const QDateTime &modified)
     {
@@ -35,9 +35,9 @@ protected:
     /// A "Bug Reporter" beside the application that notes its argument.
     QString installReporter()
     {
-        const QString folder = home.path() + u"/app"_qs;
-        const QString note = home.path() + u"/given"_qs;
-        TempHome::writeNotingProgram(folder + u"/Bug Reporter"_qs, note);
+        const QString folder = home.path() + u"/app"_s;
+        const QString note = home.path() + u"/given"_s;
+        TempHome::writeNotingProgram(folder + u"/Bug Reporter"_s, note);
         QFLocalPaths::setExecutableFolderForTesting(folder);
         return note;
     }
@@ -79,39 +79,38 @@ TEST_F(CrashCheck, AReportNewerThanTheLaunchProvesACrash)
         QDir(reports()).removeRecursively();
         QVariantMap launches;
         if (c.launched)
-            launches.insert(u"launch"_qs, launch);
+            launches.insert(u"launch"_s, launch);
         if (c.exitMinutes)
-            launches.insert(u"exit"_qs, launch.addSecs(*c.exitMinutes * 60));
+            launches.insert(u"exit"_s, launch.addSecs(*c.exitMinutes * 60));
         ASSERT_TRUE(QFPropertyList::writeDictionary(launches, record()));
         QVariantMap global;
         if (c.reporterOff)
-            global.insert(u"disable-crash-reporter"_qs, u"1"_qs);
-        QDir().mkpath(home.path() + u"/.config"_qs);
+            global.insert(u"disable-crash-reporter"_s, u"1"_s);
+        QDir().mkpath(home.path() + u"/.config"_s);
         ASSERT_TRUE(QFPropertyList::writeDictionary(
-            global, home.path() + u"/.config/com.quillfen.global.plist"_qs));
+            global, home.path() + u"/.config/com.quillfen.global.plist"_s));
         const QString path =
             report(QString::fromLatin1(c.report), launch.addSecs(c.modifiedMinutes * 60));
         const qsizetype opened = desktop.opened().size();
 
-        const QString found = QFBugReporter::checkForCrashes(u"Cuebridge"_qs, record());
+        const QString found = QFBugReporter::checkForCrashes(u"Cuebridge"_s, record());
         EXPECT_EQ(found, c.found ? path : QString());
         // Without a bug reporter beside the application, the desktop entry's is asked.
         EXPECT_EQ(desktop.opened().size() - opened, c.found && !c.reporterOff ? 1 : 0);
         if (c.found && !c.reporterOff) {
             EXPECT_EQ(desktop.opened().last(),
-                      path + u" with 'com.quillfen.BugReporter', asynchronously"_qs);
+                      path + u" with 'com.quillfen.BugReporter', asynchronously"_s);
         }
     }
-    EXPECT_EQ(log().count(u"Application crashed on last launch"_qs), 4);
-    EXPECT_EQ(log().count(u"Crash reporter disabled"_qs), 1);
+    EXPECT_EQ(log().count(u"Application crashed on last launch"_s), 4);
+    EXPECT_EQ(log().count(u"Crash reporter disabled"_s), 1);
 }
 
 TEST_F(CrashCheck, ACrashedRunLeavesAReportThatTheNextLaunchHandsToTheBugReporter)
 {
     const QString given = installReporter();
-    QFBugReporter::startBugReporter(u"Cuebridge"_qs, record());
-    EXPECT_TRUE(
-        QFPropertyList::readDictionary(record()).value(u"launch"_qs).toDateTime().isValid());
+    QFBugReporter::startBugReporter(u"Cuebridge"_s, record());
+    EXPECT_TRUE(QFPropertyList::readDictionary(record()).value(u"launch"_s).toDateTime().isValid());
     EXPECT_TRUE(desktop.opened().isEmpty()) << "the first run checks nothing";
     QThread::msleep(20); // the report is newer than the launch by more than the clocks' steps
 
@@ -119,9 +118,9 @@ TEST_F(CrashCheck, ACrashedRunLeavesAReportThatTheNextLaunchHandsToTheBugReporte
         QProcess child;
         // Under AddressSanitizer the signals are left to the program's own handler.
         QProcessEnvironment environment = QProcessEnvironment::systemEnvironment();
-        environment.insert(u"ASAN_OPTIONS"_qs,
-                           environment.value(u"ASAN_OPTIONS"_qs) +
-                               u":handle_segv=0:handle_abort=0:allow_user_segv_handler=1"_qs);
+        environment.insert(u"ASAN_OPTIONS"_s,
+                           environment.value(u"ASAN_OPTIONS"_s) +
+                               u":handle_segv=0:handle_abort=0:allow_user_segv_handler=1"_s);
         child.setProcessEnvironment(environment);
         child.start(QStringLiteral(CRASHING_CHILD), {QString::fromLatin1(how)});
         ASSERT_TRUE(child.waitForFinished(30000));
@@ -129,21 +128,21 @@ TEST_F(CrashCheck, ACrashedRunLeavesAReportThatTheNextLaunchHandsToTheBugReporte
     }
     QStringList written = QDir(reports()).entryList(QDir::Files, QDir::Name);
     ASSERT_EQ(written.size(), 2);
-    const QRegularExpression name(u"^Cuebridge_\\d{4}-\\d\\d-\\d\\d-\\d{6}_[^/]+\\.crash$"_qs);
+    const QRegularExpression name(u"^Cuebridge_\\d{4}-\\d\\d-\\d\\d-\\d{6}_[^/]+\\.crash$"_s);
     const QString fault = QString::fromUtf8(TempHome::read(reports() + u'/' + written.at(0))) +
                           QString::fromUtf8(TempHome::read(reports() + u'/' + written.at(1)));
     for (const QString &file : written)
         EXPECT_TRUE(name.match(file).hasMatch()) << file.toStdString();
-    EXPECT_TRUE(fault.contains(u"Exception Type:  SIGSEGV (signal 11)"_qs)) << fault.toStdString();
-    EXPECT_TRUE(fault.contains(u"Exception Type:  SIGABRT (signal 6)"_qs));
-    EXPECT_TRUE(fault.contains(u"Process:         Cuebridge ["_qs));
-    EXPECT_GE(fault.count(u"[0x"_qs), 6) << "a backtrace of each crashed thread";
+    EXPECT_TRUE(fault.contains(u"Exception Type:  SIGSEGV (signal 11)"_s)) << fault.toStdString();
+    EXPECT_TRUE(fault.contains(u"Exception Type:  SIGABRT (signal 6)"_s));
+    EXPECT_TRUE(fault.contains(u"Process:         Cuebridge ["_s));
+    EXPECT_GE(fault.count(u"[0x"_s), 6) << "a backtrace of each crashed thread";
 
-    QFBugReporter::startBugReporter(u"Cuebridge"_qs, record());
+    QFBugReporter::startBugReporter(u"Cuebridge"_s, record());
     const QString reported = TempHome::noted(given);
     EXPECT_TRUE(written.contains(QFileInfo(reported.mid(1, reported.size() - 2)).fileName()))
         << reported.toStdString();
-    EXPECT_TRUE(log().contains(u"Application crashed on last launch"_qs));
+    EXPECT_TRUE(log().contains(u"Application crashed on last launch"_s));
 }
 
 } // namespace

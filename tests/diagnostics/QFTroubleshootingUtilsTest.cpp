@@ -23,8 +23,8 @@ protected:
     Gathering() { QFLocalPaths::setComputerWideRootForTesting(computer()); }
     ~Gathering() override { QFLocalPaths::setComputerWideRootForTesting(QString()); }
 
-    QString computer() const { return home.path() + u"/computer"_qs; }
-    QString desktop() const { return home.path() + u"/Desktop"_qs; }
+    QString computer() const { return home.path() + u"/computer"_s; }
+    QString desktop() const { return home.path() + u"/Desktop"_s; }
     /// Writes each file (its text is its own name) under the folder.
     void files(const QString &folder, const QStringList &names)
     {
@@ -35,7 +35,7 @@ protected:
     static QStringList archived(const QString &zip)
     {
         QProcess unzip;
-        unzip.start(u"unzip"_qs, {u"-Z1"_qs, zip});
+        unzip.start(u"unzip"_s, {u"-Z1"_s, zip});
         EXPECT_TRUE(unzip.waitForFinished());
         QStringList entries = QString::fromUtf8(unzip.readAllStandardOutput()).split(u'\n');
         entries.removeIf(
@@ -50,63 +50,63 @@ protected:
 
 TEST_F(Gathering, CollectsEachApplicationsFilesFromBothDomainsIntoOneArchiveOnTheDesktop)
 {
-    const QString userLogs = home.path() + u"/.local/state"_qs;
-    const QString userPrefs = home.path() + u"/.config"_qs;
-    const QString computerLogs = computer() + u"/var/log"_qs;
-    files(userLogs + u"/Quillfen"_qs,
-          {u"Cuebridge.1.log"_qs, u"Cuebridge.2.log"_qs, u"CuebridgeHelper.1.log"_qs,
-           u"Cuebridge.1.log.bak"_qs, u"Other.1.log"_qs});
-    files(userLogs + u"/DiagnosticReports"_qs,
-          {u"Cuebridge_2014-05-01-120000_Mac.crash"_qs, u"Cuebridge-2014.crash"_qs,
-           u"Foo Bar_1.ips"_qs, u"Cuebridge_1.txt"_qs});
-    files(userLogs + u"/CrashReporter"_qs, {u"Cuebridge_old.crash"_qs});
-    files(userPrefs, {u"com.quillfen.Cuebridge.plist"_qs, u"com.quillfen.foobar.plist"_qs,
-                      u"com.quillfen.global.plist"_qs, u"Quillfen/Cuebridge.conf"_qs});
-    files(computerLogs + u"/Quillfen"_qs, {u"Cuebridge.1.log"_qs});
+    const QString userLogs = home.path() + u"/.local/state"_s;
+    const QString userPrefs = home.path() + u"/.config"_s;
+    const QString computerLogs = computer() + u"/var/log"_s;
+    files(userLogs + u"/Quillfen"_s,
+          {u"Cuebridge.1.log"_s, u"Cuebridge.2.log"_s, u"CuebridgeHelper.1.log"_s,
+           u"Cuebridge.1.log.bak"_s, u"Other.1.log"_s});
+    files(userLogs + u"/DiagnosticReports"_s,
+          {u"Cuebridge_2014-05-01-120000_Mac.crash"_s, u"Cuebridge-2014.crash"_s,
+           u"Foo Bar_1.ips"_s, u"Cuebridge_1.txt"_s});
+    files(userLogs + u"/CrashReporter"_s, {u"Cuebridge_old.crash"_s});
+    files(userPrefs, {u"com.quillfen.Cuebridge.plist"_s, u"com.quillfen.foobar.plist"_s,
+                      u"com.quillfen.global.plist"_s, u"Quillfen/Cuebridge.conf"_s});
+    files(computerLogs + u"/Quillfen"_s, {u"Cuebridge.1.log"_s});
     // A link is followed, relative to its own folder, and keeps its name.
-    files(computer() + u"/elsewhere"_qs, {u"real.crash"_qs});
-    QDir().mkpath(computerLogs + u"/DiagnosticReports"_qs);
-    ASSERT_TRUE(QFile::link(u"../../../elsewhere/real.crash"_qs,
-                            computerLogs + u"/DiagnosticReports/Cuebridge_linked.crash"_qs));
-    files(home.path() + u"/notes"_qs, {u"extra.txt"_qs});
+    files(computer() + u"/elsewhere"_s, {u"real.crash"_s});
+    QDir().mkpath(computerLogs + u"/DiagnosticReports"_s);
+    ASSERT_TRUE(QFile::link(u"../../../elsewhere/real.crash"_s,
+                            computerLogs + u"/DiagnosticReports/Cuebridge_linked.crash"_s));
+    files(home.path() + u"/notes"_s, {u"extra.txt"_s});
 
     ASSERT_TRUE(QFTroubleshootingUtils::gatherLogsForAppsWithNames(
-        {u"Cuebridge"_qs, u"Foo Bar"_qs}, false, {home.path() + u"/notes/extra.txt"_qs}));
+        {u"Cuebridge"_s, u"Foo Bar"_s}, false, {home.path() + u"/notes/extra.txt"_s}));
     EXPECT_EQ(alerts.shown(), QStringList(u"Logs gathered successfully / The gathered logs were "
-                                          u"placed on your desktop."_qs));
-    const QString top = u"QF_App_Logs"_qs;
+                                          u"placed on your desktop."_s));
+    const QString top = u"QF_App_Logs"_s;
     QStringList expected = {
-        top + userLogs + u"/Quillfen/Cuebridge.1.log"_qs,
-        top + userLogs + u"/Quillfen/Cuebridge.2.log"_qs,
-        top + userLogs + u"/Quillfen/CuebridgeHelper.1.log"_qs,
-        top + userLogs + u"/DiagnosticReports/Cuebridge_2014-05-01-120000_Mac.crash"_qs,
-        top + userLogs + u"/DiagnosticReports/Foo Bar_1.ips"_qs,
-        top + userLogs + u"/CrashReporter/Cuebridge_old.crash"_qs,
-        top + userPrefs + u"/com.quillfen.Cuebridge.plist"_qs,
-        top + userPrefs + u"/com.quillfen.foobar.plist"_qs,
-        top + userPrefs + u"/Quillfen/Cuebridge.conf"_qs,
-        top + computerLogs + u"/Quillfen/Cuebridge.1.log"_qs,
-        top + computerLogs + u"/DiagnosticReports/Cuebridge_linked.crash"_qs,
-        top + home.path() + u"/notes/extra.txt"_qs,
+        top + userLogs + u"/Quillfen/Cuebridge.1.log"_s,
+        top + userLogs + u"/Quillfen/Cuebridge.2.log"_s,
+        top + userLogs + u"/Quillfen/CuebridgeHelper.1.log"_s,
+        top + userLogs + u"/DiagnosticReports/Cuebridge_2014-05-01-120000_Mac.crash"_s,
+        top + userLogs + u"/DiagnosticReports/Foo Bar_1.ips"_s,
+        top + userLogs + u"/CrashReporter/Cuebridge_old.crash"_s,
+        top + userPrefs + u"/com.quillfen.Cuebridge.plist"_s,
+        top + userPrefs + u"/com.quillfen.foobar.plist"_s,
+        top + userPrefs + u"/Quillfen/Cuebridge.conf"_s,
+        top + computerLogs + u"/Quillfen/Cuebridge.1.log"_s,
+        top + computerLogs + u"/DiagnosticReports/Cuebridge_linked.crash"_s,
+        top + home.path() + u"/notes/extra.txt"_s,
     };
     expected.sort();
-    const QString archive = desktop() + u"/Cuebridge Logs.zip"_qs;
+    const QString archive = desktop() + u"/Cuebridge Logs.zip"_s;
     EXPECT_EQ(archived(archive), expected);
     EXPECT_FALSE(QFileInfo::exists(QFTroubleshootingUtils::temporaryFolder()));
 
     // The link's file, not the link, went in.
     QProcess unzip;
-    unzip.start(u"unzip"_qs, {u"-p"_qs, archive, expected.filter(u"linked"_qs).first()});
+    unzip.start(u"unzip"_s, {u"-p"_s, archive, expected.filter(u"linked"_s).first()});
     ASSERT_TRUE(unzip.waitForFinished());
     EXPECT_EQ(unzip.readAllStandardOutput(), "real.crash");
 
     // A second archive the same day carries the time in its name; the first stays.
-    ASSERT_TRUE(QFTroubleshootingUtils::gatherLogsForAppsWithNames({u"Cuebridge"_qs}, true));
+    ASSERT_TRUE(QFTroubleshootingUtils::gatherLogsForAppsWithNames({u"Cuebridge"_s}, true));
     const QStringList archives = QDir(desktop()).entryList(QDir::Files, QDir::Name);
     ASSERT_EQ(archives.size(), 2);
-    EXPECT_EQ(archives.at(0), u"Cuebridge Logs.zip"_qs);
+    EXPECT_EQ(archives.at(0), u"Cuebridge Logs.zip"_s);
     EXPECT_TRUE(
-        QRegularExpression(u"^Cuebridge Logs_\\d{14}\\.zip$"_qs).match(archives.at(1)).hasMatch())
+        QRegularExpression(u"^Cuebridge Logs_\\d{14}\\.zip$"_s).match(archives.at(1)).hasMatch())
         << archives.at(1).toStdString();
     EXPECT_EQ(alerts.shown().size(), 1) << "a silent gathering shows nothing";
 }
@@ -114,27 +114,27 @@ TEST_F(Gathering, CollectsEachApplicationsFilesFromBothDomainsIntoOneArchiveOnTh
 TEST_F(Gathering, NothingToGatherMakesNoArchive)
 {
     EXPECT_FALSE(QFTroubleshootingUtils::gatherLogsForAppWithName(QString()));
-    EXPECT_FALSE(QFTroubleshootingUtils::gatherLogsForAppsWithNames({u"Cuebridge"_qs}, true));
+    EXPECT_FALSE(QFTroubleshootingUtils::gatherLogsForAppsWithNames({u"Cuebridge"_s}, true));
     EXPECT_TRUE(alerts.shown().isEmpty());
-    EXPECT_FALSE(QFTroubleshootingUtils::gatherLogsForAppWithName(u"Cuebridge"_qs));
+    EXPECT_FALSE(QFTroubleshootingUtils::gatherLogsForAppWithName(u"Cuebridge"_s));
     EXPECT_EQ(alerts.shown(),
-              QStringList(u"No logs found / There were no logs available to gather."_qs));
-    EXPECT_FALSE(QFileInfo::exists(desktop() + u"/Cuebridge Logs.zip"_qs));
+              QStringList(u"No logs found / There were no logs available to gather."_s));
+    EXPECT_FALSE(QFileInfo::exists(desktop() + u"/Cuebridge Logs.zip"_s));
 }
 
 TEST_F(Gathering, ViewingOpensTheCurrentLogOrSaysThereIsNone)
 {
     RecordingWorkspace desktopApps;
-    EXPECT_FALSE(QFTroubleshootingUtils::viewLogForApp(u"Cuebridge"_qs));
-    EXPECT_FALSE(QFTroubleshootingUtils::viewTaskLogForApp(u"Cuebridge"_qs));
+    EXPECT_FALSE(QFTroubleshootingUtils::viewLogForApp(u"Cuebridge"_s));
+    EXPECT_FALSE(QFTroubleshootingUtils::viewTaskLogForApp(u"Cuebridge"_s));
     EXPECT_EQ(alerts.shown(),
-              QStringList({u"No log found / You must perform a task before viewing the log."_qs,
+              QStringList({u"No log found / You must perform a task before viewing the log."_s,
                            u"No log found / You must run the application as a task (e.g. through "
-                           u"Runwick) before viewing a log."_qs}));
+                           u"Runwick) before viewing a log."_s}));
 
-    const QString log = home.file(u".local/state/Quillfen/Cuebridge.1.log"_qs, "started");
-    EXPECT_TRUE(QFTroubleshootingUtils::viewLogForApp(u"Cuebridge"_qs));
-    EXPECT_EQ(desktopApps.opened(), QStringList(log + u" with ''"_qs));
+    const QString log = home.file(u".local/state/Quillfen/Cuebridge.1.log"_s, "started");
+    EXPECT_TRUE(QFTroubleshootingUtils::viewLogForApp(u"Cuebridge"_s));
+    EXPECT_EQ(desktopApps.opened(), QStringList(log + u" with ''"_s));
 }
 
 } // namespace

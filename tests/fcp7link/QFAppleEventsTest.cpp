@@ -57,7 +57,7 @@ protected:
     {
         LoggedTest::SetUp();
         ConsoleCapture::clear();
-        project = addProject(u"Review Cut.fcp"_qs);
+        project = addProject(u"Review Cut.fcp"_s);
         editor.openProjects << project;
     }
 
@@ -70,7 +70,7 @@ protected:
                                    "<sequence><name>A</name></sequence><sequence/>"
                                    "<clip><sequence><name>B</name></sequence></clip>"
                                    "</children></bin></xmeml>";
-        contents.items.insert(u"U-1"_qs, itemXml + QByteArray(1, '\0'));
+        contents.items.insert(u"U-1"_s, itemXml + QByteArray(1, '\0'));
         editor.projects.insert(path, contents);
         return path;
     }
@@ -80,13 +80,13 @@ protected:
     /// An installed editor whose Info.plist holds the version (none: no version key).
     void install(const std::optional<QString> &shortVersion)
     {
-        editor.applicationPath = home.filePath(u"Final Cut Pro.app"_qs);
-        QVariantMap info{{u"CFBundleIdentifier"_qs, u"com.apple.FinalCutPro"_qs}};
+        editor.applicationPath = home.filePath(u"Final Cut Pro.app"_s);
+        QVariantMap info{{u"CFBundleIdentifier"_s, u"com.apple.FinalCutPro"_s}};
         if (shortVersion)
-            info.insert(u"CFBundleShortVersionString"_qs, *shortVersion);
-        QDir().mkpath(editor.applicationPath + u"/Contents"_qs);
+            info.insert(u"CFBundleShortVersionString"_s, *shortVersion);
+        QDir().mkpath(editor.applicationPath + u"/Contents"_s);
         ASSERT_TRUE(QFPropertyList::writeDictionary(info, editor.applicationPath +
-                                                              u"/Contents/Info.plist"_qs));
+                                                              u"/Contents/Info.plist"_s));
     }
 
     ConsoleCapture console;
@@ -129,7 +129,7 @@ AESendResult failure(AESendStage stage, qint32 status, FourCharCode parameter = 
 
 TEST_F(LinkTest, AnItemIsFetchedWithItsProjectReferenceAndUuid)
 {
-    const std::optional<QByteArray> data = QFAppleEvents::getItemXMLData(u"U-1"_qs, project);
+    const std::optional<QByteArray> data = QFAppleEvents::getItemXMLData(u"U-1"_s, project);
     ASSERT_TRUE(data);
     EXPECT_EQ(*data, itemXml) << "the trailing zero byte is dropped";
 
@@ -148,10 +148,10 @@ TEST_F(LinkTest, AnItemIsFetchedWithItsProjectReferenceAndUuid)
     EXPECT_EQ(event.parameter(fourCharCode("fcpP"))->size(), 80);
     EXPECT_EQ(event.parameter(fourCharCode("fcIU"))->type(), fourCharCode("utf8"));
     EXPECT_EQ(event.parameter(fourCharCode("fcIU"))->data(), "U-1");
-    EXPECT_EQ(QFAppleEvents::getItemXML(u"U-1"_qs, project), QString::fromUtf8(itemXml));
+    EXPECT_EQ(QFAppleEvents::getItemXML(u"U-1"_s, project), QString::fromUtf8(itemXml));
 
     // Opening the item names it the same way.
-    QFAppleEvents::openItem(u"U-1"_qs, project, true);
+    QFAppleEvents::openItem(u"U-1"_s, project, true);
     EXPECT_EQ(lastEvent().eventID, fourCharCode("fcOI"));
     EXPECT_EQ(keywords(lastEvent()), ids({"fcpP", "fcIU"}));
     EXPECT_EQ(editor.openedItems, QStringList{"U-1"});
@@ -159,7 +159,7 @@ TEST_F(LinkTest, AnItemIsFetchedWithItsProjectReferenceAndUuid)
 
 TEST_F(LinkTest, SendingXmlEscapesItWaitsTenMinutesAndWordsItsFailuresWithTheStatus)
 {
-    EXPECT_TRUE(QFAppleEvents::sendXMLToFCP(u"<name>Caf\u00e9\r</name>"_qs, project));
+    EXPECT_TRUE(QFAppleEvents::sendXMLToFCP(u"<name>Caf\u00e9\r</name>"_s, project));
     const AppleEvent &event = lastEvent();
     EXPECT_EQ(event.eventID, fourCharCode("iXML"));
     EXPECT_EQ(event.timeoutTicks, 36000);
@@ -167,9 +167,9 @@ TEST_F(LinkTest, SendingXmlEscapesItWaitsTenMinutesAndWordsItsFailuresWithTheSta
     EXPECT_EQ(editor.imported, QList<QByteArray>{"<name>Caf&#233;&#13;</name>"});
 
     // A path that names no file goes without a project reference, and so does none.
-    EXPECT_TRUE(QFAppleEvents::sendXMLToFCP(u"<x/>"_qs, project + u".gone"_qs));
+    EXPECT_TRUE(QFAppleEvents::sendXMLToFCP(u"<x/>"_s, project + u".gone"_s));
     EXPECT_EQ(keywords(lastEvent()), ids({"xmlD"}));
-    EXPECT_TRUE(QFAppleEvents::sendXMLToFCP(u"<x/>"_qs, QString()));
+    EXPECT_TRUE(QFAppleEvents::sendXMLToFCP(u"<x/>"_s, QString()));
     EXPECT_EQ(keywords(lastEvent()), ids({"xmlD"}));
 
     // Failures name the step and give the status.
@@ -178,7 +178,7 @@ TEST_F(LinkTest, SendingXmlEscapesItWaitsTenMinutesAndWordsItsFailuresWithTheSta
           failure(AESendStage::PutParameter, -43, fourCharCode("fcpP")),
           failure(AESendStage::Send, AEStatus::errAETimeout)}) {
         editor.fault = [&result](const AppleEvent &) { return std::optional(result); };
-        EXPECT_FALSE(QFAppleEvents::sendXMLToFCP(u"<x/>"_qs, project));
+        EXPECT_FALSE(QFAppleEvents::sendXMLToFCP(u"<x/>"_s, project));
     }
     EXPECT_EQ(ConsoleCapture::messages(), (QStringList{"Error adding XML data to event: -1703",
                                                        "Error creating project FSRef: -43",
@@ -187,7 +187,7 @@ TEST_F(LinkTest, SendingXmlEscapesItWaitsTenMinutesAndWordsItsFailuresWithTheSta
 
 TEST_F(LinkTest, SavingAndClosingNameTheProjectTwiceAndCarryTheirFlags)
 {
-    const QString awkward = addProject(u"Caf\u00e9 100% final.fcp"_qs);
+    const QString awkward = addProject(u"Caf\u00e9 100% final.fcp"_s);
     editor.openProjects << awkward;
 
     EXPECT_TRUE(QFAppleEvents::saveProject(awkward));
@@ -195,7 +195,7 @@ TEST_F(LinkTest, SavingAndClosingNameTheProjectTwiceAndCarryTheirFlags)
     EXPECT_EQ(lastEvent().parameter(fourCharCode("fsOF"))->data(), QByteArray(1, '\1'));
     const AEDescriptor url = *lastEvent().parameter(fourCharCode("fcpU"));
     EXPECT_EQ(url.type(), fourCharCode("furl"));
-    EXPECT_EQ(url.data(), home.filePath(u"Caf%C3%A9%20100%25%20final.fcp"_qs).toUtf8());
+    EXPECT_EQ(url.data(), home.filePath(u"Caf%C3%A9%20100%25%20final.fcp"_s).toUtf8());
     EXPECT_EQ(AEFileReference::toPath(lastEvent().parameter(fourCharCode("fcpP"))->data()),
               awkward);
 
@@ -215,11 +215,11 @@ TEST_F(LinkTest, ALaunchAsksForTheProjectTwice)
 {
     editor.running = false;
     editor.openProjects.clear();
-    EXPECT_FALSE(QFAppleEvents::getItemXMLData(u"U-1"_qs, project)) << "no launch allowed";
+    EXPECT_FALSE(QFAppleEvents::getItemXMLData(u"U-1"_s, project)) << "no launch allowed";
     EXPECT_TRUE(editor.events.isEmpty());
     EXPECT_TRUE(ConsoleCapture::messages().isEmpty());
 
-    const std::optional<QByteArray> data = QFAppleEvents::getItemXMLData(u"U-1"_qs, project, true);
+    const std::optional<QByteArray> data = QFAppleEvents::getItemXMLData(u"U-1"_s, project, true);
     ASSERT_EQ(editor.openRequests.size(), 2);
     for (const auto &[path, options] : editor.openRequests) {
         EXPECT_EQ(path, project);
@@ -254,7 +254,7 @@ TEST_F(LinkTest, OnlyAProjectOpenedForTheCallIsClosedAfterIt)
 
     editor.events.clear();
     editor.openProjects.clear();
-    EXPECT_FALSE(QFAppleEvents::getItemXML(u"U-1"_qs, project, true, true).isNull());
+    EXPECT_FALSE(QFAppleEvents::getItemXML(u"U-1"_s, project, true, true).isNull());
     EXPECT_EQ(editor.eventIDs(), ids({"fcLP", "gXML"})) << "this form never closes";
     EXPECT_TRUE(editor.openProjects.contains(project));
 }
@@ -264,8 +264,8 @@ TEST_F(LinkTest, OpenProjectsAreListedUntilOneCannotBeRead)
     editor.openProjects.clear();
     EXPECT_EQ(QFAppleEvents::listOfOpenFCPProjects(), QStringList{}) << "empty, not nil";
 
-    const QString second = addProject(u"Second.fcp"_qs);
-    editor.openProjects = {project, u"/nowhere/Lost.fcp"_qs, second};
+    const QString second = addProject(u"Second.fcp"_s);
+    editor.openProjects = {project, u"/nowhere/Lost.fcp"_s, second};
     EXPECT_EQ(QFAppleEvents::listOfOpenFCPProjects(), QStringList{project});
 
     editor.running = false;
@@ -310,7 +310,7 @@ TEST_F(LinkTest, BadRepliesToTheItemFetchGiveNilWithTheirMessage)
                 return std::nullopt;
             return c.reply;
         };
-        EXPECT_EQ(QFAppleEvents::getItemXMLData(u"U-1"_qs, project), c.expected);
+        EXPECT_EQ(QFAppleEvents::getItemXMLData(u"U-1"_s, project), c.expected);
         EXPECT_EQ(ConsoleCapture::messages(),
                   c.console ? QStringList(QString::fromUtf8(c.console)) : QStringList());
     }
@@ -321,8 +321,8 @@ TEST_F(LinkTest, ExceptionsAreLoggedWithTheMethodsFullName)
     editor.fault = [](const AppleEvent &) -> std::optional<AESendResult> {
         throw std::runtime_error("the editor went away");
     };
-    EXPECT_FALSE(QFAppleEvents::getItemXMLData(u"U-1"_qs, project));
-    EXPECT_FALSE(QFAppleEvents::sendXMLToFCP(u"<x/>"_qs, project));
+    EXPECT_FALSE(QFAppleEvents::getItemXMLData(u"U-1"_s, project));
+    EXPECT_FALSE(QFAppleEvents::sendXMLToFCP(u"<x/>"_s, project));
     EXPECT_TRUE(log().contains(u"+[QFAppleEvents listOfOpenFCPProjects]")) << log().toStdString();
     EXPECT_TRUE(log().contains(u"+[QFAppleEvents sendXMLToFCP:projectPath:]"));
     EXPECT_TRUE(log().contains(u"the editor went away"));
@@ -356,35 +356,34 @@ TEST_F(LinkTest, TheInstalledVersionMapsToTheXmemlVersion)
         std::optional<QString> shortVersion; // none: no Info.plist key
         int major;
         int xmeml;
-    } versions[] = {{u"7.0.3"_qs, 7, 5},  {u"6.0.6"_qs, 6, 4}, {u"5.1.2"_qs, 5, 3},
-                    {u"5.1"_qs, 5, 2},    {u"4.5"_qs, 4, 1},   {u"10.1"_qs, 1, 5},
-                    {std::nullopt, 7, 1}, {u"7"_qs, 7, 0}};
+    } versions[] = {{u"7.0.3"_s, 7, 5}, {u"6.0.6"_s, 6, 4}, {u"5.1.2"_s, 5, 3},   {u"5.1"_s, 5, 2},
+                    {u"4.5"_s, 4, 1},   {u"10.1"_s, 1, 5},  {std::nullopt, 7, 1}, {u"7"_s, 7, 0}};
     for (const auto &v : versions) {
-        SCOPED_TRACE(v.shortVersion.value_or(u"none"_qs).toStdString());
+        SCOPED_TRACE(v.shortVersion.value_or(u"none"_s).toStdString());
         install(v.shortVersion);
         EXPECT_EQ(QFAppleEvents::finalCutProVersionString(), v.shortVersion.value_or(QString()));
         EXPECT_EQ(QFAppleEvents::finalCutProMajorVersion(), v.major);
         EXPECT_EQ(QFAppleEvents::maximumXMEMLVersion(), v.xmeml);
     }
     // Before version 7, sequences come from the whole project.
-    install(u"6.0.6"_qs);
+    install(u"6.0.6"_s);
     EXPECT_EQ(QFAppleEvents::sequencesInProject(project)->sequences.size(), 1);
     EXPECT_EQ(editor.eventIDs().last(), fourCharCode("eXML"));
     // A one-component version is logged, not fatal.
     EXPECT_TRUE(log().contains(u"+[QFAppleEvents maximumXMEMLVersion]")) << log().toStdString();
 
-    editor.applicationPath = home.filePath(u"missing.app"_qs); // none installed: version 7
+    editor.applicationPath = home.filePath(u"missing.app"_s); // none installed: version 7
     EXPECT_EQ(QFAppleEvents::finalCutProVersionString(), u"7.0");
     EXPECT_EQ(QFAppleEvents::maximumXMEMLVersion(), 5);
 }
 
 TEST(QFAppleEvents, EscapingDataAndUuids)
 {
-    EXPECT_EQ(QFAppleEvents::escapeCharactersInXMLString(u"Caf\u00e9\r\n"_qs), u"Caf&#233;&#13;\n");
+    EXPECT_EQ(QFAppleEvents::escapeCharactersInXMLString(u"Caf\u00e9\r\n"_s), u"Caf&#233;&#13;\n");
     EXPECT_EQ(
         QFAppleEvents::escapeCharactersInXMLString(QString::fromUcs4(U"\U0001F3AC\U0001D11E")),
         u"&#127916;&#119070;");
-    const QString high = QString(QChar(128)) + QChar(159) + u"<&>"_qs;
+    const QString high = QString(QChar(128)) + QChar(159) + u"<&>"_s;
     EXPECT_EQ(QFAppleEvents::escapeCharactersInXMLString(high), high);
     EXPECT_TRUE(QFAppleEvents::escapeCharactersInXMLString(QString()).isNull());
     // The UTF-8 form gives the bytes of the UTF-16 one, for malformed input too.
@@ -409,9 +408,8 @@ TEST(QFAppleEvents, EscapingDataAndUuids)
     EXPECT_EQ(QFAppleEvents::formatData(QByteArray()), QByteArray());
 
     const QString uuid = QFAppleEvents::generateUUID();
-    EXPECT_TRUE(QRegularExpression(u"^[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}$"_qs)
-                    .match(uuid)
-                    .hasMatch())
+    EXPECT_TRUE(
+        QRegularExpression(u"^[0-9A-F]{8}(-[0-9A-F]{4}){3}-[0-9A-F]{12}$"_s).match(uuid).hasMatch())
         << uuid.toStdString();
     EXPECT_NE(uuid, QFAppleEvents::generateUUID());
 }
@@ -421,20 +419,20 @@ TEST(QFAppleEvents, WithoutAnEditorNothingIsSent)
     // The platform transport and workspace: no Final Cut Pro 7 runs here.
     EXPECT_FALSE(QFAppleEvents::isFCPRunning());
     EXPECT_EQ(QFAppleEvents::listOfOpenFCPProjects(), std::nullopt);
-    EXPECT_FALSE(QFAppleEvents::sendXMLToFCP(u"<x/>"_qs, QString()));
+    EXPECT_FALSE(QFAppleEvents::sendXMLToFCP(u"<x/>"_s, QString()));
 }
 
 TEST(AEFileReference, FollowsTheFileNotTheName)
 {
     TempHome home;
-    const QString path = home.filePath(u"a b.fcp"_qs);
+    const QString path = home.filePath(u"a b.fcp"_s);
     EXPECT_FALSE(AEFileReference::fromPath(path));
     TempHome::write(path, "x");
     const std::optional<QByteArray> reference = AEFileReference::fromPath(path);
     ASSERT_TRUE(reference);
     EXPECT_EQ(reference->size(), 80);
     EXPECT_EQ(AEFileReference::toPath(*reference), path);
-    ASSERT_TRUE(QFile::rename(path, path + u".moved"_qs));
+    ASSERT_TRUE(QFile::rename(path, path + u".moved"_s));
     TempHome::write(path, "another file under the old name");
     EXPECT_FALSE(AEFileReference::toPath(*reference));
 }

@@ -37,7 +37,7 @@ const QByteArray markerList = "#\tTrack\tName\tComment\tStart\tDuration\tColor\n
 /// The alert an outcome ends with: "message / informative text", or nothing.
 QString alertOf(const ImportOutcome &outcome)
 {
-    return outcome.hasAlert() ? outcome.messageText + u" / "_qs + outcome.informativeText
+    return outcome.hasAlert() ? outcome.messageText + u" / "_s + outcome.informativeText
                               : QString();
 }
 
@@ -52,7 +52,7 @@ public:
         return FCP7Import::startProcessingWithSettings(kind, markers, s);
     }
 
-    ImportSettings settings(const QString &target, std::optional<QString> uuid = u"U-1"_qs)
+    ImportSettings settings(const QString &target, std::optional<QString> uuid = u"U-1"_s)
     {
         ImportSettings s;
         s.filename = target;
@@ -63,8 +63,8 @@ public:
 
 TEST_F(ImportTest, LogsEveryStepAndImportsARecordWithExtraColumns)
 {
-    const ImportOutcome outcome = import(home.file(u"markers.txt"_qs, markerList),
-                                         settings(home.file(u"cut.xml"_qs, project)));
+    const ImportOutcome outcome =
+        import(home.file(u"markers.txt"_s, markerList), settings(home.file(u"cut.xml"_s, project)));
     EXPECT_EQ(outcome.messageText, u"Markers successfully imported");
     const QString text = log();
     qsizetype at = 0;
@@ -93,38 +93,36 @@ TEST_F(ImportTest, SilentAndFailingEndsLeaveTheTargetAsItWas)
          "Sequence UUID: (null)"},
         {"OnlyAHeader",
          [this](QString &markers, ImportSettings &) {
-             markers = home.file(u"h.txt"_qs, "#\tT\tName\tC\tS\tD\tColour\n\n");
+             markers = home.file(u"h.txt"_s, "#\tT\tName\tC\tS\tD\tColour\n\n");
          },
          "", "Line count: 3"},
         {"NoLineGivesAMarker",
          [this](QString &markers, ImportSettings &) {
-             markers = home.file(u"bad.txt"_qs, "#\tT\tName\tC\tS\tD\tColour\n"
-                                                "1\tV1\tA\tB\t00:00:11\t00:00:00:00\tRed\n");
+             markers = home.file(u"bad.txt"_s, "#\tT\tName\tC\tS\tD\tColour\n"
+                                               "1\tV1\tA\tB\t00:00:11\t00:00:00:00\tRed\n");
          },
          "Nothing imported", "Line 2 skipped: start timecode \"00:00:11\" is not HH:MM:SS:FF"},
         {"MissingMarkerList",
-         [](QString &markers, ImportSettings &) { markers = u"/nonexistent/markers.txt"_qs; },
+         [](QString &markers, ImportSettings &) { markers = u"/nonexistent/markers.txt"_s; },
          "Unable to read marker list", "Error: unable to load marker list"},
         {"MarkerListTooLarge",
          [this](QString &markers, ImportSettings &) {
-             markers = home.file(u"huge.txt"_qs, markerList);
+             markers = home.file(u"huge.txt"_s, markerList);
              QFile(markers).resize(17 * 1024 * 1024);
          },
          "Unable to read marker list", "Line count: 0"},
         {"NotXml",
          [this](QString &, ImportSettings &s) {
-             s.filename = home.file(u"junk.xml"_qs, "\x89PNG\r\n\x1a\n\0\0");
+             s.filename = home.file(u"junk.xml"_s, "\x89PNG\r\n\x1a\n\0\0");
          },
          "Unable to find the sequence", "Unable to parse XML"},
         {"UnwritableOutput",
-         [](QString &, ImportSettings &s) {
-             s.outputPath = u"/proc/cuebridge-cannot-write.xml"_qs;
-         },
+         [](QString &, ImportSettings &s) { s.outputPath = u"/proc/cuebridge-cannot-write.xml"_s; },
          "Failed to write marker data to disk.", "Marker out pos: 375"}};
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
-        QString markers = home.file(u"markers.txt"_qs, markerList);
-        ImportSettings s = settings(home.file(u"cut.xml"_qs, project));
+        QString markers = home.file(u"markers.txt"_s, markerList);
+        ImportSettings s = settings(home.file(u"cut.xml"_s, project));
         c.arrange(markers, s);
         const QByteArray before = TempHome::read(s.filename);
         const qsizetype loggedBefore = log().size();
@@ -172,9 +170,9 @@ TEST_F(ImportTest, EveryLineIsWrittenIntoTheChosenSequenceOrSkippedWithItsReason
     QByteArray list;
     for (const auto &line : lines)
         list += QByteArray(line.line) + "\r\n";
-    const QString target = home.file(u"two.xml"_qs, twoSequences);
+    const QString target = home.file(u"two.xml"_s, twoSequences);
     const ImportOutcome outcome =
-        import(home.file(u"markers.txt"_qs, list), settings(target, u"U-2"_qs));
+        import(home.file(u"markers.txt"_s, list), settings(target, u"U-2"_s));
 
     const ImportReport &report = outcome.report;
     EXPECT_TRUE(report.accountsForEveryLine());
@@ -201,7 +199,7 @@ TEST_F(ImportTest, EveryLineIsWrittenIntoTheChosenSequenceOrSkippedWithItsReason
     const auto markersOf = [&doc](const char *id) {
         return doc->rootElement()
             .nodesForXPath(
-                u"project/children/sequence[@id='%1']/marker/name"_qs.arg(QLatin1StringView(id)))
+                u"project/children/sequence[@id='%1']/marker/name"_s.arg(QLatin1StringView(id)))
             .size();
     };
     EXPECT_EQ(markersOf("first"), 0);
@@ -209,30 +207,30 @@ TEST_F(ImportTest, EveryLineIsWrittenIntoTheChosenSequenceOrSkippedWithItsReason
     // 01:00:10;00 at 29.97 drop frame is frame 107892 + 300, and green is Green.
     const XmlNode first =
         doc->rootElement()
-            .nodesForXPath(u"project/children/sequence[@id='second-Cuebridge']/marker"_qs)
+            .nodesForXPath(u"project/children/sequence[@id='second-Cuebridge']/marker"_s)
             .value(0);
-    EXPECT_EQ(first.nodesForXPath(u"in"_qs).value(0).stringValue(), u"300");
-    EXPECT_EQ(first.nodesForXPath(u"color/green"_qs).value(0).stringValue(), u"191");
+    EXPECT_EQ(first.nodesForXPath(u"in"_s).value(0).stringValue(), u"300");
+    EXPECT_EQ(first.nodesForXPath(u"color/green"_s).value(0).stringValue(), u"191");
 }
 
 TEST_F(ImportTest, AListWithoutHeaderOrAFileChangedMeanwhileIsNotTakenForSuccess)
 {
-    const QString target = home.file(u"two.xml"_qs, twoSequences);
+    const QString target = home.file(u"two.xml"_s, twoSequences);
     // A sequence without a uuid is chosen by its path.
-    ImportSettings byPath = settings(target, u"/xmeml/project/children/sequence[3]"_qs);
+    ImportSettings byPath = settings(target, u"/xmeml/project/children/sequence[3]"_s);
     const ImportOutcome partly =
-        import(home.file(u"markers.txt"_qs, "1\tV1\tA\t\t00:00:01:00\t00:00:00:00\tRed\n"
-                                            "2\tV1\tB\t\t00:00:02:00\t00:00:00:00\tRed\n"),
+        import(home.file(u"markers.txt"_s, "1\tV1\tA\t\t00:00:01:00\t00:00:00:00\tRed\n"
+                                           "2\tV1\tB\t\t00:00:02:00\t00:00:00:00\tRed\n"),
                byPath);
     EXPECT_EQ(partly.status, ImportOutcome::Status::SomeMarkersFailed);
     EXPECT_EQ(partly.report.lineTexts(),
-              QStringList(u"Line 1: line 1 holds a marker, not a column header: skipped"_qs));
+              QStringList(u"Line 1: line 1 holds a marker, not a column header: skipped"_s));
     EXPECT_TRUE(TempHome::read(target).contains("<sequence id=\"Exported-Cuebridge\">"));
 
     // Another import replaces the file after this one read it: its markers stay. The
     // list is a pipe, so this import waits on it after reading the target.
-    const QString changed = home.file(u"changed.xml"_qs, project);
-    const QString pipe = home.filePath(u"markers.fifo"_qs);
+    const QString changed = home.file(u"changed.xml"_s, project);
+    const QString pipe = home.filePath(u"markers.fifo"_s);
     ASSERT_EQ(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
     auto running = std::async(std::launch::async, [&] { return import(pipe, settings(changed)); });
     QFile list(pipe);
@@ -273,13 +271,13 @@ struct EscapeCase
 TEST(EscapeUserInputForXML, EscapesOnceAndStripsOnRequest)
 {
     const EscapeCase cases[] = {
-        {u"Tom & Jerry’s <cut>"_qs, true, u"Tom &amp; Jerry&apos;s &lt;cut&gt;"_qs},
-        {u"“quoted” ‘single’ \"plain\""_qs, true,
-         u"&quot;quoted&quot; &apos;single&apos; &quot;plain&quot;"_qs},
-        {u"A &amp; B &lt; C"_qs, true, u"A &amp; B &amp;lt; C"_qs},
-        {u" \ttwo\r\nlines\t "_qs, true, u"twolines"_qs},
-        {u" \ttwo\r\nlines\t "_qs, false, u" \ttwolines\t "_qs},
-        {u"é"_qs, true, u"é"_qs},
+        {u"Tom & Jerry’s <cut>"_s, true, u"Tom &amp; Jerry&apos;s &lt;cut&gt;"_s},
+        {u"“quoted” ‘single’ \"plain\""_s, true,
+         u"&quot;quoted&quot; &apos;single&apos; &quot;plain&quot;"_s},
+        {u"A &amp; B &lt; C"_s, true, u"A &amp; B &amp;lt; C"_s},
+        {u" \ttwo\r\nlines\t "_s, true, u"twolines"_s},
+        {u" \ttwo\r\nlines\t "_s, false, u" \ttwolines\t "_s},
+        {u"é"_s, true, u"é"_s},
     };
     for (const EscapeCase &c : cases)
         EXPECT_EQ(UserTextEscaping::escapeUserInputForXML(c.input, c.strip), c.escaped)
@@ -289,14 +287,14 @@ TEST(EscapeUserInputForXML, EscapesOnceAndStripsOnRequest)
 TEST(ImportSettings, DictionaryKeysAndOffsetUnits)
 {
     ImportSettings s;
-    s.filename = u"/a/b.xml"_qs;
+    s.filename = u"/a/b.xml"_s;
     s.clearExistingMarkers = true;
     s.frameOffset = -2;
     s.frameOffsetUnit = OffsetUnit::Seconds;
-    s.uuid = u"U"_qs;
+    s.uuid = u"U"_s;
     const QVariantMap map = s.toVariantMap();
-    EXPECT_EQ(map.keys(), QStringList({u"clearExistingMarkers"_qs, u"filename"_qs,
-                                       u"frameOffset"_qs, u"frameOffsetUnitIndex"_qs, u"uuid"_qs}));
+    EXPECT_EQ(map.keys(), QStringList({u"clearExistingMarkers"_s, u"filename"_s, u"frameOffset"_s,
+                                       u"frameOffsetUnitIndex"_s, u"uuid"_s}));
     const ImportSettings back = ImportSettings::fromVariantMap(map);
     EXPECT_EQ(back.toVariantMap(), map);
     EXPECT_FALSE(back.sequenceXPath);
@@ -315,10 +313,10 @@ protected:
     void SetUp() override
     {
         ImportTest::SetUp();
-        projectPath = home.file(u"Review.fcp"_qs, "FCP project");
+        projectPath = home.file(u"Review.fcp"_s, "FCP project");
         SimulatedFinalCutPro::Project contents;
         QByteArray item = project;
-        contents.items.insert(u"U-1"_qs, item.replace("<xmeml version=\"5\">", "<xmeml>"));
+        contents.items.insert(u"U-1"_s, item.replace("<xmeml version=\"5\">", "<xmeml>"));
         editor.projects.insert(projectPath, contents);
         editor.openProjects << projectPath;
     }
@@ -329,7 +327,7 @@ protected:
 TEST_F(LiveImport, SendsTheSequenceBackInABinAndOpensItsNewUuid)
 {
     const ImportOutcome outcome =
-        import(home.file(u"markers.txt"_qs, markerList), settings(projectPath), {});
+        import(home.file(u"markers.txt"_s, markerList), settings(projectPath), {});
     EXPECT_EQ(alertOf(outcome), u"Markers successfully imported / The markers were imported into "
                                 u"a copy of the sequence inside the Imported Markers bin.");
     ASSERT_EQ(editor.imported.size(), 1);
@@ -340,17 +338,17 @@ TEST_F(LiveImport, SendsTheSequenceBackInABinAndOpensItsNewUuid)
     EXPECT_TRUE(sent.startsWith(head)) << sent.toStdString();
     const auto doc = XmlDocument::fromBytes(editor.imported.first());
     ASSERT_TRUE(doc);
-    const XmlNode sequence = doc->rootElement().nodesForXPath(u"bin/children/sequence"_qs).value(0);
-    EXPECT_EQ(sequence.nodesForXPath(u"marker/in"_qs).value(1).stringValue(), u"250");
+    const XmlNode sequence = doc->rootElement().nodesForXPath(u"bin/children/sequence"_s).value(0);
+    EXPECT_EQ(sequence.nodesForXPath(u"marker/in"_s).value(1).stringValue(), u"250");
     EXPECT_EQ(editor.openedItems,
-              QStringList(sequence.nodesForXPath(u"uuid"_qs).value(0).stringValue()));
+              QStringList(sequence.nodesForXPath(u"uuid"_s).value(0).stringValue()));
     EXPECT_NE(editor.openedItems.value(0), u"U-1");
 }
 
 TEST_F(LiveImport, FailuresOfTheEditorAreReported)
 {
-    const QString markers = home.file(u"markers.txt"_qs, markerList);
-    EXPECT_EQ(alertOf(import(markers, settings(projectPath, u"U-2"_qs), {})),
+    const QString markers = home.file(u"markers.txt"_s, markerList);
+    EXPECT_EQ(alertOf(import(markers, settings(projectPath, u"U-2"_s), {})),
               u"Unable to get data for UUID U-2 / Cuebridge has been aborted.");
 
     editor.fault = [](const AppleEvent &event) -> std::optional<AESendResult> {

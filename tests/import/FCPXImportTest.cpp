@@ -17,11 +17,11 @@
 
 namespace {
 
-const QString sequencePath = u"/fcpxml/library/event/project/sequence"_qs;
+const QString sequencePath = u"/fcpxml/library/event/project/sequence"_s;
 
 /// A library-form document (FCPXML 1.8) with the spine's content given.
-QByteArray library(const QString &spine, const QString &frameDuration = u"100/2500s"_qs,
-                   const QString &tcFormat = u"tcFormat=\"NDF\""_qs)
+QByteArray library(const QString &spine, const QString &frameDuration = u"100/2500s"_s,
+                   const QString &tcFormat = u"tcFormat=\"NDF\""_s)
 {
     return uR"(<?xml version="1.0" encoding="UTF-8"?>
 <!DOCTYPE fcpxml>
@@ -43,7 +43,7 @@ QByteArray library(const QString &spine, const QString &frameDuration = u"100/25
     </event>
   </library>
 </fcpxml>
-)"_qs.arg(frameDuration, spine, tcFormat)
+)"_s.arg(frameDuration, spine, tcFormat)
         .toUtf8();
 }
 
@@ -52,12 +52,12 @@ QByteArray library(const QString &spine, const QString &frameDuration = u"100/25
 const QString fourClips = uR"(<asset-clip name="A" ref="r2" offset="0s" duration="10s" format="r1"/>
        <asset-clip name="B" ref="r2" offset="10s" start="3600s" duration="10s" format="r1"/>
        <gap name="G" offset="20s" duration="5s"/>
-       <title name="T" ref="r3" offset="25s" duration="5s"/>)"_qs;
+       <title name="T" ref="r3" offset="25s" duration="5s"/>)"_s;
 
 /// The alert an outcome ends with: "message / informative text", or nothing.
 QString alertOf(const ImportOutcome &outcome)
 {
-    return outcome.hasAlert() ? outcome.messageText + u" / "_qs + outcome.informativeText
+    return outcome.hasAlert() ? outcome.messageText + u" / "_s + outcome.informativeText
                               : QString();
 }
 
@@ -83,10 +83,10 @@ protected:
     QString importInto(const QByteArray &document, const QByteArray &markers,
                        const Adjust &adjust = {})
     {
-        const QString list = home.file(u"markers.txt"_qs, markers);
+        const QString list = home.file(u"markers.txt"_s, markers);
         TargetKind kind{.isFCPX = true, .isXMLFile = true};
         ImportSettings settings;
-        settings.filename = home.file(u"cut.fcpxml"_qs, document);
+        settings.filename = home.file(u"cut.fcpxml"_s, document);
         settings.sequenceXPath = sequencePath;
         if (adjust)
             adjust(settings, kind);
@@ -97,7 +97,7 @@ protected:
         output.clear();
         if (!result.isNull()) {
             output =
-                TempHome::read(QFileInfo(result).isDir() ? result + u"/Info.fcpxml"_qs : result);
+                TempHome::read(QFileInfo(result).isDir() ? result + u"/Info.fcpxml"_s : result);
             if (checkDtd && !before.isEmpty() && FcpxmlDtd::problems(before).isEmpty()) {
                 EXPECT_EQ(FcpxmlDtd::problems(output), QString()) << output.toStdString();
             }
@@ -114,13 +114,13 @@ protected:
         if (!document)
             return found;
         for (const XmlNode &marker :
-             QFXMLParser::nodesForQuery(u"//marker"_qs, document->rootElement())) {
+             QFXMLParser::nodesForQuery(u"//marker"_s, document->rootElement())) {
             const auto attribute = [&marker](const char *name) {
                 return marker.attributeForName(QLatin1StringView(name)).stringValue();
             };
-            found << u"%1 %2 %3%4"_qs.arg(
-                marker.parent().attributeForName(u"name"_qs).stringValue(), attribute("start"),
-                attribute("value"), attribute("completed") == u"0" ? u" todo"_qs : u""_qs);
+            found << u"%1 %2 %3%4"_s.arg(marker.parent().attributeForName(u"name"_s).stringValue(),
+                                         attribute("start"), attribute("value"),
+                                         attribute("completed") == u"0" ? u" todo"_s : u""_s);
         }
         return found;
     }
@@ -129,11 +129,11 @@ protected:
     QStringList children(const QString &clipName) const
     {
         const auto document = XmlDocument::fromBytes(output);
-        const XmlNode clip = QFXMLParser::nodeForQuery(u"//*[@name=\"%1\"]"_qs.arg(clipName),
+        const XmlNode clip = QFXMLParser::nodeForQuery(u"//*[@name=\"%1\"]"_s.arg(clipName),
                                                        document->rootElement());
         QStringList names;
         for (XmlNode child = clip.childAt(0); child; child = child.nextSibling())
-            names << (child.name() == u"marker" ? child.attributeForName(u"value"_qs).stringValue()
+            names << (child.name() == u"marker" ? child.attributeForName(u"value"_s).stringValue()
                                                 : child.name());
         return names;
     }
@@ -178,34 +178,34 @@ TEST_F(FCPXImportTest, MarkersLandOnTheClipUnderThePositionInItsOwnTime)
                      {"g", "", "00:00:21:00"},
                      {"t", "", "00:00:29:24"}}),
          {},
-         {u"A 0/2500s a"_qs, u"B 9000000/2500s cut"_qs, u"B 9005000/2500s b"_qs,
-          u"G 2500/2500s g"_qs, u"T 12400/2500s t"_qs}},
+         {u"A 0/2500s a"_s, u"B 9000000/2500s cut"_s, u"B 9005000/2500s b"_s, u"G 2500/2500s g"_s,
+          u"T 12400/2500s t"_s}},
         {"ANegativePositionClampsToZero",
          markerList({{"early", "", "00:00:01:00"}}),
          offset(-100),
-         {u"A 0/2500s early"_qs}},
+         {u"A 0/2500s early"_s}},
         {"OffsetInSeconds",
          markerList({{"s", "", "00:00:01:00"}}),
          offset(2, 1),
-         {u"A 7500/2500s s"_qs}},
+         {u"A 7500/2500s s"_s}},
         // Past the end of the last clip, or of everything: logged, and the rest sent.
         {"AtTheEndOfTheLastClipNone",
          markerList(
              {{"in", "", "00:00:01:00"}, {"end", "", "00:00:30:00"}, {"late", "", "01:00:00:00"}}),
          {},
-         {u"A 2500/2500s in"_qs},
+         {u"A 2500/2500s in"_s},
          false},
         {"ToDoMarkersAndValues",
          markerList({{"a", "b", "00:00:01:00"}, {"Tom & Jerry", "", "00:00:02:00"}}),
          [](ImportSettings &s, TargetKind &) { s.todoMarkersEnabled = true; },
-         {u"A 2500/2500s a -  b todo"_qs, u"A 5000/2500s Tom & Jerry todo"_qs}},
+         {u"A 2500/2500s a -  b todo"_s, u"A 5000/2500s Tom & Jerry todo"_s}},
         {"AnEventClipAlone",
          markerList({{"e", "", "00:00:05:00"}, {"past", "", "00:01:00:00"}}),
          [](ImportSettings &s, TargetKind &kind) {
-             s.sequenceXPath = u"/fcpxml/library/event/asset-clip"_qs;
+             s.sequenceXPath = u"/fcpxml/library/event/asset-clip"_s;
              kind.isEvent = true;
          },
-         {u"Event clip 12500/2500s e"_qs},
+         {u"Event clip 12500/2500s e"_s},
          false}};
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
@@ -215,7 +215,7 @@ TEST_F(FCPXImportTest, MarkersLandOnTheClipUnderThePositionInItsOwnTime)
         const QString alert = alertOf(outcome);
         if (c.allPlaced)
             EXPECT_EQ(alert, u"Markers successfully imported / A copy of your project was sent to "
-                             u"Final Cut Pro."_qs);
+                             u"Final Cut Pro."_s);
         else
             EXPECT_TRUE(alert.startsWith(u"Some markers failed to import / 1 marker imported") &&
                         alert.contains(u"outside every clip: ") &&
@@ -239,7 +239,7 @@ TEST_F(FCPXImportTest, AMarkerOnACutLandsInTheLaterClipAtEveryRate)
         for (int clip = 0; clip < 60; ++clip) {
             const qint64 length = 24 + (clip * 37) % 113; // frames
             spine += u"<asset-clip name=\"C%1\" ref=\"r2\" offset=\"%2/%3s\" "
-                     u"duration=\"%4/%3s\" format=\"r1\"/>"_qs.arg(clip)
+                     u"duration=\"%4/%3s\" format=\"r1\"/>"_s.arg(clip)
                          .arg(cut * frameDuration)
                          .arg(timebase)
                          .arg(length * frameDuration);
@@ -252,34 +252,34 @@ TEST_F(FCPXImportTest, AMarkerOnACutLandsInTheLaterClipAtEveryRate)
                         .toUtf8();
             cut += length;
         }
-        importInto(library(spine, u"%1/%2s"_qs.arg(frameDuration).arg(timebase)), list);
+        importInto(library(spine, u"%1/%2s"_s.arg(frameDuration).arg(timebase)), list);
         const QStringList placed = markers();
         ASSERT_EQ(placed.size(), 60) << alertOf(outcome).toStdString();
         for (int clip = 0; clip < 60; ++clip)
-            EXPECT_EQ(placed[clip], u"C%1 0/%2s C%1"_qs.arg(clip).arg(timebase));
+            EXPECT_EQ(placed[clip], u"C%1 0/%2s C%1"_s.arg(clip).arg(timebase));
     }
 }
 
 TEST_F(FCPXImportTest, At2997OnlyDFReadsTimecodesAsDropFrameAndOffsetsCountWholeFrames)
 {
     const QString clip = u"<asset-clip name=\"A\" ref=\"r2\" offset=\"0s\" duration=\"300s\" "
-                         u"format=\"r1\"/>"_qs;
+                         u"format=\"r1\"/>"_s;
     const struct
     {
         QString tcFormat;
         const char *start;
         Adjust adjust;
         QString expected;
-    } cases[] = {{u"tcFormat=\"DF\""_qs, "00:01:00;02", {}, u"1801800/30000s"_qs},
-                 {u"tcFormat=\"NDF\""_qs, "00:01:00;02", {}, u"1803802/30000s"_qs},
-                 {u"tcFormat=\"df\""_qs, "00:01:00;02", {}, u"1803802/30000s"_qs},
-                 {u""_qs, "00:01:00;02", {}, u"1803802/30000s"_qs},
+    } cases[] = {{u"tcFormat=\"DF\""_s, "00:01:00;02", {}, u"1801800/30000s"_s},
+                 {u"tcFormat=\"NDF\""_s, "00:01:00;02", {}, u"1803802/30000s"_s},
+                 {u"tcFormat=\"df\""_s, "00:01:00;02", {}, u"1803802/30000s"_s},
+                 {u""_s, "00:01:00;02", {}, u"1803802/30000s"_s},
                  // Two minutes of offset are 3600 frames.
-                 {u""_qs, "00:00:00:00", offset(2, 2), u"3603600/30000s"_qs}};
+                 {u""_s, "00:00:00:00", offset(2, 2), u"3603600/30000s"_s}};
     for (const auto &c : cases) {
-        importInto(library(clip, u"1001/30000s"_qs, c.tcFormat), markerList({{"m", "", c.start}}),
+        importInto(library(clip, u"1001/30000s"_s, c.tcFormat), markerList({{"m", "", c.start}}),
                    c.adjust);
-        EXPECT_EQ(markers(), QStringList{u"A "_qs + c.expected + u" m"_qs})
+        EXPECT_EQ(markers(), QStringList{u"A "_s + c.expected + u" m"_s})
             << c.tcFormat.toStdString();
     }
     EXPECT_TRUE(log().contains(u"Marker start pos: 3600"));
@@ -295,15 +295,15 @@ TEST_F(FCPXImportTest, ATransitionTargetTakesTheTimelineFrameAsSecondsAfterItsFi
              <filter-video ref="r4" name="Cross Dissolve"/>
              <filter-audio ref="r4" name="Audio Crossfade"/>
            </transition>
-           <asset-clip name="B" ref="r2" offset="10s" duration="10s" format="r1"/>)"_qs);
+           <asset-clip name="B" ref="r2" offset="10s" duration="10s" format="r1"/>)"_s);
     importInto(document, markerList({{"x", "", "00:00:09:10"}}),
                [](ImportSettings &s, TargetKind &kind) {
-                   s.sequenceXPath = sequencePath + u"/spine/transition"_qs;
+                   s.sequenceXPath = sequencePath + u"/spine/transition"_s;
                    kind.isEvent = true;
                });
     // Frame 235 of the timeline, scaled by the frame rate, is 235 s.
-    EXPECT_EQ(markers(), QStringList{u"X 587500/2500s x"_qs}) << alertOf(outcome).toStdString();
-    EXPECT_EQ(children(u"X"_qs), (QStringList{u"filter-video"_qs, u"filter-audio"_qs, u"x"_qs}));
+    EXPECT_EQ(markers(), QStringList{u"X 587500/2500s x"_s}) << alertOf(outcome).toStdString();
+    EXPECT_EQ(children(u"X"_s), (QStringList{u"filter-video"_s, u"filter-audio"_s, u"x"_s}));
     EXPECT_TRUE(log().contains(u"orig marker start pos: 235.000000"));
 }
 
@@ -317,44 +317,44 @@ TEST_F(FCPXImportTest, InsertionsFollowTheElementOrderOfTheFormat)
         QString clip; ///< an element named "C" spanning the first 10 s of the spine
         QStringList children;
     } cases[] = {{"AnEmptyClipInListOrder",
-                  u"<asset-clip name=\"C\" ref=\"r2\" offset=\"0s\" duration=\"10s\"/>"_qs,
-                  {u"1"_qs, u"2"_qs}},
+                  u"<asset-clip name=\"C\" ref=\"r2\" offset=\"0s\" duration=\"10s\"/>"_s,
+                  {u"1"_s, u"2"_s}},
                  {"BeforeKeywordsFiltersAndMetadata",
                   uR"(<asset-clip name="C" ref="r2" offset="0s" duration="10s">
                         <keyword start="0s" duration="10s" value="Interview"/>
                         <filter-video ref="r4" name="Look"/>
                         <metadata><md key="com.apple.proapps.studio.reel" value="A001"/></metadata>
-                      </asset-clip>)"_qs,
-                  {u"1"_qs, u"2"_qs, u"keyword"_qs, u"filter-video"_qs, u"metadata"_qs}},
+                      </asset-clip>)"_s,
+                  {u"1"_s, u"2"_s, u"keyword"_s, u"filter-video"_s, u"metadata"_s}},
                  {"AfterConnectedClipsInReverseOrder",
                   uR"(<asset-clip name="C" ref="r2" offset="0s" duration="10s">
                         <asset-clip name="Connected" lane="1" ref="r2" offset="1s" duration="2s"/>
                         <marker start="5s" duration="100/2500s" value="old"/>
                         <rating start="0s" duration="10s" value="favorite"/>
-                      </asset-clip>)"_qs,
-                  {u"asset-clip"_qs, u"2"_qs, u"1"_qs, u"old"_qs, u"rating"_qs}},
+                      </asset-clip>)"_s,
+                  {u"asset-clip"_s, u"2"_s, u"1"_s, u"old"_s, u"rating"_s}},
                  {"AfterTheVideoOfAClip",
                   uR"(<clip name="C" offset="0s" duration="10s">
                         <video ref="r2" offset="0s" duration="10s"/>
                         <filter-video ref="r4" name="Look"/>
-                      </clip>)"_qs,
-                  {u"video"_qs, u"2"_qs, u"1"_qs, u"filter-video"_qs}},
+                      </clip>)"_s,
+                  {u"video"_s, u"2"_s, u"1"_s, u"filter-video"_s}},
                  {"AfterAdjustmentsOfLaterVersions",
                   uR"(<asset-clip name="C" ref="r2" offset="0s" duration="10s">
                         <conform-rate srcFrameRate="25"/>
                         <adjust-crop mode="trim"><trim-rect left="1"/></adjust-crop>
-                      </asset-clip>)"_qs,
-                  {u"conform-rate"_qs, u"adjust-crop"_qs, u"2"_qs, u"1"_qs}},
+                      </asset-clip>)"_s,
+                  {u"conform-rate"_s, u"adjust-crop"_s, u"2"_s, u"1"_s}},
                  {"BeforeTheRoleSourcesOfARefClip",
                   uR"(<ref-clip name="C" ref="r2" offset="0s" duration="10s">
                         <audio-role-source role="dialogue"/>
-                      </ref-clip>)"_qs,
-                  {u"1"_qs, u"2"_qs, u"audio-role-source"_qs}}};
+                      </ref-clip>)"_s,
+                  {u"1"_s, u"2"_s, u"audio-role-source"_s}}};
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
         importInto(library(c.clip),
                    markerList({{"1", "", "00:00:01:00"}, {"2", "", "00:00:02:00"}}));
-        EXPECT_EQ(children(u"C"_qs), c.children);
+        EXPECT_EQ(children(u"C"_s), c.children);
     }
 }
 
@@ -380,12 +380,12 @@ TEST_F(FCPXImportTest, ClearingRemovesNestedMarkersButNotChapterMarkers)
              </spine>
              <marker start="1s" duration="100/2500s" value="old"/>
              <chapter-marker start="3s" duration="100/2500s" value="Chapter"/>
-           </clip>)"_qs);
+           </clip>)"_s);
     importInto(document, markerList({{"new", "", "00:00:01:00"}}),
                [](ImportSettings &s, TargetKind &) { s.clearExistingMarkers = true; });
-    EXPECT_EQ(markers(), QStringList{u"C 2500/2500s new"_qs});
-    EXPECT_EQ(children(u"C"_qs),
-              (QStringList{u"video"_qs, u"spine"_qs, u"new"_qs, u"chapter-marker"_qs}));
+    EXPECT_EQ(markers(), QStringList{u"C 2500/2500s new"_s});
+    EXPECT_EQ(children(u"C"_s),
+              (QStringList{u"video"_s, u"spine"_s, u"new"_s, u"chapter-marker"_s}));
 }
 
 // --- Output and hand-off ------------------------------------------------------------
@@ -396,34 +396,34 @@ TEST_F(FCPXImportTest, AProjectIsSentRenamedAsANewFileAndTheUsersFileIsKept)
         TempHome::read(QStringLiteral(CUEBRIDGE_TEST_DATA "/project.fcpxml"));
     const QString path = importInto(
         project, markerList({{"m", "", "00:00:01:00"}}),
-        [](ImportSettings &s, TargetKind &) { s.sequenceXPath = u"/fcpxml/project/sequence"_qs; });
+        [](ImportSettings &s, TargetKind &) { s.sequenceXPath = u"/fcpxml/project/sequence"_s; });
     ASSERT_TRUE(path.endsWith(u".fcpxml"));
     EXPECT_EQ(QFileInfo(path).path(), home.tempPath());
     EXPECT_TRUE(output.contains("<project name=\"Cut 3-Cuebridge\""));
     EXPECT_TRUE(output.contains("uid=\"5A1E7C2D-0000-4000-8000-000000000002\""));
     EXPECT_EQ(workspace.opened(),
-              QStringList{path + u" with 'com.apple.FinalCut', asynchronously"_qs});
+              QStringList{path + u" with 'com.apple.FinalCut', asynchronously"_s});
     EXPECT_EQ(outcome.messageText, u"Markers successfully imported");
-    EXPECT_TRUE(log().contains(u"Writing data to temp file %1..."_qs.arg(path)));
+    EXPECT_TRUE(log().contains(u"Writing data to temp file %1..."_s.arg(path)));
 }
 
 TEST_F(FCPXImportTest, ABundleGivesANewBundleHoldingOnlyInfoFcpxml)
 {
-    const QString bundle = QDir(home.path()).filePath(u"Cut.fcpxmld"_qs);
-    home.file(u"Cut.fcpxmld/b.fcpxml"_qs, "not even XML");
-    home.file(u"Cut.fcpxmld/a.fcpxml"_qs, library(fourClips));
-    home.file(u"Cut.fcpxmld/Assets/notes.txt"_qs, "kept out");
+    const QString bundle = QDir(home.path()).filePath(u"Cut.fcpxmld"_s);
+    home.file(u"Cut.fcpxmld/b.fcpxml"_s, "not even XML");
+    home.file(u"Cut.fcpxmld/a.fcpxml"_s, library(fourClips));
+    home.file(u"Cut.fcpxmld/Assets/notes.txt"_s, "kept out");
     const QString path =
         importInto(library(fourClips), markerList({{"m", "", "00:00:01:00"}}),
                    [&bundle](ImportSettings &s, TargetKind &) { s.filename = bundle; });
 
     ASSERT_TRUE(path.endsWith(u".fcpxmld")) << path.toStdString();
     EXPECT_EQ(QDir(path).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
-              QStringList{u"Info.fcpxml"_qs});
-    EXPECT_EQ(markers(), QStringList{u"A 2500/2500s m"_qs});
+              QStringList{u"Info.fcpxml"_s});
+    EXPECT_EQ(markers(), QStringList{u"A 2500/2500s m"_s});
     EXPECT_EQ(temporaryFiles().size(), 2); // the intermediate file stays beside the bundle
     EXPECT_EQ(workspace.opened(),
-              QStringList{path + u" with 'com.apple.FinalCut', asynchronously"_qs});
+              QStringList{path + u" with 'com.apple.FinalCut', asynchronously"_s});
 }
 
 TEST_F(FCPXImportTest, WithoutHandOffNothingIsOpenedAndTheMessageSaysSo)
@@ -459,43 +459,43 @@ TEST_F(FCPXImportTest, EndsWriteNothingAndSayWhy)
         {.name = "ABundleWithoutFcpxml",
          .adjust =
              [](ImportSettings &s, TargetKind &) {
-                 s.filename = QFileInfo(s.filename).path() + u"/Empty.fcpxmld"_qs;
-                 QDir().mkpath(s.filename + u"/Assets"_qs);
+                 s.filename = QFileInfo(s.filename).path() + u"/Empty.fcpxmld"_s;
+                 QDir().mkpath(s.filename + u"/Assets"_s);
              },
-         .alert = u"Failed to open file / Could not locate any XML files inside bundle."_qs},
+         .alert = u"Failed to open file / Could not locate any XML files inside bundle."_s},
         {.name = "AFolderInsteadOfAFile",
          .adjust =
              [](ImportSettings &s, TargetKind &) {
-                 s.filename = QFileInfo(s.filename).path() + u"/folder.fcpxml"_qs;
+                 s.filename = QFileInfo(s.filename).path() + u"/folder.fcpxml"_s;
                  QDir().mkpath(s.filename);
              },
-         .alert = u"Unable to get data for project / "_qs},
+         .alert = u"Unable to get data for project / "_s},
         {.name = "NotXml",
          .document = QByteArray("\x89PNG\r\n\x1a\n\0\0", 10),
-         .alert = u"Unable to find sequence / "_qs},
+         .alert = u"Unable to find sequence / "_s},
         {.name = "AnXPathMatchingNothing",
-         .adjust = xpath(u"/fcpxml/library/event/project[2]/sequence"_qs),
-         .alert = u"Unable to find sequence / "_qs},
+         .adjust = xpath(u"/fcpxml/library/event/project[2]/sequence"_s),
+         .alert = u"Unable to find sequence / "_s},
         {.name = "AMalformedXPath",
-         .adjust = xpath(u"/fcpxml/library[["_qs),
-         .alert = u"Unable to find sequence / Invalid expression"_qs},
+         .adjust = xpath(u"/fcpxml/library[["_s),
+         .alert = u"Unable to find sequence / Invalid expression"_s},
         {.name = "AnEmptyMarkerList",
          .markers = "",
          .alert = u"Unable to read marker list / The file may be corrupt, empty or in an invalid "
-                  u"format."_qs},
+                  u"format."_s},
         {.name = "AnEmptyStoryline",
          .document = library(QString()),
-         .alert = u"Unable to locate clips / No video clips could be found in the timeline."_qs},
+         .alert = u"Unable to locate clips / No video clips could be found in the timeline."_s},
         {.name = "OnlyAHeaderIsSilent",
          .markers = "#\tTrack\tName\tComment\tStart\tDuration\tColor\n\n"},
         {.name = "AMarkerThatIsNoXml",
          .markers = markerList({{"ok", "", "00:00:01:00"}, {"bell\x07", "", "00:00:02:00"}}),
-         .alert = u"Unable to create marker / "_qs},
+         .alert = u"Unable to create marker / "_s},
         // The sequence itself as the clip: a sequence takes no markers.
         {.name = "AResultThatBreaksItsDtd",
          .adjust = [](ImportSettings &, TargetKind &kind) { kind.isEvent = true; },
          .alert = u"Unable to create marker / line 13: Element sequence content does not follow "
-                  u"the DTD"_qs}};
+                  u"the DTD"_s}};
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
         importInto(c.document, c.markers, c.adjust);
@@ -510,9 +510,9 @@ TEST_F(FCPXImportTest, EndsWriteNothingAndSayWhy)
 TEST_F(FCPXImportTest, UnreadableFrameDurationsAndClipTimesPlaceNothingAndWriteNothing)
 {
     for (const QByteArray &document :
-         {library(fourClips, u"0s"_qs), library(fourClips, u"abc"_qs),
-          library(fourClips, u"1/0s"_qs), library(fourClips, u"0/0s"_qs),
-          library(fourClips, u"0/1s"_qs), library(u"<gap name=\"G\"/>"_qs)}) {
+         {library(fourClips, u"0s"_s), library(fourClips, u"abc"_s), library(fourClips, u"1/0s"_s),
+          library(fourClips, u"0/0s"_s), library(fourClips, u"0/1s"_s),
+          library(u"<gap name=\"G\"/>"_s)}) {
         importInto(document, markerList({{"m", "", "00:00:01:00"}}));
         EXPECT_TRUE(result.isNull()) << document.toStdString();
         EXPECT_EQ(outcome.messageText, u"Nothing imported");

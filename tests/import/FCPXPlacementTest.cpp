@@ -12,13 +12,15 @@
 #include <QStringList>
 #include <cmath>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 constexpr double fps = 25.0;
 
 QString times(int offset, int duration)
 {
-    return u"offset=\"%1/25s\" duration=\"%2/25s\""_qs.arg(offset).arg(duration);
+    return u"offset=\"%1/25s\" duration=\"%2/25s\""_s.arg(offset).arg(duration);
 }
 
 TEST(ClipSearch, FindsTheFirstClipInDocumentOrderThatHoldsThePosition)
@@ -49,11 +51,11 @@ TEST(ClipSearch, FindsTheFirstClipInDocumentOrderThatHoldsThePosition)
              cursor += 3;
              switch (random.bounded(5)) {
              case 0:
-                 return u"duration=\"3/25s\""_qs;
+                 return u"duration=\"3/25s\""_s;
              case 1:
-                 return u"offset=\"%1/25s\" duration=\"1/0s\""_qs.arg(cursor);
+                 return u"offset=\"%1/25s\" duration=\"1/0s\""_s.arg(cursor);
              case 2:
-                 return u"offset=\"0/0s\" duration=\"3/25s\""_qs;
+                 return u"offset=\"0/0s\" duration=\"3/25s\""_s;
              default:
                  return times(cursor - 3, 3);
              }
@@ -105,13 +107,13 @@ TEST(ClipSearch, FindsTheFirstClipInDocumentOrderThatHoldsThePosition)
 /// Children real exports carry, each list in the order of the newest DTD. A clip gets
 /// those its version allows it, so the same list serves every version and kind.
 const QStringList childLists[] = {
-    {u"note"_qs, u"conform-rate"_qs, u"adjust-colorConform"_qs},
-    {u"conform-rate"_qs, u"timeMap"_qs, u"adjust-crop"_qs, u"adjust-transform"_qs,
-     u"adjust-volume"_qs, u"filter-video"_qs, u"filter"_qs, u"filter-audio"_qs},
-    {u"adjust-stabilization"_qs, u"keyword"_qs, u"rating"_qs, u"audio-channel-source"_qs,
-     u"audio-role-source"_qs, u"sync-source"_qs, u"metadata"_qs},
-    {u"mc-source"_qs, u"video"_qs, u"marker"_qs, u"chapter-marker"_qs, u"keyword"_qs,
-     u"filter-video-mask"_qs, u"metadata"_qs},
+    {u"note"_s, u"conform-rate"_s, u"adjust-colorConform"_s},
+    {u"conform-rate"_s, u"timeMap"_s, u"adjust-crop"_s, u"adjust-transform"_s, u"adjust-volume"_s,
+     u"filter-video"_s, u"filter"_s, u"filter-audio"_s},
+    {u"adjust-stabilization"_s, u"keyword"_s, u"rating"_s, u"audio-channel-source"_s,
+     u"audio-role-source"_s, u"sync-source"_s, u"metadata"_s},
+    {u"mc-source"_s, u"video"_s, u"marker"_s, u"chapter-marker"_s, u"keyword"_s,
+     u"filter-video-mask"_s, u"metadata"_s},
 };
 
 /// The storyline elements markers go into, and whether each names its media.
@@ -131,26 +133,25 @@ TEST(MarkerInsertion, KeepsEveryClipKindValidInEveryVersion)
             if (order.before.isEmpty() && order.after.isEmpty())
                 continue; // the kind is not in this version
             for (const QStringList &children : childLists) {
-                QString xml = u"<"_qs + clipName + u" duration=\"10s\""_qs +
-                              (namesMedia ? u" ref=\"r1\">"_qs : u">"_qs);
+                QString xml = u"<"_s + clipName + u" duration=\"10s\""_s +
+                              (namesMedia ? u" ref=\"r1\">"_s : u">"_s);
                 for (const QString &child : children) {
                     if (child == u"marker" || order.before.contains(child) ||
                         order.after.contains(child))
-                        xml += u"<"_qs + child + u"/>"_qs;
+                        xml += u"<"_s + child + u"/>"_s;
                 }
-                xml += u"</"_qs + clipName + u">"_qs;
-                SCOPED_TRACE(u"FCPXML %1: %2"_qs.arg(version, xml).toStdString());
+                xml += u"</"_s + clipName + u">"_s;
+                SCOPED_TRACE(u"FCPXML %1: %2"_s.arg(version, xml).toStdString());
                 const auto document = XmlDocument::fromBytes(xml.toUtf8());
                 XmlNode clip = document->rootElement();
                 ASSERT_EQ(dtd.checkElements({clip}), QString()) << "the input is valid";
 
                 FCPXMarkerInsertion insertion(dtd);
                 for (const char *start : {"1s", "2s"})
-                    ASSERT_TRUE(
-                        insertion.insertNew(clip, {{u"start"_qs, QString::fromLatin1(start)},
-                                                   {u"duration"_qs, u"1/25s"_qs},
-                                                   {u"value"_qs, u"New"_qs},
-                                                   {u"completed"_qs, u"0"_qs}}));
+                    ASSERT_TRUE(insertion.insertNew(clip, {{u"start"_s, QString::fromLatin1(start)},
+                                                           {u"duration"_s, u"1/25s"_s},
+                                                           {u"value"_s, u"New"_s},
+                                                           {u"completed"_s, u"0"_s}}));
                 EXPECT_EQ(insertion.check(), QString());
                 EXPECT_EQ(dtd.checkElements({clip}), QString());
                 ++checked;
@@ -158,11 +159,11 @@ TEST(MarkerInsertion, KeepsEveryClipKindValidInEveryVersion)
                 // A marker behind what follows the markers' group breaks the clip, and
                 // the check says so.
                 static const QSet<QString> behindMarkers = {
-                    u"filter"_qs,   u"filter-video"_qs,      u"filter-audio"_qs,
-                    u"metadata"_qs, u"filter-video-mask"_qs, u"sync-source"_qs};
+                    u"filter"_s,   u"filter-video"_s,      u"filter-audio"_s,
+                    u"metadata"_s, u"filter-video-mask"_s, u"sync-source"_s};
                 if (behindMarkers.contains(clip.childAt(clip.childCount() - 1).name())) {
-                    clip.insertNewElement(XmlNode::Place::LastChild, u"marker"_qs,
-                                          {{u"start"_qs, u"3s"_qs}, {u"value"_qs, u"Late"_qs}});
+                    clip.insertNewElement(XmlNode::Place::LastChild, u"marker"_s,
+                                          {{u"start"_s, u"3s"_s}, {u"value"_s, u"Late"_s}});
                     EXPECT_NE(dtd.checkElements({clip}), QString());
                 }
             }

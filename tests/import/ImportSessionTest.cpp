@@ -47,7 +47,7 @@ protected:
         return session.lastOutcome();
     }
 
-    QString markers = home.file(u"markers.txt"_qs, markerList);
+    QString markers = home.file(u"markers.txt"_s, markerList);
     ImportSession session{markers};
 };
 
@@ -61,22 +61,22 @@ TEST_F(SessionTest, EveryKindOfTargetEndsWithItsOutcome)
         Status status;
         bool eventClip;
     } const cases[] = {
-        {"XMEML project", home.copyOfData(u"project.xml"_qs), {}, Status::Imported, false},
-        {"the second of two", home.copyOfData(u"project.xml"_qs, u"two.xml"_qs), u"No uuid"_qs,
+        {"XMEML project", home.copyOfData(u"project.xml"_s), {}, Status::Imported, false},
+        {"the second of two", home.copyOfData(u"project.xml"_s, u"two.xml"_s), u"No uuid"_s,
          Status::Imported, false},
-        {"bare sequence", home.copyOfData(u"sequence.xml"_qs), {}, Status::Imported, false},
-        {"FCPX project", home.copyOfData(u"library.fcpxml"_qs), {}, Status::Imported, false},
-        {"FCPX event clip", home.file(u"e.fcpxml"_qs, eventClip), u"Event clip"_qs,
-         Status::Imported, true},
+        {"bare sequence", home.copyOfData(u"sequence.xml"_s), {}, Status::Imported, false},
+        {"FCPX project", home.copyOfData(u"library.fcpxml"_s), {}, Status::Imported, false},
+        {"FCPX event clip", home.file(u"e.fcpxml"_s, eventClip), u"Event clip"_s, Status::Imported,
+         true},
         // Other editors' exports have no uuids: their sequences are found by path.
         {"no uuid",
-         home.file(u"nouuid.xml"_qs, "<xmeml><sequence id=\"s\"><name>S</name></sequence>"
-                                     "</xmeml>"),
+         home.file(u"nouuid.xml"_s, "<xmeml><sequence id=\"s\"><name>S</name></sequence>"
+                                    "</xmeml>"),
          {},
          Status::Imported,
          false},
 
-        {"not XMEML", home.file(u"png.xml"_qs, "\x89PNG\r\n"), {}, Status::NothingImported, false},
+        {"not XMEML", home.file(u"png.xml"_s, "\x89PNG\r\n"), {}, Status::NothingImported, false},
     };
     for (const auto &c : cases) {
         const QByteArray before = TempHome::read(c.target);
@@ -95,7 +95,7 @@ TEST_F(SessionTest, EveryKindOfTargetEndsWithItsOutcome)
 TEST_F(SessionTest, AnFcpxResultThatCannotBeWrittenIsAFailureAndNotHandedOver)
 {
     qputenv("TMPDIR", "/proc"); // where not even the superuser makes files
-    const ImportOutcome outcome = import(home.copyOfData(u"library.fcpxml"_qs));
+    const ImportOutcome outcome = import(home.copyOfData(u"library.fcpxml"_s));
     EXPECT_EQ(outcome.status, Status::Failed);
     EXPECT_EQ(outcome.messageText, u"Failed to write marker data to disk.");
     EXPECT_TRUE(workspace.opened().isEmpty());
@@ -106,9 +106,9 @@ TEST_F(SessionTest, AnXmemlFileIsLeftAloneUnlessTheResultParses)
     // The output escaping turns every character from 160 up into a reference, names
     // too, so an element named beyond ASCII would come out unreadable: the file stays.
     const QString target = home.file(
-        u"p.xml"_qs, QByteArray(TempHome::read(QStringLiteral(CUEBRIDGE_TEST_DATA "/project.xml")))
-                         .replace("<name>Cut 3</name>", "<name>Cut 3</name><\xc3\xbc"
-                                                        "ber/>"));
+        u"p.xml"_s, QByteArray(TempHome::read(QStringLiteral(CUEBRIDGE_TEST_DATA "/project.xml")))
+                        .replace("<name>Cut 3</name>", "<name>Cut 3</name><\xc3\xbc"
+                                                       "ber/>"));
     const QByteArray before = TempHome::read(target);
     const ImportOutcome outcome = import(target);
     EXPECT_EQ(outcome.messageText, u"Failed to write marker data to disk.");
@@ -117,7 +117,7 @@ TEST_F(SessionTest, AnXmemlFileIsLeftAloneUnlessTheResultParses)
     const QByteArray sequence = R"(<?xml version="1.0"?>
 <!DOCTYPE xmeml [<!ENTITY studio "Quill &amp; Fen">]>
 <xmeml version="4"><sequence id="S"><uuid>U</uuid><name>By &studio;</name></sequence></xmeml>)";
-    const QString bare = home.file(u"bare.xml"_qs, sequence);
+    const QString bare = home.file(u"bare.xml"_s, sequence);
     TempHome::write(markers, markerList);
     EXPECT_EQ(import(bare).status, Status::Imported);
     const auto written = XmlDocument::fromFile(bare);
@@ -140,7 +140,7 @@ TEST_F(SessionTest, TheImportTakesTheDiscoveredDocumentOnlyWhileTheFileIsUnchang
     EXPECT_EQ(repaired.take(broken), nullptr);
 
     // Through the session: a file changed between discovery and import is read again.
-    const QString target = home.copyOfData(u"sequence.xml"_qs);
+    const QString target = home.copyOfData(u"sequence.xml"_s);
     ASSERT_TRUE(session.openFilename(target));
     session.waitForIdle();
     session.chooseItem(session.items().value(0));
@@ -155,10 +155,10 @@ TEST_F(SessionTest, TheImportTakesTheDiscoveredDocumentOnlyWhileTheFileIsUnchang
 TEST_F(SessionTest, ASecondImportOfTheDocumentIsRefusedWhileOneRuns)
 {
     // The list is a pipe: the import waits on it until the second press has been tried.
-    const QString pipe = home.filePath(u"markers.fifo"_qs);
+    const QString pipe = home.filePath(u"markers.fifo"_s);
     ASSERT_EQ(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
     ImportSession busy(pipe);
-    ASSERT_TRUE(busy.openFilename(home.copyOfData(u"sequence.xml"_qs)));
+    ASSERT_TRUE(busy.openFilename(home.copyOfData(u"sequence.xml"_s)));
     busy.waitForIdle();
     busy.chooseItem(busy.items().value(0));
     for (int run = 0; run < 2; ++run) {
@@ -172,20 +172,20 @@ TEST_F(SessionTest, ASecondImportOfTheDocumentIsRefusedWhileOneRuns)
 
 TEST_F(SessionTest, ChoosingByNameFindsTheItemOrStandsForWhatWasAsked)
 {
-    ASSERT_TRUE(session.openFilename(home.file(u"e.fcpxml"_qs, eventClip)));
+    ASSERT_TRUE(session.openFilename(home.file(u"e.fcpxml"_s, eventClip)));
     session.waitForIdle();
-    EXPECT_TRUE(session.chooseItemNamed(u"Event clip"_qs));
+    EXPECT_TRUE(session.chooseItemNamed(u"Event clip"_s));
     EXPECT_TRUE(session.targetKind().isEvent);
-    EXPECT_TRUE(session.chooseItemNamed(u"/fcpxml/library/event/project/sequence"_qs));
+    EXPECT_TRUE(session.chooseItemNamed(u"/fcpxml/library/event/project/sequence"_s));
     EXPECT_FALSE(session.targetKind().isEvent);
-    EXPECT_EQ(session.settingsFor({}).sequenceXPath, u"/fcpxml/library/event/project/sequence"_qs);
-    EXPECT_FALSE(session.chooseItemNamed(u"nothing of that name"_qs));
+    EXPECT_EQ(session.settingsFor({}).sequenceXPath, u"/fcpxml/library/event/project/sequence"_s);
+    EXPECT_FALSE(session.chooseItemNamed(u"nothing of that name"_s));
 
-    ASSERT_TRUE(session.openFilename(home.file(u"nouuid.xml"_qs, "<xmeml><sequence/></xmeml>")));
+    ASSERT_TRUE(session.openFilename(home.file(u"nouuid.xml"_s, "<xmeml><sequence/></xmeml>")));
     session.waitForIdle();
     EXPECT_FALSE(session.settingsFor({}).uuid) << "nothing listed, nothing chosen";
-    EXPECT_TRUE(session.chooseItemNamed(u"U-9"_qs));
-    EXPECT_EQ(session.settingsFor({}).uuid, u"U-9"_qs);
+    EXPECT_TRUE(session.chooseItemNamed(u"U-9"_s));
+    EXPECT_EQ(session.settingsFor({}).uuid, u"U-9"_s);
 }
 
 } // namespace

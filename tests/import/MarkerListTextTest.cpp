@@ -21,7 +21,7 @@ QString example(const char *name)
 TEST(TextEncoding, MarksAndUtf8ComeFirstThenTheDetectorWithMacRomanToldApart)
 {
     // A line as older spreadsheet and text programs save it, in their encodings.
-    const QString line = u"Café\tTrès bien, “à revoir” – 5 €\tNoël"_qs;
+    const QString line = u"Café\tTrès bien, “à revoir” – 5 €\tNoël"_s;
     const struct
     {
         QByteArray bytes;
@@ -31,13 +31,13 @@ TEST(TextEncoding, MarksAndUtf8ComeFirstThenTheDetectorWithMacRomanToldApart)
         {QByteArray("\xff\xfe"
                     "a\0",
                     4),
-         "UTF-16LE", u"a"_qs},
-        {QByteArray("\xfe\xff\0a", 4), "UTF-16BE", u"a"_qs},
+         "UTF-16LE", u"a"_s},
+        {QByteArray("\xfe\xff\0a", 4), "UTF-16BE", u"a"_s},
         {"\xef\xbb\xbf"
          "caf\xc3\xa9",
-         "UTF-8", u"café"_qs},
+         "UTF-8", u"café"_s},
         {line.toUtf8(), "UTF-8", line},
-        {QByteArray(), "UTF-8", u""_qs},
+        {QByteArray(), "UTF-8", u""_s},
         {"Caf\xe9\tTr\xe8s bien, \x93\xe0 revoir\x94 \x96 5 \x80\tNo\xebl", "WINDOWS-1252", line},
         {"Caf\x8e\tTr\x8fs bien, \xd2\x88 revoir\xd3 \xd0 5 \xdb\tNo\x91l", "MACINTOSH", line},
         // Without a mark UTF-16 is left to the caller's fallback.
@@ -51,7 +51,7 @@ TEST(TextEncoding, MarksAndUtf8ComeFirstThenTheDetectorWithMacRomanToldApart)
         }
     }
     bool valid = true;
-    EXPECT_EQ(decode("caf\xc3\x28", TextEncoding::utf8, &valid), u"caf\ufffd("_qs);
+    EXPECT_EQ(decode("caf\xc3\x28", TextEncoding::utf8, &valid), u"caf\ufffd("_s);
     EXPECT_FALSE(valid);
     EXPECT_TRUE(decode("x", "NO-SUCH-ENCODING", &valid).isNull());
     EXPECT_FALSE(valid);
@@ -72,7 +72,7 @@ TEST_F(LoggedTest, TheExampleListsInEachEncodingGiveTheSameMarkers)
     const QStringList utf8 = records(example("review-notes.txt"));
     ASSERT_EQ(utf8.size(), 20);
     EXPECT_EQ(records(utf16), utf8);
-    EXPECT_EQ(records(home.file(u"markless.txt"_qs, TempHome::read(utf16).mid(2))), utf8);
+    EXPECT_EQ(records(home.file(u"markless.txt"_s, TempHome::read(utf16).mid(2))), utf8);
     EXPECT_TRUE(utf8[8].contains(u"|Line 14 re-recorded,\nuse take 3 from the pickup session|"));
     EXPECT_TRUE(utf8[10].startsWith(QString::fromUtf8("Björk's line|")));
 }

@@ -27,7 +27,7 @@ Records fieldsOf(const QList<QFMarkerRecord> &records)
     return fields;
 }
 
-const QString header = u"#\tTrack\tName\tComment\tStart\tDuration\tColor"_qs;
+const QString header = u"#\tTrack\tName\tComment\tStart\tDuration\tColor"_s;
 const QStringList headerRecord =
     record({"#", "Track", "Name", "Comment", "Start", "Duration", "Color"});
 
@@ -39,8 +39,8 @@ QString interleaveNuls(const QString &text)
     return result;
 }
 
-const QString line1 = u"1\tV1\tIntro\tFade up\t01:00:00:00\t00:00:02:00\tBlue"_qs;
-const QString line2 = u"2\tV1\tCut\tToo long\t01:00:05:00\t00:00:00:00\tRed"_qs;
+const QString line1 = u"1\tV1\tIntro\tFade up\t01:00:00:00\t00:00:02:00\tBlue"_s;
+const QString line2 = u"2\tV1\tCut\tToo long\t01:00:05:00\t00:00:00:00\tRed"_s;
 const QStringList record1 =
     record({"1", "V1", "Intro", "Fade up", "01:00:00:00", "00:00:02:00", "Blue"});
 const QStringList record2 =
@@ -133,8 +133,8 @@ TEST(ParseMarkersFromText, RecordsKnowTheirLinesAndLeftOverLinesAreReported)
     EXPECT_EQ(records[0].lines, QList<qsizetype>({1}));
     EXPECT_EQ(records[1].lines, QList<qsizetype>({3, 5}));
     EXPECT_EQ(records[2].lines, QList<qsizetype>({7}));
-    EXPECT_EQ(leftOver, QList<SkippedLine>({{6, u"seven columns expected, found 3"_qs},
-                                            {8, u"seven columns expected, found 2"_qs}}));
+    EXPECT_EQ(leftOver, QList<SkippedLine>({{6, u"seven columns expected, found 3"_s},
+                                            {8, u"seven columns expected, found 2"_s}}));
 }
 
 TEST(ParseLine, ReportsTheReason)
@@ -176,7 +176,7 @@ Records literalParse(QString text)
         candidate += piece;
         if (QFFCP7MarkerListParser::standsAlone(piece)) {
             held.clear();
-            QStringList fields = *QFFCP7MarkerListParser::parseLine(piece + u"\tx"_qs);
+            QStringList fields = *QFFCP7MarkerListParser::parseLine(piece + u"\tx"_s);
             if (piece.trimmed().count(u'\t') == 5)
                 fields.last().clear(); // the empty colour column
             else
@@ -216,12 +216,12 @@ TEST(ParseMarkersFromText, ManyIncompleteLinesStayLinear)
     // literally this would copy gigabytes.
     QString text = header + u'\n';
     for (int i = 0; i < 200000; ++i)
-        text += u"word\n"_qs;
-    text += u"a\tb\tc\td\te\tf\tg\n"_qs;
+        text += u"word\n"_s;
+    text += u"a\tb\tc\td\te\tf\tg\n"_s;
     const Records records = fieldsOf(QFFCP7MarkerListParser::parseMarkersFromText(text));
     ASSERT_EQ(records.size(), 2);
     EXPECT_EQ(records[1].size(), 7);
-    EXPECT_TRUE(records[1][0].startsWith(u"word\nword\n"_qs));
+    EXPECT_TRUE(records[1][0].startsWith(u"word\nword\n"_s));
     EXPECT_EQ(records[1][6], "g");
 }
 

@@ -32,12 +32,12 @@ TEST_F(DiscoveryTest, TheExtensionDecidesTheKindWhateverItsCase)
                        {"b.FCPXML", true, true}, {"b.fcpxmld", true, true},
                        {"c.fcp", false, false},  {"Project", false, false}};
     for (const auto &c : cases) {
-        const QString path = home.copyOfData(u"sequence.xml"_qs, QLatin1StringView(c.name));
+        const QString path = home.copyOfData(u"sequence.xml"_s, QLatin1StringView(c.name));
         ASSERT_TRUE(TargetDiscovery::openFilename(kind, path));
         EXPECT_EQ(kind.isFCPX, c.fcpx) << c.name;
         EXPECT_EQ(kind.isXMLFile, c.xmlFile) << c.name;
     }
-    EXPECT_FALSE(TargetDiscovery::openFilename(kind, home.path() + u"/missing.xml"_qs));
+    EXPECT_FALSE(TargetDiscovery::openFilename(kind, home.path() + u"/missing.xml"_s));
     EXPECT_FALSE(TargetDiscovery::openFilename(kind, QString()));
 }
 
@@ -61,33 +61,33 @@ TEST_F(DiscoveryTest, EachKindOfFileListsWhatItHolds)
         bool sequenceOnly;
     } cases[] = {
         // Sequences without a uuid (other editors' exports) are listed by their path.
-        {home.copyOfData(u"project.xml"_qs),
+        {home.copyOfData(u"project.xml"_s),
          {sequence(u"Cut 3", u"0F2D6C31-4B1E-4C55-9C3E-2A1B8F7D0001"),
           sequence(u"No uuid", u"/xmeml/project/children/sequence[2]")},
          true,
          false},
-        {home.copyOfData(u"sequence.xml"_qs, u"bare.xml"_qs),
+        {home.copyOfData(u"sequence.xml"_s, u"bare.xml"_s),
          {sequence(u"Selects", u"0F2D6C31-4B1E-4C55-9C3E-2A1B8F7D0002")},
          true,
          true},
-        {home.file(u"junk.xml"_qs, QByteArray("\0\1\2 not xml", 12)), {}, false, true},
-        {home.file(u"nouuid.xml"_qs, "<xmeml><sequence><name>S</name></sequence></xmeml>"),
+        {home.file(u"junk.xml"_s, QByteArray("\0\1\2 not xml", 12)), {}, false, true},
+        {home.file(u"nouuid.xml"_s, "<xmeml><sequence><name>S</name></sequence></xmeml>"),
          {sequence(u"S", u"/xmeml/sequence")},
          true,
          true},
-        {home.copyOfData(u"library.fcpxml"_qs),
-         {{u"Cut 3"_qs, u"/fcpxml/library/event/project/sequence"_qs}},
+        {home.copyOfData(u"library.fcpxml"_s),
+         {{u"Cut 3"_s, u"/fcpxml/library/event/project/sequence"_s}},
          true,
          false},
         // Every event of a library.
-        {home.file(u"events.fcpxml"_qs, twoEvents),
-         {{u"First"_qs, u"/fcpxml/library/event[1]/project/sequence"_qs},
-          {u"Second"_qs, u"/fcpxml/library/event[2]/project[1]/sequence"_qs},
-          {u"Clip"_qs, u"/fcpxml/library/event[2]/project[2]/clip"_qs,
+        {home.file(u"events.fcpxml"_s, twoEvents),
+         {{u"First"_s, u"/fcpxml/library/event[1]/project/sequence"_s},
+          {u"Second"_s, u"/fcpxml/library/event[2]/project[1]/sequence"_s},
+          {u"Clip"_s, u"/fcpxml/library/event[2]/project[2]/clip"_s,
            SequenceItem::Image::FCPXEvent}},
          true,
          false},
-        {home.file(u"junk.fcpxml"_qs, "not xml"), {}, false, false},
+        {home.file(u"junk.fcpxml"_s, "not xml"), {}, false, false},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.target.toStdString());
@@ -101,14 +101,14 @@ TEST_F(DiscoveryTest, EachKindOfFileListsWhatItHolds)
 
 TEST_F(DiscoveryTest, ABundleWithoutFcpxmlIsReported)
 {
-    const QString bundle = home.filePath(u"Empty.fcpxmld"_qs);
-    home.file(u"Empty.fcpxmld/Info.plist"_qs, "<plist/>");
+    const QString bundle = home.filePath(u"Empty.fcpxmld"_s);
+    home.file(u"Empty.fcpxmld/Info.plist"_s, "<plist/>");
     const ImportOutcome failed = discover(bundle).found.outcome;
-    EXPECT_EQ(failed.messageText + u" / "_qs + failed.informativeText,
+    EXPECT_EQ(failed.messageText + u" / "_s + failed.informativeText,
               u"Failed to open file / Could not locate any XML files inside bundle.");
-    EXPECT_TRUE(log().contains(u"Could not locate any FCPXML files inside bundle "_qs + bundle));
+    EXPECT_TRUE(log().contains(u"Could not locate any FCPXML files inside bundle "_s + bundle));
 
-    home.copyOfData(u"library.fcpxml"_qs, u"Empty.fcpxmld/Info.fcpxml"_qs);
+    home.copyOfData(u"library.fcpxml"_s, u"Empty.fcpxmld/Info.fcpxml"_s);
     const TargetDiscovery::Result found = discover(bundle);
     EXPECT_FALSE(found.found.outcome.hasAlert());
     EXPECT_EQ(found.found.items.size(), 1);
@@ -117,7 +117,7 @@ TEST_F(DiscoveryTest, ABundleWithoutFcpxmlIsReported)
 TEST_F(DiscoveryTest, AProjectInTheEditorListsTheSequencesItReports)
 {
     SimulatedFinalCutPro editor;
-    const QString path = home.copyOfData(u"sequence.xml"_qs, u"Review.fcp"_qs);
+    const QString path = home.copyOfData(u"sequence.xml"_s, u"Review.fcp"_s);
     SimulatedFinalCutPro::Project contents;
     contents.tableOfContents = "<xmeml><bin><children><sequence><name>A</name><uuid>U-A</uuid>"
                                "</sequence><sequence><name>B</name></sequence></children></bin>"
@@ -126,7 +126,7 @@ TEST_F(DiscoveryTest, AProjectInTheEditorListsTheSequencesItReports)
     editor.openProjects << path;
     const TargetDiscovery::Result result = discover(path);
     EXPECT_EQ(result.found.items,
-              QList<SequenceItem>({{u"A"_qs, u"U-A"_qs, SequenceItem::Image::Sequence}}));
+              QList<SequenceItem>({{u"A"_s, u"U-A"_s, SequenceItem::Image::Sequence}}));
     EXPECT_TRUE(result.found.controlsEnabled);
 }
 

@@ -9,6 +9,8 @@
 #include <chrono>
 #include <thread>
 
+using namespace Qt::StringLiterals;
+
 namespace {
 
 using namespace std::chrono_literals;
@@ -65,38 +67,37 @@ public:
 TEST(Alert, EachFormShowsItsTextsAndGivesTheButtonsCode)
 {
     RecordingPresenter presenter;
-    EXPECT_EQ(QFAlert::alertSheetWithMessageText(u"Done"_qs, u"50%% of %@"_qs, nullptr),
+    EXPECT_EQ(QFAlert::alertSheetWithMessageText(u"Done"_s, u"50%% of %@"_s, nullptr),
               QFAlert::alternateReturn);
     // Only the full form passes a "do not wait" on; this one waits all the same.
-    EXPECT_EQ(QFAlert::alertSheetWithMessageText(u"Ask"_qs, u"Yes"_qs, u"No"_qs, QString(),
-                                                 u"info"_qs, nullptr, false),
+    EXPECT_EQ(QFAlert::alertSheetWithMessageText(u"Ask"_s, u"Yes"_s, u"No"_s, QString(), u"info"_s,
+                                                 nullptr, false),
               QFAlert::alternateReturn);
     ASSERT_EQ(presenter.shown.size(), 2);
     // The informative text is a format of its own: "%%" becomes one per-cent sign.
-    EXPECT_EQ(presenter.shown[0].informativeText, u"50% of %@"_qs);
+    EXPECT_EQ(presenter.shown[0].informativeText, u"50% of %@"_s);
     EXPECT_TRUE(presenter.shown[0].defaultButtonTitle.isNull());
-    EXPECT_EQ(presenter.shown[1].defaultButtonTitle, u"Yes"_qs);
-    EXPECT_EQ(presenter.shown[1].alternateButtonTitle, u"No"_qs);
+    EXPECT_EQ(presenter.shown[1].defaultButtonTitle, u"Yes"_s);
+    EXPECT_EQ(presenter.shown[1].alternateButtonTitle, u"No"_s);
     EXPECT_TRUE(presenter.shown[1].otherButtonTitle.isNull());
 
     Delegate delegate;
     QFAlert alert;
-    EXPECT_EQ(QFAlert::alertSheetWithMessageText(u"m"_qs, QString(), QString(), QString(),
-                                                 QString(), nullptr, &delegate, "sheetEnded", false,
-                                                 &alert, u"dontAskAgain"_qs),
+    EXPECT_EQ(QFAlert::alertSheetWithMessageText(u"m"_s, QString(), QString(), QString(), QString(),
+                                                 nullptr, &delegate, "sheetEnded", false, &alert,
+                                                 u"dontAskAgain"_s),
               QFAlert::notWaited);
     EXPECT_EQ(delegate.ended, QFAlert::alternateReturn);
-    EXPECT_EQ(presenter.shown.last().suppressionBinding, u"dontAskAgain"_qs);
+    EXPECT_EQ(presenter.shown.last().suppressionBinding, u"dontAskAgain"_s);
     // A delegate without the end method: nothing is shown.
-    EXPECT_EQ(QFAlert::alertSheetWithMessageText(u"m"_qs, QString(), QString(), QString(),
-                                                 QString(), nullptr, &delegate, "missing", true,
-                                                 nullptr),
+    EXPECT_EQ(QFAlert::alertSheetWithMessageText(u"m"_s, QString(), QString(), QString(), QString(),
+                                                 nullptr, &delegate, "missing", true, nullptr),
               QFAlert::notWaited);
     EXPECT_EQ(presenter.shown.size(), 3);
 
     // A timed alert answers itself with the default button.
     presenter.answerAtOnce.reset();
-    EXPECT_EQ(QFAlert::timedAlertSheetWithMessageText(u"m"_qs, QString(), QString(), QString(),
+    EXPECT_EQ(QFAlert::timedAlertSheetWithMessageText(u"m"_s, QString(), QString(), QString(),
                                                       QString(), nullptr, 0),
               QFAlert::defaultReturn);
 }
@@ -108,8 +109,7 @@ TEST(Alert, AWaitingCallReturnsOnlyOnceAnsweredAndAWindowWithASheetIsLeftOut)
     QObject window;
     presenter.windowWithSheet = &window;
     std::atomic<qint64> code = 99;
-    std::thread caller(
-        [&] { code = QFAlert::alertSheetWithMessageText(u"m"_qs, u"i"_qs, &window); });
+    std::thread caller([&] { code = QFAlert::alertSheetWithMessageText(u"m"_s, u"i"_s, &window); });
     while (presenter.shownCount() == 0)
         std::this_thread::sleep_for(1ms);
     std::this_thread::sleep_for(300ms);

@@ -27,7 +27,7 @@ protected:
     void installRunner(const char *name, const char *action)
     {
         const QString script = home.filePath(QLatin1StringView(name));
-        TempHome::write(script, u"#!/bin/sh\necho \"$@\" >> '%1.calls'\n%2\n"_qs
+        TempHome::write(script, u"#!/bin/sh\necho \"$@\" >> '%1.calls'\n%2\n"_s
                                     .arg(script, QLatin1StringView(action))
                                     .toUtf8());
         QFile::setPermissions(script, QFile::permissions(script) | QFile::ExeOwner);
@@ -68,14 +68,14 @@ TEST_F(FileTest, CreateDirectory)
     EXPECT_TRUE(QFFileManager::createDirectory(home.path() + "/a/b/c")); // already there
 
     testing::internal::CaptureStderr();
-    EXPECT_FALSE(QFFileManager::createDirectory(u"/Volumes/Missing/x"_qs));
+    EXPECT_FALSE(QFFileManager::createDirectory(u"/Volumes/Missing/x"_s));
     EXPECT_EQ(testing::internal::GetCapturedStderr(),
               "Unable to create directory. Drive is not mounted.\n");
     EXPECT_TRUE(calls().isEmpty()) << "no password asked for a missing volume";
 
     // The ordinary way fails (a file in the way); mkdir with rights is waited for, and
     // fails the same way; without rights allowed it is not tried.
-    home.file(u"file"_qs, "x");
+    home.file(u"file"_s, "x");
     EXPECT_FALSE(QFFileManager::createDirectory(home.path() + "/file/sub"));
     EXPECT_EQ(calls(), "/bin/mkdir -p -- " + home.path() + "/file/sub\n");
     EXPECT_TRUE(log().contains(" - Error creating folder: "));

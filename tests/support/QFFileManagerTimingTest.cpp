@@ -23,7 +23,7 @@ TEST(WaitingFileOperations, WaitOnTheMainThreadWithoutSpinning)
     TempHome home;
     // The folder cannot be made the ordinary way, and the privileged mkdir "succeeds"
     // without making it: the full time-out is spent waiting for it.
-    const QString runner = home.file(u"privileged"_qs, "#!/bin/sh\nexit 0\n");
+    const QString runner = home.file(u"privileged"_s, "#!/bin/sh\nexit 0\n");
     QFile::setPermissions(runner, QFile::permissions(runner) | QFile::ExeOwner);
     QFAuthorization::setPrivilegedRunnerForTesting(runner);
     TempHome::write(home.path() + "/file", "in the way");

@@ -16,7 +16,7 @@ TEST(QFFormat, SystemDirectivesAndWhatIsMissingOrUnknownStaysAsWritten)
 {
     EXPECT_EQ(format(u"Marker start pos: %li", qint64(-250)), "Marker start pos: -250");
     EXPECT_EQ(format(u"%0.2li:%0.2li", 5, 123), "05:123");
-    EXPECT_EQ(format(u"%@ - %@", u"a"_qs, "b"), "a - b");
+    EXPECT_EQ(format(u"%@ - %@", u"a"_s, "b"), "a - b");
     EXPECT_EQ(format(u"%@%@", u"utf-16 literal", true ? u"0" : u""), "utf-16 literal0");
     EXPECT_EQ(format(u"%@", QString()), "(null)");
     EXPECT_EQ(format(u"Tab count: %i", 8), "Tab count: 8");
@@ -27,7 +27,7 @@ TEST(QFFormat, SystemDirectivesAndWhatIsMissingOrUnknownStaysAsWritten)
     EXPECT_EQ(format(u"%f %e", 1.0 / 3, 1e300), "0.333333 1.000000e+300");
     EXPECT_EQ(format(u"Stripped character %C", QChar(u'\u00e9')),
               QString::fromUtf8("Stripped character é"));
-    EXPECT_EQ(format(u"Unable to create folder %s.\n", u"/x y"_qs),
+    EXPECT_EQ(format(u"Unable to create folder %s.\n", u"/x y"_s),
               "Unable to create folder /x y.\n");
     EXPECT_EQ(format(u"100%% done"), "100% done");
     EXPECT_EQ(format(u"%5s|%-5s|", "ab", "cd"), "   ab|cd   |");

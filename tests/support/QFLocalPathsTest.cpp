@@ -102,7 +102,7 @@ TEST(QFLocalPaths, TimeMachineVolumes)
 
 TEST(QFLocalPaths, TemporaryNames)
 {
-    static const QRegularExpression random(u"^[a-z0-9]{12}$"_qs);
+    static const QRegularExpression random(u"^[a-z0-9]{12}$"_s);
     EXPECT_TRUE(random.match(QFLocalPaths::randomString(12)).hasMatch());
     EXPECT_EQ(QFLocalPaths::randomString(0), "");
     const QString a = QFLocalPaths::tempFile(), b = QFLocalPaths::tempFile();

@@ -31,7 +31,7 @@ protected:
     QString folder() const { return home.path() + "/.local/state/Quillfen"; }
     QString generation(int n) const
     {
-        return folder() + u"/%1.%2.log"_qs.arg(QFLog::sharedController().appName()).arg(n);
+        return folder() + u"/%1.%2.log"_s.arg(QFLog::sharedController().appName()).arg(n);
     }
     QString current() const
     {
@@ -56,7 +56,7 @@ TEST_F(LogTest, NewLogStartsWithTheHeader)
     const QStringList lines = text.split(u'\n', Qt::SkipEmptyParts);
     ASSERT_GE(lines.size(), 5);
     static const QRegularExpression prefix(
-        u"^\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d \\+0000 - "_qs);
+        u"^\\d{4}-\\d\\d-\\d\\d \\d\\d:\\d\\d:\\d\\d \\+0000 - "_s);
     for (const QString &line : lines)
         EXPECT_TRUE(prefix.match(line).hasMatch()) << line.toStdString();
     EXPECT_TRUE(lines[0].contains(" - Log started: "));
@@ -98,8 +98,8 @@ struct SwitchCase
 
 TEST_F(LogTest, SharedSwitchDisablesOnlyForStringOneOrTrue)
 {
-    const SwitchCase cases[] = {{u"1"_qs, true},    {true, true},          {qlonglong(1), true},
-                                {u"YES"_qs, false}, {qlonglong(2), false}, {u"0"_qs, false},
+    const SwitchCase cases[] = {{u"1"_s, true},    {true, true},          {qlonglong(1), true},
+                                {u"YES"_s, false}, {qlonglong(2), false}, {u"0"_s, false},
                                 {false, false}};
     for (const SwitchCase &c : cases) {
         QFLog::resetForTesting();
@@ -149,7 +149,7 @@ TEST_F(LogTest, BlankEntriesAreDroppedAndNotCounted)
     const QString before = current();
     QFLog::holdWriterForTesting(true);
     QFLog::fastAppendLog(u"  \n\t ");
-    QFLog::fastAppendLog(u"%@", u"\n"_qs);
+    QFLog::fastAppendLog(u"%@", u"\n"_s);
     EXPECT_EQ(QFLog::sharedController().bytesInQueue(), 0u);
     QFLog::fastAppendLog(u"  padded  \n");
     EXPECT_EQ(QFLog::sharedController().bytesInQueue(), 6u);
@@ -361,7 +361,7 @@ TEST_F(LogTest, RollsOverAtTheLimitAndEntriesQueuedBehindItGoToTheNewFile)
         all += text;
     }
     for (int i = 0; i < 40; ++i)
-        EXPECT_EQ(all.count(u" - entry %1 "_qs.arg(i)), 1) << i;
+        EXPECT_EQ(all.count(u" - entry %1 "_s.arg(i)), 1) << i;
     EXPECT_LT(all.indexOf(u" - entry 38 "), all.indexOf(u" - entry 39 ")) << "in order";
 }
 

@@ -12,14 +12,14 @@ namespace {
 
 QVariantMap sample()
 {
-    return {{"string", u"Zoë & co"_qs},
+    return {{"string", u"Zoë & co"_s},
             {"true", true},
             {"integer", qlonglong(-42)},
             {"real", 2.5},
             {"data", QByteArray("\x00\x01\xff", 3)},
             {"date", QDateTime(QDate(2014, 5, 1), QTime(14, 3, 22), Qt::UTC)},
-            {"list", QVariantList{1, u"two"_qs}},
-            {"dict", QVariantMap{{"nested", u"yes"_qs}}}};
+            {"list", QVariantList{1, u"two"_s}},
+            {"dict", QVariantMap{{"nested", u"yes"_s}}}};
 }
 
 TEST(PropertyList, EveryTypeSurvivesARoundTripInBothFormatsIntoAnExistingFolder)
@@ -48,7 +48,7 @@ TEST(PropertyList, MissingBrokenOrNonDictionaryFilesReadEmpty)
     for (const QByteArray &bytes :
          {QByteArray("<plist><dict><key>a</key>"), QByteArray(1000, '\xff'),
           QFPropertyList::toBytes(QVariantList{1, 2}, QFPropertyList::Format::Xml)})
-        EXPECT_TRUE(QFPropertyList::readDictionary(home.file(u"x.plist"_qs, bytes)).isEmpty());
+        EXPECT_TRUE(QFPropertyList::readDictionary(home.file(u"x.plist"_s, bytes)).isEmpty());
 }
 
 TEST(UserDefaults, StoredValuesOverRegisteredDefaults)
@@ -60,7 +60,7 @@ TEST(UserDefaults, StoredValuesOverRegisteredDefaults)
         defaults.registerDefaults({{"stripWhitespace", 1}, {"offsetValue", 0}});
         EXPECT_TRUE(defaults.boolForKey("stripWhitespace"));
         EXPECT_FALSE(defaults.objectForKey("lastProject").isValid());
-        defaults.setObject(u"/tmp/a.xml"_qs, "lastProject");
+        defaults.setObject(u"/tmp/a.xml"_s, "lastProject");
         defaults.setObject(false, "stripWhitespace");
         defaults.synchronize();
     }

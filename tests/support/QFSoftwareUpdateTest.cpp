@@ -18,8 +18,8 @@ protected:
     void SetUp() override
     {
         LoggedTest::SetUp();
-        QFLocalPaths::setComputerWideRootForTesting(home.path() + u"/computer"_qs);
-        QFLocalPaths::setExecutableFolderForTesting(home.path() + u"/app"_qs);
+        QFLocalPaths::setComputerWideRootForTesting(home.path() + u"/computer"_s);
+        QFLocalPaths::setExecutableFolderForTesting(home.path() + u"/app"_s);
     }
     void TearDown() override
     {
@@ -29,11 +29,11 @@ protected:
     }
     QString installed() const
     {
-        return home.path() + u"/computer/usr/share/applications/Quillfen/"_qs +
+        return home.path() + u"/computer/usr/share/applications/Quillfen/"_s +
                QFSoftwareUpdate::updaterName();
     }
-    QString carried() const { return home.path() + u"/app/"_qs + QFSoftwareUpdate::updaterName(); }
-    QString note() const { return home.path() + u"/arguments"_qs; }
+    QString carried() const { return home.path() + u"/app/"_s + QFSoftwareUpdate::updaterName(); }
+    QString note() const { return home.path() + u"/arguments"_s; }
     /// A stand-in updater that notes its arguments (and, by its text, which copy it is).
     void makeUpdater(const QString &path, const QByteArray &which)
     {
@@ -45,8 +45,8 @@ TEST_F(Updater, TheInstalledOneComesFirstAndACarriedOneRunsFromAFreshCopy)
 {
     EXPECT_EQ(QFSoftwareUpdate::updaterPath(), QString());
     QFSoftwareUpdate::launchSoftwareUpdate();
-    EXPECT_TRUE(log().contains(u"Error: unable to find software updater"_qs));
-    EXPECT_TRUE(log().contains(u"Unable to launch Software Update - path doesn't exist"_qs));
+    EXPECT_TRUE(log().contains(u"Error: unable to find software updater"_s));
+    EXPECT_TRUE(log().contains(u"Unable to launch Software Update - path doesn't exist"_s));
 
     const QString copy = home.tempPath() + u'/' + QFSoftwareUpdate::updaterName();
     makeUpdater(carried(), "carried 1");
@@ -61,24 +61,24 @@ TEST_F(Updater, TheInstalledOneComesFirstAndACarriedOneRunsFromAFreshCopy)
     EXPECT_FALSE(QFile::exists(copy));
 
     QFSoftwareUpdate().manualUpdateCheck();
-    EXPECT_EQ(TempHome::noted(note()), u"[]"_qs) << "a manual check starts it as it is";
+    EXPECT_EQ(TempHome::noted(note()), u"[]"_s) << "a manual check starts it as it is";
     QFile::remove(note());
     QFSoftwareUpdate::automaticallyCheckForUpdates();
     EXPECT_EQ(TempHome::noted(note()),
-              u"[-checkpath]["_qs + QFileInfo(u"/proc/self/exe"_qs).canonicalFilePath() + u']');
+              u"[-checkpath]["_s + QFileInfo(u"/proc/self/exe"_s).canonicalFilePath() + u']');
 }
 
 TEST_F(Updater, OnlyAFalseSwitchStopsTheCheckAtStartUp)
 {
-    const QString shared = home.path() + u"/.config/com.quillfen.global.plist"_qs;
+    const QString shared = home.path() + u"/.config/com.quillfen.global.plist"_s;
     EXPECT_TRUE(QFSoftwareUpdate::checksAtStartup()) << "no shared file";
-    QDir().mkpath(home.path() + u"/.config"_qs);
+    QDir().mkpath(home.path() + u"/.config"_s);
     const std::pair<QVariant, bool> values[] = {
-        {QVariant(), true}, {true, true}, {false, false}, {0, false}, {u"0"_qs, true}};
+        {QVariant(), true}, {true, true}, {false, false}, {0, false}, {u"0"_s, true}};
     for (const auto &[value, checks] : values) {
-        QVariantMap dictionary{{u"other"_qs, 1}};
+        QVariantMap dictionary{{u"other"_s, 1}};
         if (value.isValid())
-            dictionary.insert(u"SUCheckAtStartup"_qs, value);
+            dictionary.insert(u"SUCheckAtStartup"_s, value);
         ASSERT_TRUE(QFPropertyList::writeDictionary(dictionary, shared));
         EXPECT_EQ(QFSoftwareUpdate::checksAtStartup(), checks) << value.toString().toStdString();
     }

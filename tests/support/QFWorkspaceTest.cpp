@@ -18,7 +18,7 @@ class Workspace : public testing::Test
 protected:
     void writeEntry(const QString &id, const QByteArray &exec)
     {
-        home.file(u".local/share/applications/"_qs + id + u".desktop"_qs,
+        home.file(u".local/share/applications/"_s + id + u".desktop"_s,
                   "[Desktop Entry]\nType=Application\nName=Tool\nExec=" + exec +
                       "\n"
                       "[Desktop Action Other]\nExec=/bin/false\n");
@@ -30,30 +30,30 @@ protected:
 TEST_F(Workspace, AnApplicationRunsWhenItsEntrysProgramRuns)
 {
     // A program of its own name, so that no other process can pass for it.
-    const QString program = home.filePath(u"cuebridge-test-sleeper"_qs);
-    ASSERT_TRUE(QFile::copy(u"/bin/sleep"_qs, program));
-    writeEntry(u"com.example.Sleeper"_qs, QFile::encodeName(program) + " %f");
-    EXPECT_FALSE(QFWorkspace::shared().isApplicationRunning(u"com.example.Sleeper"_qs));
-    EXPECT_FALSE(QFWorkspace::shared().isApplicationRunning(u"com.example.Missing"_qs));
+    const QString program = home.filePath(u"cuebridge-test-sleeper"_s);
+    ASSERT_TRUE(QFile::copy(u"/bin/sleep"_s, program));
+    writeEntry(u"com.example.Sleeper"_s, QFile::encodeName(program) + " %f");
+    EXPECT_FALSE(QFWorkspace::shared().isApplicationRunning(u"com.example.Sleeper"_s));
+    EXPECT_FALSE(QFWorkspace::shared().isApplicationRunning(u"com.example.Missing"_s));
 
     QProcess sleeper;
-    sleeper.start(program, {u"30"_qs});
+    sleeper.start(program, {u"30"_s});
     ASSERT_TRUE(sleeper.waitForStarted());
-    EXPECT_TRUE(QFWorkspace::shared().isApplicationRunning(u"com.example.Sleeper"_qs));
+    EXPECT_TRUE(QFWorkspace::shared().isApplicationRunning(u"com.example.Sleeper"_s));
     sleeper.kill();
     sleeper.waitForFinished();
-    EXPECT_TRUE(QFWorkspace::shared().pathForApplication(u"com.example.Sleeper"_qs).isEmpty());
+    EXPECT_TRUE(QFWorkspace::shared().pathForApplication(u"com.example.Sleeper"_s).isEmpty());
 }
 
 TEST_F(Workspace, FilesOpenWithTheEntrysCommandLine)
 {
-    const QString file = home.filePath(u"Cut 3 \u00e9.fcpxml"_qs);
-    const QString opener = home.filePath(u"opener"_qs);
-    TempHome::writeNotingProgram(opener, home.filePath(u"opened"_qs));
-    writeEntry(u"com.example.Opener"_qs, "\"" + QFile::encodeName(opener) + "\" %f");
+    const QString file = home.filePath(u"Cut 3 \u00e9.fcpxml"_s);
+    const QString opener = home.filePath(u"opener"_s);
+    TempHome::writeNotingProgram(opener, home.filePath(u"opened"_s));
+    writeEntry(u"com.example.Opener"_s, "\"" + QFile::encodeName(opener) + "\" %f");
     ASSERT_TRUE(
-        QFWorkspace::shared().openFile(file, u"com.example.Opener"_qs, QFWorkspace::Asynchronous));
-    EXPECT_EQ(TempHome::noted(home.filePath(u"opened"_qs)), u'[' + file + u']');
+        QFWorkspace::shared().openFile(file, u"com.example.Opener"_s, QFWorkspace::Asynchronous));
+    EXPECT_EQ(TempHome::noted(home.filePath(u"opened"_s)), u'[' + file + u']');
 }
 
 } // namespace

@@ -17,13 +17,12 @@ QStringList describe(const QList<QVariantMap> &records)
     QStringList descriptions;
     for (const QVariantMap &record : records) {
         if (record.isEmpty()) {
-            descriptions << u"{}"_qs;
+            descriptions << u"{}"_s;
             continue;
         }
-        const QVariant position = record.contains(u"seconds"_qs)
-                                      ? record.value(u"seconds"_qs)
-                                      : record.value(u"startTimecode"_qs);
-        descriptions << record.value(u"name"_qs).toString() + u'@' + position.toString();
+        const QVariant position = record.contains(u"seconds"_s) ? record.value(u"seconds"_s)
+                                                                : record.value(u"startTimecode"_s);
+        descriptions << record.value(u"name"_s).toString() + u'@' + position.toString();
     }
     return descriptions;
 }
@@ -78,7 +77,7 @@ TEST(QFFCPXMLMarkerReader, MarkersOfTheLibraryAreReadInDocumentOrder)
         EXPECT_EQ(describe(records), c.expected) << "row " << &c - cases;
         // Seconds are numbers, timecodes strings.
         EXPECT_EQ(
-            records.value(0).value(c.useTimecode ? u"startTimecode"_qs : u"seconds"_qs).typeId(),
+            records.value(0).value(c.useTimecode ? u"startTimecode"_s : u"seconds"_s).typeId(),
             c.useTimecode ? QMetaType::QString : QMetaType::Double);
     }
 }
@@ -87,9 +86,8 @@ TEST(QFFCPXMLMarkerReader, ProjectFormMissingAndBrokenFilesGiveNothing)
 {
     TempHome home;
     for (const QString &path :
-         {QStringLiteral(CUEBRIDGE_TEST_DATA "/project.fcpxml"),
-          home.filePath(u"missing.fcpxml"_qs),
-          home.file(u"broken.fcpxml"_qs, "<fcpxml><library><event>"), home.path()})
+         {QStringLiteral(CUEBRIDGE_TEST_DATA "/project.fcpxml"), home.filePath(u"missing.fcpxml"_s),
+          home.file(u"broken.fcpxml"_s, "<fcpxml><library><event>"), home.path()})
         EXPECT_TRUE(QFFCPXMLMarkerReader::markersFromXMLFile(path, true).isEmpty())
             << path.toStdString();
 }
@@ -97,7 +95,7 @@ TEST(QFFCPXMLMarkerReader, ProjectFormMissingAndBrokenFilesGiveNothing)
 TEST(QFFCPXMLMarkerReader, SequenceStartDropFrameAndMissingValues)
 {
     TempHome home;
-    const QString path = home.file(u"dropframe.fcpxml"_qs, R"(<fcpxml version="1.8">
+    const QString path = home.file(u"dropframe.fcpxml"_s, R"(<fcpxml version="1.8">
   <resources><format id="r1" frameDuration="1001/30000s"/></resources>
   <library><event><project name="P"><sequence format="r1" tcStart="10s" tcFormat="DF"><spine>
     <clip offset="0s" duration="120s">

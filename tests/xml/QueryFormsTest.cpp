@@ -113,14 +113,13 @@ TEST_F(LoggedTest, AMalformedQueryIsLoggedAndMatchesNothingTheShortcutsLogNothin
 {
     const auto document = loadTestDocument("library.fcpxml");
     ASSERT_TRUE(document);
-    EXPECT_TRUE(QFXMLParser::stringValueForQuery(u"./fcpxml[[1]"_qs, document->node()).isNull());
-    EXPECT_FALSE(QFXMLParser::stringValuesForQuery(u"./fcpxml[[1]"_qs, document->node()));
+    EXPECT_TRUE(QFXMLParser::stringValueForQuery(u"./fcpxml[[1]"_s, document->node()).isNull());
+    EXPECT_FALSE(QFXMLParser::stringValuesForQuery(u"./fcpxml[[1]"_s, document->node()));
     EXPECT_FALSE(log().contains(u"XML parsing error")) << "the shortcuts count it as no match";
-    EXPECT_TRUE(
-        QFXMLParser::nodesForQuery(u"./fcpxml[1]/(clip | )"_qs, document->node()).isEmpty());
-    EXPECT_TRUE(QFXMLParser::nodesForQuery(u"./fcpxml[[1]"_qs, document->node()).isEmpty());
-    EXPECT_EQ(log().count(u"XML parsing error: "_qs), 2) << log().toStdString();
-    EXPECT_TRUE(log().contains(u"./fcpxml[[1]"_qs)) << "the description names the query";
+    EXPECT_TRUE(QFXMLParser::nodesForQuery(u"./fcpxml[1]/(clip | )"_s, document->node()).isEmpty());
+    EXPECT_TRUE(QFXMLParser::nodesForQuery(u"./fcpxml[[1]"_s, document->node()).isEmpty());
+    EXPECT_EQ(log().count(u"XML parsing error: "_s), 2) << log().toStdString();
+    EXPECT_TRUE(log().contains(u"./fcpxml[[1]"_s)) << "the description names the query";
 }
 
 } // namespace

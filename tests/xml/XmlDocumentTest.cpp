@@ -70,7 +70,7 @@ TEST(RefusedByTheStrictParse, WithADescriptionWhileTheRepairingParseStaysBounded
         if (const auto document = parse(bytes, XmlDocument::Parsing::Repairing)) {
             // Whatever came out can be searched, read and written without blowing up.
             qsizetype text = 0;
-            for (const XmlNode &node : document->node().nodesForXPath(u"//node()"_qs))
+            for (const XmlNode &node : document->node().nodesForXPath(u"//node()"_s))
                 text += node.stringValue().size();
             EXPECT_LT(text, 50'000'000);
             EXPECT_LT(document->toPrettyXml().size(), 50'000'000);
@@ -80,7 +80,7 @@ TEST(RefusedByTheStrictParse, WithADescriptionWhileTheRepairingParseStaysBounded
     // Only hostile depths are refused.
     const auto document = parse(nested(200));
     ASSERT_TRUE(document);
-    EXPECT_EQ(document->node().nodesForXPath(u"//a"_qs).size(), 200);
+    EXPECT_EQ(document->node().nodesForXPath(u"//a"_s).size(), 200);
 }
 
 TEST_F(LoggedTest, WellFormednessIsJudgedWithoutATreeAsTheStrictParseJudgesIt)
@@ -97,7 +97,7 @@ TEST_F(LoggedTest, FailuresSayWhyAndTheRepairingParseClosesMismatchedTagsAndLogs
 {
     const auto document = parse("<a><b>x</a>", XmlDocument::Parsing::Repairing);
     ASSERT_TRUE(document);
-    EXPECT_EQ(describe(document->rootElement().nodesForXPath(u"./b/text()"_qs)),
+    EXPECT_EQ(describe(document->rootElement().nodesForXPath(u"./b/text()"_s)),
               QStringList{"text:x"});
     EXPECT_TRUE(log().contains(u"XML repaired: line 1: ")) << log().toStdString();
 
@@ -106,9 +106,9 @@ TEST_F(LoggedTest, FailuresSayWhyAndTheRepairingParseClosesMismatchedTagsAndLogs
     EXPECT_FALSE(parse("<a>\n<b>x</a>", XmlDocument::Parsing::Strict, &line));
     EXPECT_TRUE(line.startsWith(u"line 2: ")) << line.toStdString();
     EXPECT_FALSE(
-        XmlDocument::fromFile(u"/nonexistent/cut.fcpxml"_qs, XmlDocument::Parsing::Strict, &file));
-    EXPECT_FALSE(XmlDocument::fromElementString(u"<marker value=\"a\"b\" />"_qs, &fragment));
-    EXPECT_FALSE(XmlDocument::fromElementString(u"<a/><b/>"_qs, &twoRoots));
+        XmlDocument::fromFile(u"/nonexistent/cut.fcpxml"_s, XmlDocument::Parsing::Strict, &file));
+    EXPECT_FALSE(XmlDocument::fromElementString(u"<marker value=\"a\"b\" />"_s, &fragment));
+    EXPECT_FALSE(XmlDocument::fromElementString(u"<a/><b/>"_s, &twoRoots));
     for (const QString &error : {file, fragment, twoRoots})
         EXPECT_FALSE(error.isEmpty());
 }
@@ -123,7 +123,7 @@ TEST_F(LoggedTest, TextThatCannotBeWrittenIsLoggedNotPrinted)
     ASSERT_TRUE(document) << error.toStdString();
     testing::internal::CaptureStderr();
     document->toPrettyXml();
-    for (const XmlNode &element : document->node().nodesForXPath(u"//*"_qs))
+    for (const XmlNode &element : document->node().nodesForXPath(u"//*"_s))
         element.toPrettyString();
     EXPECT_EQ(testing::internal::GetCapturedStderr(), "");
     EXPECT_TRUE(log().contains(u"XML output error: ")) << log().toStdString();
@@ -132,10 +132,10 @@ TEST_F(LoggedTest, TextThatCannotBeWrittenIsLoggedNotPrinted)
 TEST(XmlDocument, AnElementMadeFromAttributeTextsIsTheOneTheParseGives)
 {
     const QStringList pieces = {
-        u"a"_qs,          u" "_qs,      u"&amp;"_qs,  u"&lt;"_qs, u"&gt;"_qs,       u"&quot;"_qs,
-        u"&apos;"_qs,     u"&#233;"_qs, u"&"_qs,      u"&amp"_qs, u"<"_qs,          u">"_qs,
-        u"\""_qs,         u"'"_qs,      u"\t"_qs,     u"\n"_qs,   u"\x01"_qs,       u"\u00e9"_qs,
-        u"\U0001F3AC"_qs, u"\xd800"_qs, u"\ufffe"_qs, u"/"_qs,    u"1001/30000s"_qs};
+        u"a"_s,          u" "_s,      u"&amp;"_s,  u"&lt;"_s, u"&gt;"_s,       u"&quot;"_s,
+        u"&apos;"_s,     u"&#233;"_s, u"&"_s,      u"&amp"_s, u"<"_s,          u">"_s,
+        u"\""_s,         u"'"_s,      u"\t"_s,     u"\n"_s,   u"\x01"_s,       u"\u00e9"_s,
+        u"\U0001F3AC"_s, u"\xd800"_s, u"\ufffe"_s, u"/"_s,    u"1001/30000s"_s};
     QRandomGenerator random(7);
     int built = 0;
     for (int round = 0; round < 5000; ++round) {
@@ -146,10 +146,9 @@ TEST(XmlDocument, AnElementMadeFromAttributeTextsIsTheOneTheParseGives)
             second += pieces[random.bounded(int(pieces.size()))];
         const auto document = parse("<clip/>");
         const XmlNode direct = document->rootElement().insertNewElement(
-            XmlNode::Place::LastChild, u"marker"_qs,
-            {{u"value"_qs, first}, {u"duration"_qs, second}});
+            XmlNode::Place::LastChild, u"marker"_s, {{u"value"_s, first}, {u"duration"_s, second}});
         const auto parsed = XmlDocument::fromElementString(
-            u"<marker value=\"%1\" duration=\"%2\" />"_qs.arg(first, second));
+            u"<marker value=\"%1\" duration=\"%2\" />"_s.arg(first, second));
         if (!direct)
             continue;
         ++built;
@@ -163,9 +162,9 @@ TEST(XmlDocument, ExternalEntitiesAndDtdsAreNeverRead)
 {
     TempHome home;
     const QByteArray url =
-        QUrl::fromLocalFile(home.file(u"secret.txt"_qs, "TOP-SECRET")).toEncoded();
+        QUrl::fromLocalFile(home.file(u"secret.txt"_s, "TOP-SECRET")).toEncoded();
     const QByteArray dtdUrl =
-        QUrl::fromLocalFile(home.file(u"x.dtd"_qs, "<!ENTITY y SYSTEM \"" + url + "\">"))
+        QUrl::fromLocalFile(home.file(u"x.dtd"_s, "<!ENTITY y SYSTEM \"" + url + "\">"))
             .toEncoded();
 
     const QList<QByteArray> documents = {
@@ -216,7 +215,7 @@ TEST(XmlDocument, WhitespaceBetweenElementsIsNotANode)
     ASSERT_TRUE(document);
     const XmlNode root = document->rootElement();
     EXPECT_EQ(root.childCount(), 3);
-    const XmlNode d = root.nodesForXPath(u"./d"_qs).value(0);
+    const XmlNode d = root.nodesForXPath(u"./d"_s).value(0);
     EXPECT_EQ(d.index(), 2);
     EXPECT_EQ(d.previousSibling().kind(), XmlNode::Kind::Other);
     EXPECT_EQ(d.previousSibling().previousSibling().name(), u"b");
@@ -228,7 +227,7 @@ TEST(XmlDocument, EveryElementsOwnPathFindsItAgain)
 {
     const auto document = loadTestDocument("library.fcpxml");
     ASSERT_TRUE(document);
-    const QList<XmlNode> elements = document->node().nodesForXPath(u"//*|//@*"_qs);
+    const QList<XmlNode> elements = document->node().nodesForXPath(u"//*|//@*"_s);
     ASSERT_GT(elements.size(), 50);
     for (const XmlNode &node : elements)
         EXPECT_EQ(document->node().nodesForXPath(node.xPath()), QList<XmlNode>{node})
@@ -239,7 +238,7 @@ TEST(XmlDocument, PrettyPrintingReindentsInsertedElementsAndIsStable)
 {
     const auto document = parse("<a><b/><d/></a>");
     ASSERT_TRUE(document);
-    const auto fragment = XmlDocument::fromElementString(u"<c><e>x</e></c>"_qs);
+    const auto fragment = XmlDocument::fromElementString(u"<c><e>x</e></c>"_s);
     ASSERT_TRUE(fragment);
     XmlNode root = document->rootElement();
 
@@ -276,15 +275,15 @@ TEST(XmlDocument, DetachedNodesLeaveTheTreeButTheirHandlesStayUsable)
     const auto document = loadTestDocument("project.xml");
     ASSERT_TRUE(document);
     const XmlNode sequence =
-        QFXMLParser::nodeForQuery(u"./xmeml[1]//sequence[1]"_qs, document->node());
-    const QList<XmlNode> markers = sequence.nodesForXPath(u".//marker"_qs);
+        QFXMLParser::nodeForQuery(u"./xmeml[1]//sequence[1]"_s, document->node());
+    const QList<XmlNode> markers = sequence.nodesForXPath(u".//marker"_s);
     ASSERT_EQ(markers.size(), 2);
     for (XmlNode marker : markers)
         marker.detach();
 
-    EXPECT_TRUE(sequence.nodesForXPath(u".//marker"_qs).isEmpty());
+    EXPECT_TRUE(sequence.nodesForXPath(u".//marker"_s).isEmpty());
     EXPECT_FALSE(document->toPrettyXml().contains("<marker>"));
-    EXPECT_EQ(QFXMLParser::stringValueForQuery(u"./name[1]"_qs, markers.first()), u"On B");
+    EXPECT_EQ(QFXMLParser::stringValueForQuery(u"./name[1]"_s, markers.first()), u"On B");
     EXPECT_TRUE(markers.first().parent().isNull());
 }
 
@@ -292,14 +291,14 @@ TEST(XmlDocument, SetStringValueTakesTheTextLiterally)
 {
     const auto document = parse("<sequence id=\"old\"><name>Old <b>bold</b></name></sequence>");
     ASSERT_TRUE(document);
-    XmlNode id = document->rootElement().attributeForName(u"id"_qs);
+    XmlNode id = document->rootElement().attributeForName(u"id"_s);
     XmlNode name = document->rootElement().childAt(0);
 
-    EXPECT_TRUE(id.setStringValue(u"A & B <\"é\">"_qs));
-    EXPECT_TRUE(name.setStringValue(u"Tom &amp; Jerry"_qs));
+    EXPECT_TRUE(id.setStringValue(u"A & B <\"é\">"_s));
+    EXPECT_TRUE(name.setStringValue(u"Tom &amp; Jerry"_s));
 
     EXPECT_EQ(id.stringValue(), u"A & B <\"é\">");
-    EXPECT_EQ(document->rootElement().attributeForName(u"id"_qs), id);
+    EXPECT_EQ(document->rootElement().attributeForName(u"id"_s), id);
     EXPECT_EQ(name.stringValue(), u"Tom &amp; Jerry");
     EXPECT_EQ(name.childCount(), 1);
     EXPECT_EQ(QString::fromUtf8(document->toPrettyXml()),
@@ -314,9 +313,9 @@ TEST(XmlDocument, NilHandlesAnswerNothing)
     XmlNode nil;
     EXPECT_TRUE(nil.name().isNull());
     EXPECT_TRUE(nil.stringValue().isNull());
-    EXPECT_FALSE(nil.setStringValue(u"x"_qs));
+    EXPECT_FALSE(nil.setStringValue(u"x"_s));
     EXPECT_TRUE(nil.parent().isNull());
-    EXPECT_TRUE(nil.nodesForXPath(u"."_qs).isEmpty());
+    EXPECT_TRUE(nil.nodesForXPath(u"."_s).isEmpty());
     EXPECT_TRUE(nil.xPath().isNull());
     EXPECT_TRUE(nil.insertChild(nil, 0).isNull());
     nil.detach();

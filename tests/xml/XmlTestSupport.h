@@ -10,6 +10,8 @@
 
 #include <memory>
 
+using namespace Qt::StringLiterals;
+
 inline std::unique_ptr<XmlDocument> loadTestDocument(const char *name)
 {
     QString error;
@@ -26,25 +28,25 @@ inline QString describe(const XmlNode &node)
 {
     switch (node.kind()) {
     case XmlNode::Kind::None:
-        return u"nil"_qs;
+        return u"nil"_s;
     case XmlNode::Kind::Document:
-        return u"document"_qs;
+        return u"document"_s;
     case XmlNode::Kind::Attribute:
         return u'@' + node.name() + u'=' + node.stringValue();
     case XmlNode::Kind::Text:
-        return u"text:"_qs + node.stringValue();
+        return u"text:"_s + node.stringValue();
     case XmlNode::Kind::Element: {
-        XmlNode label = node.attributeForName(u"name"_qs);
+        XmlNode label = node.attributeForName(u"name"_s);
         if (!label)
-            label = node.attributeForName(u"value"_qs);
+            label = node.attributeForName(u"value"_s);
         if (!label)
-            label = node.attributeForName(u"id"_qs);
+            label = node.attributeForName(u"id"_s);
         return label ? node.name() + u':' + label.stringValue() : node.name();
     }
     case XmlNode::Kind::Other:
         break;
     }
-    return u"other"_qs;
+    return u"other"_s;
 }
 
 inline QStringList describe(const QList<XmlNode> &nodes)
