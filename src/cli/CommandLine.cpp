@@ -2,6 +2,7 @@
 
 #include "import/ImportTarget.h"
 #include "import/MarkerListText.h"
+#include "import/TextEncoding.h"
 
 #include <QCommandLineParser>
 #include <QFileInfo>
@@ -43,6 +44,8 @@ QString CommandLine::helpText()
         "                    the result file or bundle to PATH (FCPX)\n"
         "  --open            Final Cut Pro X targets: hand the result to the editor (or\n"
         "                    the default application)\n"
+        "  --encoding NAME   read the marker list in this encoding (an iconv name such\n"
+        "                    as WINDOWS-1252 or MACINTOSH) instead of detecting it\n"
         "  -q, --quiet       print only the outcome\n"
         "  -h, --help        show this help\n"
         "\n"
@@ -68,10 +71,12 @@ CommandLine CommandLine::parse(const QStringList &arguments)
     const QCommandLineOption todo(QStringLiteral("todo"));
     const QCommandLineOption output(QStringLiteral("output"), QString(), QStringLiteral("PATH"));
     const QCommandLineOption open(QStringLiteral("open"));
+    const QCommandLineOption encoding(QStringLiteral("encoding"), QString(),
+                                      QStringLiteral("NAME"));
     const QCommandLineOption quiet(QStringList{QStringLiteral("q"), QStringLiteral("quiet")});
     const QCommandLineOption help(QStringList{QStringLiteral("h"), QStringLiteral("help")});
     parser.addOptions(
-        {list, markers, sequence, offset, unit, clear, todo, output, open, quiet, help});
+        {list, markers, sequence, offset, unit, clear, todo, output, open, encoding, quiet, help});
 
     if (!parser.parse(arguments)) {
         line.error = parser.errorText();
@@ -108,6 +113,13 @@ CommandLine CommandLine::parse(const QStringList &arguments)
         line.output = parser.value(output);
         if (line.output->isEmpty())
             line.error = QStringLiteral("--output needs a path");
+    }
+    if (parser.isSet(encoding)) {
+        line.encoding = parser.value(encoding).toUpper().toLatin1();
+        if (TextEncoding::decode(QByteArray(), line.encoding).isNull())
+            line.error = QStringLiteral("--encoding: no encoding is called \"%1\" here; "
+                                        "`iconv -l` lists them")
+                             .arg(parser.value(encoding));
     }
     if (parser.isSet(offset)) {
         bool ok = false;

@@ -21,6 +21,8 @@ struct CommandLine
     bool clear = false;
     bool todo = false;
     std::optional<QString> output;
+    /// The marker list's encoding; empty: detected.
+    QByteArray encoding;
     bool open = false;
     bool quiet = false;
 

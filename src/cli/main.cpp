@@ -61,7 +61,8 @@ int run(const CommandLine &line)
     if (!line.sequence && !session.items().isEmpty())
         session.chooseItem(session.items().first());
 
-    session.sendToFCP({line.clear, line.offset, line.unit, line.todo, line.output, line.open});
+    session.sendToFCP(
+        {line.clear, line.offset, line.unit, line.todo, line.output, line.open, line.encoding});
     session.waitForIdle();
     const ImportOutcome outcome = session.lastOutcome();
     const int status = TerminalHost::exitStatus(outcome);

@@ -281,7 +281,7 @@ ImportOutcome FCP7Import::startProcessingWithSettings(const TargetKind &kind,
     QFError errorSlot;
     const auto keep = [&errorSlot](const QFError &error) { errorSlot = error; };
     const MarkerListText::ImportText markerText =
-        MarkerListText::readForImport(markerListPath, keep, keep);
+        MarkerListText::readForImport(markerListPath, keep, keep, settings.markerListEncoding);
     QFLog::appendLog(u"Line count: %li", markerText.lineCount);
     if (markerText.lineCount < 2)
         return MarkerListText::unreadable();

@@ -206,8 +206,8 @@ ImportOutcome FCPXImport::startProcessingFCPXWithSettings(const TargetKind &kind
     const auto logReadError = [](const QFError &error) {
         QFLog::appendLog(u"Error importing markers: %@", error.localizedDescription());
     };
-    const MarkerListText::ImportText markerText =
-        MarkerListText::readForImport(markerListPath, logReadError, nullptr);
+    const MarkerListText::ImportText markerText = MarkerListText::readForImport(
+        markerListPath, logReadError, nullptr, settings.markerListEncoding);
     if (markerText.lineCount < 2)
         return MarkerListText::unreadable();
     QFLog::appendLog(u"Line count: %li", markerText.lineCount);

@@ -126,6 +126,7 @@ ImportSettings ImportSession::settingsFor(const ImportOptions &options) const
     settings.clearExistingMarkers = options.clearExistingMarkers;
     settings.frameOffset = options.frameOffset;
     settings.frameOffsetUnit = options.frameOffsetUnit;
+    settings.markerListEncoding = options.markerListEncoding;
     const std::optional<QString> chosen =
         m_chosen ? std::optional(m_chosen->representedObject) : std::nullopt;
     if (m_kind.isFCPX) {

@@ -28,6 +28,8 @@ struct ImportOptions
     std::optional<QString> outputPath;
     /// FCPX only: whether the result is opened in the editor.
     bool handOffResult = true;
+    /// The marker list's encoding, when the user names one.
+    QByteArray markerListEncoding;
 };
 
 /// The workflow of one marker list document, shared by every front end: adopting a

@@ -37,6 +37,9 @@ struct ImportSettings
     /// Where an XMEML result is written when not in place (the command line's
     /// --output). Not part of the dictionary: the window always writes in place.
     std::optional<QString> outputPath;
+    /// The marker list's encoding as the user named it; empty: detected. Not part of the
+    /// dictionary.
+    QByteArray markerListEncoding;
     /// Whether an FCPX result is handed to the editor. Not part of the dictionary: the
     /// window always hands it over, the command line only when asked.
     bool handOffResult = true;

@@ -59,7 +59,7 @@ QStringList splitLines(const QString &text)
 }
 
 ImportText readForImport(const QString &path, const ReadFailure &readFailed,
-                         const ReadFailure &otherFailed)
+                         const ReadFailure &otherFailed, const QByteArray &encodingAskedFor)
 {
     // Read once; a failed read is reported by every step that reads the text, as before.
     QFError readError;
@@ -77,10 +77,17 @@ ImportText readForImport(const QString &path, const ReadFailure &readFailed,
         return QString();
     };
     std::optional<QByteArray> encoding;
-    if (bytes)
-        encoding = TextEncoding::detect(*bytes);
-    else
+    QString why = QStringLiteral("asked for");
+    if (!bytes)
         error = readError;
+    else if (!encodingAskedFor.isEmpty())
+        encoding = encodingAskedFor;
+    else
+        encoding = TextEncoding::detect(*bytes, &why);
+    if (bytes)
+        QFLog::appendLog(u"Marker list encoding: %@ (%@)",
+                         QString::fromLatin1(encoding.value_or(TextEncoding::utf16LE)),
+                         encoding ? why : QStringLiteral("no reading stood out: UTF-16 assumed"));
     reportTo(otherFailed);
     ImportText read;
     read.text = textIn(encoding.value_or(TextEncoding::utf16LE));

@@ -37,8 +37,10 @@ struct ImportText
 /// otherFailed. The text is read as our format or as the export of another editor it is
 /// recognised as; each line that gives no marker is logged.
 using ReadFailure = std::function<void(const QFError &)>;
+/// An encoding asked for replaces the detection.
 ImportText readForImport(const QString &path, const ReadFailure &readFailed,
-                         const ReadFailure &otherFailed);
+                         const ReadFailure &otherFailed,
+                         const QByteArray &encodingAskedFor = QByteArray());
 
 /// Logs and gives what the import procedures say of a list of fewer than two lines.
 ImportOutcome unreadable();

@@ -13,11 +13,13 @@ namespace TextEncoding {
 inline const QByteArray utf8 = QByteArrayLiteral("UTF-8");
 inline const QByteArray utf16LE = QByteArrayLiteral("UTF-16LE");
 
-/// A byte order mark, else valid UTF-8, else what the charset detector finds (with
-/// MacRoman told apart from the Windows and ISO Latin sets, which the detector
-/// confuses it with). Nothing when unsure: the caller picks its own fallback. Bytes
-/// with a zero byte are left to that fallback too, being UTF-16 more likely than not.
-std::optional<QByteArray> detect(const QByteArray &bytes);
+/// A byte order mark, else valid UTF-8, else UTF-16 told by where its zero bytes lie,
+/// else the likeliest reading among the single-byte encodings editors' tools write
+/// (Windows-1252, MacRoman, ISO-8859-1 and -15, Windows-1250, Mac Central European,
+/// Windows-1251), the charset detector's answer counting one point; a tie goes to the
+/// platform's own legacy encoding. Nothing when unsure: the caller picks its own
+/// fallback. why, when given, says how the encoding was decided.
+std::optional<QByteArray> detect(const QByteArray &bytes, QString *why = nullptr);
 
 /// The bytes decoded with the encoding; a byte order mark at the start is dropped and
 /// invalid sequences become U+FFFD. valid, when given, tells whether there were none
