@@ -11,7 +11,7 @@ MarkerList MarkerList::fromText(const QString &text)
     // Counted as the parser splits: at line feeds, else at carriage returns.
     QString clean = text;
     clean.remove(QChar(u'\0'));
-    const char16_t separator = clean.contains(u'\n') ? u'\n' : u'\r';
+    const char16_t separator = QFFCP7MarkerListParser::lineSeparator(clean);
     for (const QStringView line : QStringView(clean).tokenize(separator))
         if (!line.trimmed().isEmpty())
             ++list.linesWithText;

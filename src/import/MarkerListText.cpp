@@ -1,6 +1,8 @@
 #include "MarkerListText.h"
 #include "TextEncoding.h"
 
+#include "import/QFFCP7MarkerListParser.h"
+
 #include "support/QFFileContents.h"
 #include "support/QFLog.h"
 
@@ -52,10 +54,7 @@ QStringList splitLines(const QString &text)
 {
     if (text.isNull())
         return {};
-    QStringList lines = text.split(u'\n');
-    if (lines.size() < 2)
-        lines = text.split(u'\r');
-    return lines;
+    return text.split(QFFCP7MarkerListParser::lineSeparator(text));
 }
 
 ImportText readForImport(const QString &path, const ReadFailure &readFailed,

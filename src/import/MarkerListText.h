@@ -16,8 +16,7 @@ namespace MarkerListText {
 /// kind of file, and importing it would take gigabytes.
 constexpr qint64 maximumFileSize = 16 * 1024 * 1024;
 
-/// The text's lines: split at line feeds, or at carriage returns when that gives
-/// fewer than two pieces. Empty for a null text.
+/// The text's lines, split where the parser splits them. Empty for a null text.
 QStringList splitLines(const QString &text);
 
 /// A marker list as the import procedures read it.

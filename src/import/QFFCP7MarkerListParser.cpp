@@ -115,6 +115,19 @@ std::optional<QStringList> QFFCP7MarkerListParser::parseLine(const QString &line
     return fieldsOf(trimmed);
 }
 
+char16_t QFFCP7MarkerListParser::lineSeparator(QStringView text)
+{
+    qsizetype lineFeeds = 0;
+    qsizetype bareReturns = 0;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        if (text[i] == u'\n')
+            ++lineFeeds;
+        else if (text[i] == u'\r' && (i + 1 == text.size() || text[i + 1] != u'\n'))
+            ++bareReturns;
+    }
+    return bareReturns > lineFeeds ? u'\r' : u'\n';
+}
+
 bool QFFCP7MarkerListParser::standsAlone(QStringView line)
 {
     qsizetype index = 0;
@@ -133,7 +146,7 @@ QList<QFMarkerRecord> QFFCP7MarkerListParser::parseMarkersFromText(const QString
     QString clean = text;
     // A 16-bit text read as 8-bit has a NUL after every character.
     clean.remove(QChar(u'\0'));
-    const char16_t separator = clean.contains(u'\n') ? u'\n' : u'\r';
+    const char16_t separator = lineSeparator(clean);
 
     QList<QFMarkerRecord> records;
     QString held; // held-back lines joined with line feeds

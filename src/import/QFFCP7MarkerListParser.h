@@ -45,6 +45,11 @@ public:
     static QList<QFMarkerRecord> parseMarkersFromText(const QString &text,
                                                       QList<SkippedLine> *leftOver = nullptr);
 
+    /// Where the text's lines end: at line feeds, or at carriage returns when it has more
+    /// bare ones (not before a line feed) than line feeds, as files of older Mac programs
+    /// do; a CR LF file ends its lines at the line feeds.
+    static char16_t lineSeparator(QStringView text);
+
     /// Whether a trimmed line has a marker's shape on its own: six or more fields, of
     /// which the fifth and sixth look like timecodes.
     static bool standsAlone(QStringView line);

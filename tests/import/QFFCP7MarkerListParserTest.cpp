@@ -67,6 +67,11 @@ TEST(ParseMarkersFromText, Records)
          {record({"#", "Track", "Name", "Comment", "Start", "Duration", "Color\r1", "V1", "Intro",
                   "Fade up", "01:00:00:00", "00:00:02:00", "Blue"}),
           record2}},
+        // Older Mac programs end lines with CR and may put a line feed inside a cell.
+        {"MoreBareCarriageReturnsThanLineFeeds",
+         header + "\r" + line1 + "\r" + line2.left(10) + "\n" + line2.mid(10) + "\r",
+         {headerRecord, record1,
+          record({"2", "V1", "Cut", "T\noo long", "01:00:05:00", "00:00:00:00", "Red"})}},
         {"NulInterleaved",
          interleaveNuls(header + "\r\n" + line1 + "\r\n"),
          {headerRecord, record1}},
@@ -160,9 +165,7 @@ TEST(ParseLine, ReportsTheReason)
 Records literalParse(QString text)
 {
     text.remove(QChar(u'\0'));
-    QStringList pieces = text.split(u'\n');
-    if (pieces.size() < 2)
-        pieces = text.split(u'\r');
+    const QStringList pieces = text.split(QFFCP7MarkerListParser::lineSeparator(text));
     QStringList held;
     Records records;
     for (QString piece : pieces) {
