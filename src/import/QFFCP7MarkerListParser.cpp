@@ -91,6 +91,100 @@ QStringList fieldsOf(QStringView trimmed)
     return fields;
 }
 
+// What a quoted cell holds that would otherwise end its field or line, kept out of the
+// way of the splitting in characters of the private use area, and put back after it.
+constexpr char16_t quotedTab = u'\uE000';
+constexpr char16_t quotedLineFeed = u'\uE001';
+constexpr char16_t quotedReturn = u'\uE002';
+
+void restoreQuoted(QString &field)
+{
+    field.replace(QChar(quotedTab), u'\t')
+        .replace(QChar(quotedLineFeed), u'\n')
+        .replace(QChar(quotedReturn), u'\r');
+}
+
+/// A line of a text whose quoted cells are unquoted: its text (a view into the
+/// unquoted text) and the lines of the file it spans that hold text.
+struct Line
+{
+    QStringView text;
+    QList<qsizetype> textLines;
+};
+
+/// The text's lines with every cell that begins with a double quote unquoted as
+/// spreadsheet programs write it: doubled quotes inside become one, and tabs and line
+/// breaks inside belong to the cell. The unquoted text is kept in storage.
+QList<Line> unquotedLines(const QString &text, char16_t separator, QString &storage)
+{
+    storage.reserve(text.size());
+    struct Span
+    {
+        qsizetype begin;
+        qsizetype end;
+        QList<qsizetype> textLines;
+    };
+    QList<Span> spans{{0, 0, {}}};
+    qsizetype physical = 1;
+    bool physicalHasText = false;
+    const auto endPhysical = [&] {
+        if (physicalHasText)
+            spans.last().textLines.append(physical);
+        ++physical;
+        physicalHasText = false;
+    };
+    bool fieldStart = true;
+    bool inQuotes = false;
+    for (qsizetype i = 0; i < text.size(); ++i) {
+        const QChar c = text[i];
+        if (inQuotes) {
+            if (c == u'"') {
+                if (i + 1 < text.size() && text[i + 1] == u'"') {
+                    storage += u'"';
+                    ++i;
+                } else {
+                    inQuotes = false;
+                }
+                continue;
+            }
+            if (c == separator)
+                endPhysical();
+            else if (!c.isSpace())
+                physicalHasText = true;
+            storage += c == u'\t'   ? QChar(quotedTab)
+                       : c == u'\n' ? QChar(quotedLineFeed)
+                       : c == u'\r' ? QChar(quotedReturn)
+                                    : c;
+            continue;
+        }
+        if (c == separator) {
+            endPhysical();
+            spans.last().end = storage.size();
+            spans.append({storage.size(), storage.size(), {}});
+            fieldStart = true;
+            continue;
+        }
+        if (c == u'"' && fieldStart) {
+            inQuotes = true;
+            physicalHasText = true;
+            fieldStart = false;
+            continue;
+        }
+        storage += c;
+        fieldStart = c == u'\t';
+        if (!c.isSpace())
+            physicalHasText = true;
+    }
+    endPhysical();
+    spans.last().end = storage.size();
+    QList<Line> lines;
+    lines.reserve(spans.size());
+    for (const Span &span : std::as_const(spans))
+        lines.append(
+            {QStringView(storage).sliced(span.begin, span.end - span.begin), span.textLines});
+    return lines;
+}
+
 QFError lineError(const QString &reason)
 {
     return QFError::make(QFFCP7MarkerListParser::errorDomain, QFFCP7MarkerListParser::errorCode,
@@ -169,11 +263,28 @@ QList<QFMarkerRecord> QFFCP7MarkerListParser::parseMarkersFromText(const QString
         clearHeld();
     };
 
-    qsizetype lineNumber = 0;
-    for (const QStringView rawPiece : QStringView(clean).tokenize(separator)) {
-        ++lineNumber;
+    // Spreadsheet programs quote a cell that holds a tab, a line break or a quote; such a
+    // cell is unquoted first, and a record then spans the lines its cells do.
+    const bool quoted = clean.contains(u'"');
+    QString unquoted;
+    const QList<Line> lines = quoted ? unquotedLines(clean, separator, unquoted) : QList<Line>();
+    const qsizetype count = quoted ? lines.size() : qsizetype(clean.count(QChar(separator))) + 1;
+    QStringView rest(clean);
+    for (qsizetype index = 0; index < count; ++index) {
+        QStringView rawPiece;
+        QList<qsizetype> pieceLines;
+        if (quoted) {
+            rawPiece = lines[index].text;
+            pieceLines = lines[index].textLines;
+        } else {
+            const qsizetype end = rest.indexOf(QChar(separator));
+            rawPiece = end < 0 ? rest : rest.first(end);
+            rest = end < 0 ? QStringView() : rest.sliced(end + 1);
+        }
         const QStringView piece = stripLineEnds(rawPiece);
         const Shape pieceShape = Shape::of(piece);
+        if (!quoted && !pieceShape.blank)
+            pieceLines = {index + 1};
 
         // A line with a marker's shape starts afresh: what was held back before it is
         // reported rather than swallowing it.
@@ -183,7 +294,7 @@ QList<QFMarkerRecord> QFFCP7MarkerListParser::parseMarkersFromText(const QString
             QStringList fields = fieldsOf(piece.trimmed());
             if (fields.size() < minimumFields)
                 fields.append(QString()); // the empty colour column the trim took
-            records.append({std::move(fields), {lineNumber}});
+            records.append({std::move(fields), pieceLines});
             continue;
         }
 
@@ -199,10 +310,7 @@ QList<QFMarkerRecord> QFFCP7MarkerListParser::parseMarkersFromText(const QString
                 candidate += u'\n';
             candidate += piece;
             if (std::optional<QStringList> fields = parseLine(candidate, &error)) {
-                QList<qsizetype> lines = heldTextLines;
-                if (!pieceShape.blank)
-                    lines.append(lineNumber);
-                records.append({std::move(*fields), std::move(lines)});
+                records.append({std::move(*fields), heldTextLines + pieceLines});
                 clearHeld();
                 continue;
             }
@@ -216,13 +324,17 @@ QList<QFMarkerRecord> QFFCP7MarkerListParser::parseMarkersFromText(const QString
                 held += u'\n';
             held += piece;
             ++heldLines;
-            if (!pieceShape.blank)
-                heldTextLines.append(lineNumber);
+            heldTextLines += pieceLines;
             heldShape = candidateShape;
             continue;
         }
         std::fprintf(stderr, "Failed to parse line: %s\n", qUtf8Printable(error.description()));
     }
     dropHeld();
+    if (quoted) {
+        for (QFMarkerRecord &record : records)
+            for (QString &field : record.fields)
+                restoreQuoted(field);
+    }
     return records;
 }

@@ -72,6 +72,12 @@ TEST(ParseMarkersFromText, Records)
          header + "\r" + line1 + "\r" + line2.left(10) + "\n" + line2.mid(10) + "\r",
          {headerRecord, record1,
           record({"2", "V1", "Cut", "T\noo long", "01:00:05:00", "00:00:00:00", "Red"})}},
+        // Spreadsheet quoting: doubled quotes inside, and a tab and a line break.
+        {"QuotedCells",
+         header + "\n1\tV1\t\"Cue \"\"Morning Light\"\" starts\"\t\"one\ttwo\nthree\"\t"
+                  "01:00:00:00\t00:00:00:00\tRed\n",
+         {headerRecord, record({"1", "V1", "Cue \"Morning Light\" starts", "one\ttwo\nthree",
+                                "01:00:00:00", "00:00:00:00", "Red"})}},
         {"NulInterleaved",
          interleaveNuls(header + "\r\n" + line1 + "\r\n"),
          {headerRecord, record1}},
@@ -140,6 +146,13 @@ TEST(ParseMarkersFromText, RecordsKnowTheirLinesAndLeftOverLinesAreReported)
     EXPECT_EQ(records[2].lines, QList<qsizetype>({7}));
     EXPECT_EQ(leftOver, QList<SkippedLine>({{6, u"seven columns expected, found 3"_s},
                                             {8, u"seven columns expected, found 2"_s}}));
+
+    // A quoted cell over three lines: the record spans them.
+    const QList<QFMarkerRecord> quoted = QFFCP7MarkerListParser::parseMarkersFromText(
+        header + "\n1\tV1\tA\t\"first\n\nthird\"\t01:00:00:00\t00:00:00:00\tRed\n");
+    ASSERT_EQ(quoted.size(), 2);
+    EXPECT_EQ(quoted[1].lines, QList<qsizetype>({2, 4}));
+    EXPECT_EQ(quoted[1].fields[3], u"first\n\nthird");
 }
 
 TEST(ParseLine, ReportsTheReason)
