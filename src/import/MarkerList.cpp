@@ -28,7 +28,7 @@ MarkerList MarkerList::fromText(const QString &text)
         list.headerLines = header.lines;
 
     for (QFMarkerRecord &record : records) {
-        if (record.lines.size() > 1 && record.fields.size() != 7) {
+        if (record.joined && record.fields.size() != 7) {
             const QString why = QStringLiteral("lines %1 to %2 join into %3 columns; a record "
                                                "spanning lines needs seven")
                                     .arg(record.lines.first())

@@ -310,7 +310,7 @@ QList<QFMarkerRecord> QFFCP7MarkerListParser::parseMarkersFromText(const QString
                 candidate += u'\n';
             candidate += piece;
             if (std::optional<QStringList> fields = parseLine(candidate, &error)) {
-                records.append({std::move(*fields), heldTextLines + pieceLines});
+                records.append({std::move(*fields), heldTextLines + pieceLines, heldLines > 0});
                 clearHeld();
                 continue;
             }

@@ -14,8 +14,11 @@
 struct QFMarkerRecord
 {
     QStringList fields;
-    /// The lines (from 1) holding its text; more than one when short lines were joined.
+    /// The lines (from 1) holding its text; more than one when short lines were joined
+    /// or a quoted cell spans lines.
     QList<qsizetype> lines;
+    /// Whether lines short of seven fields were joined into it.
+    bool joined = false;
 
     friend bool operator==(const QFMarkerRecord &, const QFMarkerRecord &) = default;
 };

@@ -143,6 +143,7 @@ TEST(ParseMarkersFromText, RecordsKnowTheirLinesAndLeftOverLinesAreReported)
     ASSERT_EQ(records.size(), 3);
     EXPECT_EQ(records[0].lines, QList<qsizetype>({1}));
     EXPECT_EQ(records[1].lines, QList<qsizetype>({3, 5}));
+    EXPECT_TRUE(records[1].joined);
     EXPECT_EQ(records[2].lines, QList<qsizetype>({7}));
     EXPECT_EQ(leftOver, QList<SkippedLine>({{6, u"seven columns expected, found 3"_s},
                                             {8, u"seven columns expected, found 2"_s}}));
