@@ -20,7 +20,8 @@ MarkerList MarkerList::fromText(const QString &text)
         return list;
     const QFMarkerRecord header = records.takeFirst();
     // A list saved without its header would otherwise lose its first marker unnoticed.
-    if (header.lines.size() == 1 && QFFCP7MarkerListParser::standsAlone(header.fields.join(u'\t')))
+    if (!header.joined && !header.lines.isEmpty() &&
+        QFFCP7MarkerListParser::standsAlone(header.fields.join(u'\t')))
         list.skipped.append({header.lines.first(),
                              QStringLiteral("line %1 holds a marker, not a column header: skipped")
                                  .arg(header.lines.first())});
