@@ -1,5 +1,6 @@
 #include "MarkerExports.h"
 
+#include "import/QFFCP7MarkerListParser.h"
 #include "xml/QFFCPXMLMarkerReader.h"
 
 #include <QFileInfo>
@@ -27,13 +28,27 @@ bool isFrameCount(const QString &text)
     return text.toLongLong(&number) >= 0 && number;
 }
 
+/// The lines, ended as our own lists' are (CR-only files of older tools too).
 QStringList linesOf(const QString &text)
 {
-    QStringList lines = text.split(u'\n');
-    for (QString &line : lines)
-        if (line.endsWith(u'\r'))
+    const char16_t separator = QFFCP7MarkerListParser::lineSeparator(text);
+    QStringList lines = text.split(separator);
+    for (QString &line : lines) {
+        while (line.endsWith(u'\r') || line.endsWith(u'\n'))
             line.chop(1);
+        while (line.startsWith(u'\n'))
+            line.remove(0, 1);
+    }
     return lines;
+}
+
+/// The first line with something on it after the given one, or -1.
+qsizetype nextLineWithText(const QStringList &lines, qsizetype after)
+{
+    for (qsizetype i = after + 1; i < lines.size(); ++i)
+        if (!lines[i].trimmed().isEmpty())
+            return i;
+    return -1;
 }
 
 /// The first line with something on it.
@@ -138,21 +153,54 @@ std::optional<quint64> frameCount(const QString &text)
     return number && count >= 0 ? std::optional(quint64(count)) : std::nullopt;
 }
 
+/// A line that begins a Media Composer marker: a user, then a timecode.
+bool beginsAvidMarker(const QString &line)
+{
+    const QStringList f = line.split(u'\t');
+    return f.size() >= 2 && isTimecode(f[1].trimmed());
+}
+
+/// Media Composer's exports: User, Timecode, Track, Colour, Comment, and in newer
+/// versions Duration (frames) and more. A comment with line breaks goes on over the
+/// lines that follow until the next marker begins, or until the row has its columns.
 void readAvid(const QStringList &lines, MarkerListBuilder &list)
 {
+    const qsizetype first = nextLineWithText(lines, -1);
+    const QStringList firstFields = first < 0 ? QStringList() : lines[first].split(u'\t');
+    const bool withDuration = firstFields.size() >= 6 && isFrameCount(firstFields[5].trimmed());
+    const qsizetype columns = withDuration ? 6 : 5;
     for (qsizetype i = 0; i < lines.size(); ++i) {
         if (lines[i].trimmed().isEmpty())
             continue;
-        const QStringList f = lines[i].split(u'\t');
-        if (f.size() < 6)
-            list.skip(i, QStringLiteral("fewer than six columns"));
-        else if (!isTimecode(f[1].trimmed()))
+        if (!beginsAvidMarker(lines[i])) {
             list.skip(i, QStringLiteral("no timecode in the second column"));
-        else if (!isFrameCount(f[5].trimmed()))
-            list.skip(i, QStringLiteral("the duration is no number of frames"));
-        else
-            list.add(i, f[4], QString(), f[1].trimmed(), f[5].trimmed(), nearestColour(f[3]),
-                     frameCount(f[5]));
+            continue;
+        }
+        QString row = lines[i];
+        QList<qsizetype> rowLines{i};
+        while (row.count(u'\t') + 1 < columns && i + 1 < lines.size() &&
+               !beginsAvidMarker(lines[i + 1])) {
+            row += u'\n' + lines[++i];
+            if (!lines[i].trimmed().isEmpty())
+                rowLines.append(i);
+        }
+        const QStringList f = row.split(u'\t');
+        if (f.size() < columns) {
+            for (const qsizetype line : std::as_const(rowLines))
+                list.skip(line, columns == 6 ? QStringLiteral("fewer than six columns")
+                                             : QStringLiteral("fewer than five columns"));
+            continue;
+        }
+        if (withDuration && !isFrameCount(f[5].trimmed())) {
+            for (const qsizetype line : std::as_const(rowLines))
+                list.skip(line, QStringLiteral("the duration is no number of frames"));
+            continue;
+        }
+        list.add(rowLines.first(), f[4], QString(), f[1].trimmed(),
+                 withDuration ? f[5].trimmed() : QStringLiteral("0"), nearestColour(f[3]),
+                 withDuration ? frameCount(f[5]) : std::optional<quint64>(0));
+        for (qsizetype more = 1; more < rowLines.size(); ++more)
+            list.addLineToLast(rowLines[more]);
     }
 }
 
@@ -192,6 +240,19 @@ void readResolveEdl(const QStringList &lines, MarkerListBuilder &list)
     bool dropFrame = false;
     qsizetype pendingEvent = -1; // the line of an event still waiting for its marker line
     QString recordIn;
+    // A note with line breaks: the lines after the event up to its marker line.
+    QStringList noteLines;
+    QList<qsizetype> noteLineNumbers;
+    const auto dropEvent = [&] {
+        if (pendingEvent >= 0) {
+            list.skip(pendingEvent, QStringLiteral("an event without a marker line"));
+            for (const qsizetype line : std::as_const(noteLineNumbers))
+                list.skip(line, QStringLiteral("a note without its marker line"));
+        }
+        pendingEvent = -1;
+        noteLines.clear();
+        noteLineNumbers.clear();
+    };
     for (qsizetype i = 0; i < lines.size(); ++i) {
         const QString line = lines[i].trimmed();
         if (line.isEmpty())
@@ -206,8 +267,7 @@ void readResolveEdl(const QStringList &lines, MarkerListBuilder &list)
             continue;
         }
         if (const QRegularExpressionMatch match = event.match(line); match.hasMatch()) {
-            if (pendingEvent >= 0)
-                list.skip(pendingEvent, QStringLiteral("an event without a marker line"));
+            dropEvent();
             recordIn = match.captured(3);
             pendingEvent = isTimecode(recordIn) ? i : -1;
             if (pendingEvent < 0)
@@ -216,7 +276,12 @@ void readResolveEdl(const QStringList &lines, MarkerListBuilder &list)
         }
         const QRegularExpressionMatch match = marker.match(line);
         if (!match.hasMatch()) {
-            list.skip(i, QStringLiteral("neither an event nor a marker line"));
+            if (pendingEvent >= 0) {
+                noteLines << line;
+                noteLineNumbers << i;
+            } else {
+                list.skip(i, QStringLiteral("neither an event nor a marker line"));
+            }
             continue;
         }
         if (pendingEvent < 0) {
@@ -228,14 +293,18 @@ void readResolveEdl(const QStringList &lines, MarkerListBuilder &list)
             start[start.size() - 3] = u';';
         QString colour = match.captured(2);
         colour.remove(QStringLiteral("ResolveColor"));
-        list.add(pendingEvent, match.captured(3), match.captured(1), start, match.captured(4),
-                 nearestColour(colour), frameCount(match.captured(4)));
-        // The event line and its marker line are one marker.
+        noteLines << match.captured(1);
+        list.add(pendingEvent, match.captured(3), noteLines.join(u' ').trimmed(), start,
+                 match.captured(4), nearestColour(colour), frameCount(match.captured(4)));
+        // The event line, the note's lines and the marker line are one marker.
+        for (const qsizetype noteLine : std::as_const(noteLineNumbers))
+            list.addLineToLast(noteLine);
         list.addLineToLast(i);
         pendingEvent = -1;
+        noteLines.clear();
+        noteLineNumbers.clear();
     }
-    if (pendingEvent >= 0)
-        list.skip(pendingEvent, QStringLiteral("an event without a marker line"));
+    dropEvent();
 }
 
 } // namespace
@@ -252,8 +321,18 @@ Source recognise(const QString &text)
     if (first.startsWith(u"TITLE:") && text.contains(u"|M:"))
         return Source::ResolveEdl;
     const QStringList f = first.split(u'\t');
-    if (f.size() >= 6 && isTimecode(f[1].trimmed()) && isFrameCount(f[5].trimmed()))
+    if (f.size() >= 5 && isTimecode(f[1].trimmed()) &&
+        (f.size() == 5 || isFrameCount(f[5].trimmed())))
         return Source::Avid;
+    // Premiere's header in any language: six columns over rows whose In, Out and
+    // Duration are timecodes.
+    const qsizetype second = nextLineWithText(lines, nextLineWithText(lines, -1));
+    if (f.size() == 6 && second > 0) {
+        const QStringList row = lines[second].split(u'\t');
+        if (row.size() >= 5 && isTimecode(row[2].trimmed()) && isTimecode(row[3].trimmed()) &&
+            isTimecode(row[4].trimmed()))
+            return Source::Premiere;
+    }
     return Source::MarkerList;
 }
 

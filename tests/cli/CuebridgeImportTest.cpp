@@ -306,9 +306,10 @@ TEST_F(Cli, OtherEditorsMarkerExportsLandAsOurListsDo)
         const char *file;
         QStringList comments;
         QString skipped;
-    } exports[] = {{"avid.txt", {u""_s, u""_s, u""_s}, u"Line 4: fewer than six columns"_s},
-                   {"premiere.csv", comments, u"Line 5: the In column holds no timecode"_s},
-                   {"resolve.edl", comments, u"Line 13: neither an event nor a marker line"_s}};
+    } exports[] = {
+        {"avid.txt", {u""_s, u""_s, u""_s}, u"Line 4: no timecode in the second column"_s},
+        {"premiere.csv", comments, u"Line 5: the In column holds no timecode"_s},
+        {"resolve.edl", comments, u"Line 13: neither an event nor a marker line"_s}};
     const QStringList names{u"Fix the flare"_s, u"Music cue in"_s, u"Check the sync"_s};
     for (const auto &e : exports) {
         SCOPED_TRACE(e.file);

@@ -1,4 +1,5 @@
 #include "import/MarkerListText.h"
+#include "import/MarkerExports.h"
 #include "import/QFFCP7MarkerListParser.h"
 #include "import/TextEncoding.h"
 
@@ -88,6 +89,65 @@ TEST_F(LoggedTest, TheExampleListsInEachEncodingGiveTheSameMarkers)
     EXPECT_EQ(records(home.file(u"markless.txt"_s, TempHome::read(utf16).mid(2))), utf8);
     EXPECT_TRUE(utf8[8].contains(u"|Line 14 re-recorded,\nuse take 3 from the pickup session|"));
     EXPECT_TRUE(utf8[10].startsWith(QString::fromUtf8("Björk's line|")));
+}
+
+} // namespace
+
+namespace {
+
+// Other editors' exports by their structure: each marker's name, start, duration in
+// frames and lines, and every line with text accounted for.
+TEST(MarkerExports, FormsAreRecognisedByStructureAndEveryLineIsAccountedFor)
+{
+    struct Marker
+    {
+        const char16_t *name;
+        const char16_t *start;
+        quint64 frames;
+        QList<qsizetype> lines;
+    };
+    const struct
+    {
+        const char *name;
+        QString text;
+        MarkerExports::Source source;
+        QList<Marker> markers;
+    } cases[] = {
+        {"PremiereInRussian",
+         u"Имя маркера\tОписание\tВход\tВыход\tПродолжительность\tТип маркера\r\n"
+         u"Маркер 1\t\t00:00:01;00\t00:00:01;00\t00:00:00;00\tКомментарий\r\n"_s,
+         MarkerExports::Source::Premiere,
+         {{u"Маркер 1", u"00:00:01;00", 0, {2}}}},
+        {"MediaComposerFiveColumnsCarriageReturns",
+         u"editor\t01:00:10:00\tV1\tred\tFix\reditor\t01:00:20:00\tV1\tblue\tSecond\r"_s,
+         MarkerExports::Source::Avid,
+         {{u"Fix", u"01:00:10:00", 0, {1}}, {u"Second", u"01:00:20:00", 0, {2}}}},
+        {"MediaComposerCommentOverTwoLines",
+         u"editor\t01:00:10:00\tV1\tred\tFirst\nsecond part\t5\neditor\t01:00:20:00\tV1\tred\tNext\t0\n"_s,
+         MarkerExports::Source::Avid,
+         {{u"First second part", u"01:00:10:00", 5, {1, 2}}, {u"Next", u"01:00:20:00", 0, {3}}}},
+        {"ResolveNoteOverTwoLines",
+         u"TITLE: T\nFCM: NON-DROP FRAME\n\n001  001  V  C  01:00:10:00 01:00:10:01 01:00:10:00 "
+         u"01:00:10:01\nFirst half\nsecond half |C:ResolveColorBlue |M:Flare |D:5\n"_s,
+         MarkerExports::Source::ResolveEdl,
+         {{u"Flare", u"01:00:10:00", 5, {4, 5, 6}}}},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        ASSERT_EQ(MarkerExports::recognise(c.text), c.source);
+        const MarkerList list = MarkerExports::read(c.text, c.source);
+        ASSERT_EQ(list.markers.size(), c.markers.size());
+        for (qsizetype i = 0; i < list.markers.size(); ++i) {
+            EXPECT_EQ(list.markers[i].name, QString::fromUtf16(c.markers[i].name));
+            EXPECT_EQ(list.markers[i].start, QString::fromUtf16(c.markers[i].start));
+            EXPECT_EQ(list.markers[i].durationFrames.value_or(0), c.markers[i].frames);
+            EXPECT_EQ(list.markers[i].lines, c.markers[i].lines);
+        }
+        ImportReport report = list.report();
+        for (const MarkerRecord &m : list.markers)
+            report.written.append({m.lines, QString(), QString()});
+        EXPECT_TRUE(report.accountsForEveryLine());
+    }
 }
 
 } // namespace
