@@ -8,6 +8,8 @@
 #include <QRegularExpression>
 #include <QStringList>
 
+#include <algorithm>
+
 namespace MarkerExports {
 
 namespace {
@@ -165,9 +167,11 @@ bool beginsAvidMarker(const QString &line)
 /// lines that follow until the next marker begins, or until the row has its columns.
 void readAvid(const QStringList &lines, MarkerListBuilder &list)
 {
-    const qsizetype first = nextLineWithText(lines, -1);
-    const QStringList firstFields = first < 0 ? QStringList() : lines[first].split(u'\t');
-    const bool withDuration = firstFields.size() >= 6 && isFrameCount(firstFields[5].trimmed());
+    // Newer versions write a duration on every line; the first may be cut by its comment.
+    const bool withDuration = std::any_of(lines.begin(), lines.end(), [](const QString &line) {
+        const QStringList f = line.split(u'\t');
+        return f.size() >= 6 && isTimecode(f[1].trimmed()) && isFrameCount(f[5].trimmed());
+    });
     const qsizetype columns = withDuration ? 6 : 5;
     for (qsizetype i = 0; i < lines.size(); ++i) {
         if (lines[i].trimmed().isEmpty())
