@@ -23,6 +23,7 @@
 #include <QSet>
 
 #include <algorithm>
+#include <cmath>
 #include <memory>
 
 namespace {
@@ -55,10 +56,11 @@ FrameRate readFrameRate(const XmlNode &document, const XmlNode &sequence, QStrin
     QFLog::appendLog(u"format: %@", formatId);
     QFLog::appendLog(u"dur: %@", *frameDuration);
 
-    const FrameRate rate = FrameRate::fromFrameDuration(
+    FrameRate rate = FrameRate::fromFrameDuration(
         *frameDuration, QFXMLParser::stringValueForQuery(QStringLiteral("./@tcFormat[1]/text()"),
                                                          sequence) == u"DF");
-    // Logged only: the list's timecodes are absolute, like the clips' offsets.
+    // The list's timecodes are absolute, like the clips' offsets; times counted from the
+    // timeline's start (subtitles, chapters) begin here.
     const double startFrame =
         QFFCPXMLParser::secondsFromTimeString(
             QFXMLParser::stringValueForQuery(QStringLiteral("./@tcStart"), sequence)) *
@@ -67,6 +69,7 @@ FrameRate readFrameRate(const XmlNode &document, const XmlNode &sequence, QStrin
     QFLog::appendLog(u"Timebase: %i", rate.timebase);
     QFLog::appendLog(u"NTSC: %i", int(rate.ntsc));
     QFLog::appendLog(u"Start frame: %li", QFNumberReader::toInt64(startFrame));
+    rate.timelineStart = QFNumberReader::toUInt64(std::round(startFrame));
     return rate;
 }
 

@@ -109,14 +109,33 @@ public:
              std::optional<quint64> durationFrames = std::nullopt,
              MarkerRecord::Kind kind = MarkerRecord::Kind::Standard)
     {
-        m_list.markers.append({field(name),
-                               field(comment),
-                               start,
-                               duration,
-                               colour,
-                               kind,
-                               durationFrames,
-                               {line + 1}});
+        MarkerRecord marker;
+        marker.name = field(name);
+        marker.comment = field(comment);
+        marker.start = start;
+        marker.duration = duration;
+        marker.color = colour;
+        marker.kind = kind;
+        marker.durationFrames = durationFrames;
+        marker.lines = {line + 1};
+        m_list.markers.append(std::move(marker));
+    }
+    /// A marker timed in seconds from the timeline's start; the texts are shown.
+    void addTimed(qsizetype line, const QString &name, const QString &comment,
+                  const QString &startText, double start, const QString &durationText,
+                  double duration, MarkerRecord::Kind kind = MarkerRecord::Kind::Standard)
+    {
+        MarkerRecord marker;
+        marker.name = field(name);
+        marker.comment = field(comment);
+        marker.start = startText;
+        marker.duration = durationText;
+        marker.color = QStringLiteral("Red");
+        marker.kind = kind;
+        marker.startSeconds = start;
+        marker.durationSeconds = duration;
+        marker.lines = {line + 1};
+        m_list.markers.append(std::move(marker));
     }
     void addLineToLast(qsizetype line) { m_list.markers.last().lines.append(line + 1); }
     void header(qsizetype line) { m_list.headerLines.append(line + 1); }
@@ -311,6 +330,143 @@ void readResolveEdl(const QStringList &lines, MarkerListBuilder &list)
     dropEvent();
 }
 
+/// Seconds of "h:mm:ss.ddd", "m:ss.ddd" or "ss.ddd" (a comma may stand for the
+/// point, as subtitles write it); nothing for other text.
+std::optional<double> decimalSeconds(QString text)
+{
+    text = text.trimmed().replace(u',', u'.');
+    const QStringList parts = text.split(u':');
+    if (parts.size() > 3 || text.isEmpty())
+        return std::nullopt;
+    double seconds = 0;
+    for (const QString &part : parts) {
+        bool number = false;
+        const double value = part.toDouble(&number);
+        if (!number || value < 0 || part.startsWith(u'+'))
+            return std::nullopt;
+        seconds = seconds * 60 + value;
+    }
+    return seconds;
+}
+
+/// Audition's times: decimal, or a timecode at the frame rate its time format names
+/// ("30 fps", "29.97 fps").
+std::optional<double> auditionSeconds(const QString &time, const QString &format)
+{
+    if (format.trimmed().compare(u"decimal", Qt::CaseInsensitive) == 0)
+        return decimalSeconds(time);
+    static const QRegularExpression fps(QStringLiteral("^(\\d+(?:\\.\\d+)?) ?fps"),
+                                        QRegularExpression::CaseInsensitiveOption);
+    const QRegularExpressionMatch rate = fps.match(format.trimmed());
+    if (!rate.hasMatch() || !isTimecode(time.trimmed()))
+        return std::nullopt;
+    const QStringList f = time.trimmed().split(QRegularExpression(QStringLiteral("[:;.]")));
+    const double framesPerSecond = std::round(rate.captured(1).toDouble());
+    if (framesPerSecond <= 0)
+        return std::nullopt;
+    return f[0].toInt() * 3600.0 + f[1].toInt() * 60.0 + f[2].toInt() +
+           f[3].toInt() / framesPerSecond;
+}
+
+void readAudition(const QStringList &lines, MarkerListBuilder &list)
+{
+    bool headerSeen = false;
+    for (qsizetype i = 0; i < lines.size(); ++i) {
+        if (lines[i].trimmed().isEmpty())
+            continue;
+        if (!headerSeen) {
+            headerSeen = true;
+            list.header(i);
+            continue;
+        }
+        const QStringList f = lines[i].split(u'\t');
+        const auto start = f.size() >= 4 ? auditionSeconds(f[1], f[3]) : std::nullopt;
+        const auto duration = f.size() >= 4 ? auditionSeconds(f[2], f[3]) : std::nullopt;
+        if (f.size() < 4)
+            list.skip(i, QStringLiteral("fewer than four columns"));
+        else if (!start || !duration)
+            list.skip(i, QStringLiteral("times in \"%1\" are not read").arg(f[3].trimmed()));
+        else
+            list.addTimed(i, f[0], f.value(5), f[1].trimmed(), *start, f[2].trimmed(), *duration);
+    }
+}
+
+const QRegularExpression &cueTiming()
+{
+    static const QRegularExpression timing(
+        QStringLiteral("^((?:\\d+:)?\\d{1,2}:\\d\\d[,.]\\d{1,3})\\s+-->\\s+((?:\\d+:)?\\d{1,2}:"
+                       "\\d\\d[,.]\\d{1,3})"));
+    return timing;
+}
+
+/// SubRip and WebVTT: cues of a timing line and text lines, between blank lines; a
+/// number or identifier line may come first. The first text line names the marker,
+/// the rest is its comment.
+void readSubtitles(const QStringList &lines, MarkerListBuilder &list, bool webVtt)
+{
+    qsizetype i = 0;
+    if (webVtt) { // the header block
+        for (; i < lines.size() && !lines[i].trimmed().isEmpty(); ++i)
+            list.header(i);
+    }
+    while (i < lines.size()) {
+        if (lines[i].trimmed().isEmpty()) {
+            ++i;
+            continue;
+        }
+        QList<qsizetype> block;
+        for (; i < lines.size() && !lines[i].trimmed().isEmpty(); ++i)
+            block << i;
+        qsizetype timingAt = -1;
+        for (qsizetype j = 0; j < std::min<qsizetype>(2, block.size()) && timingAt < 0; ++j)
+            if (cueTiming().match(lines[block[j]].trimmed()).hasMatch())
+                timingAt = j;
+        if (timingAt < 0) {
+            const bool note = webVtt && (lines[block.first()].startsWith(u"NOTE") ||
+                                         lines[block.first()].startsWith(u"STYLE") ||
+                                         lines[block.first()].startsWith(u"REGION"));
+            for (const qsizetype line : std::as_const(block))
+                list.skip(line, note ? QStringLiteral("a note or style block, not a cue")
+                                     : QStringLiteral("no cue timing"));
+            continue;
+        }
+        const QRegularExpressionMatch timing = cueTiming().match(lines[block[timingAt]].trimmed());
+        const double start = decimalSeconds(timing.captured(1)).value_or(0);
+        const double end = decimalSeconds(timing.captured(2)).value_or(start);
+        QStringList text;
+        for (qsizetype j = timingAt + 1; j < block.size(); ++j)
+            text << lines[block[j]].trimmed();
+        list.addTimed(block.first(), text.value(0), text.mid(1).join(u' '), timing.captured(1),
+                      start, timing.captured(2), std::max(0.0, end - start));
+        for (qsizetype j = 1; j < block.size(); ++j)
+            list.addLineToLast(block[j]);
+    }
+}
+
+const QRegularExpression &chapterLine()
+{
+    static const QRegularExpression line(
+        QStringLiteral("^((?:\\d+:)?\\d{1,2}:\\d\\d)\\s+[-–:]?\\s*(\\S.*)$"));
+    return line;
+}
+
+void readChapters(const QStringList &lines, MarkerListBuilder &list)
+{
+    for (qsizetype i = 0; i < lines.size(); ++i) {
+        const QString line = lines[i].trimmed();
+        if (line.isEmpty())
+            continue;
+        const QRegularExpressionMatch match = chapterLine().match(line);
+        if (!match.hasMatch()) {
+            list.skip(i, QStringLiteral("no chapter time at its start"));
+            continue;
+        }
+        list.addTimed(i, match.captured(2), QString(), match.captured(1),
+                      decimalSeconds(match.captured(1)).value_or(0), QStringLiteral("0"), 0,
+                      MarkerRecord::Kind::Chapter);
+    }
+}
+
 } // namespace
 
 Source recognise(const QString &text)
@@ -324,19 +480,32 @@ Source recognise(const QString &text)
         return Source::Premiere;
     if (first.startsWith(u"TITLE:") && text.contains(u"|M:"))
         return Source::ResolveEdl;
+    if (first.startsWith(u"WEBVTT"))
+        return Source::WebVtt;
     const QStringList f = first.split(u'\t');
+    const qsizetype second = nextLineWithText(lines, nextLineWithText(lines, -1));
+    const QString secondLine = second > 0 ? lines[second].trimmed() : QString();
+    if (cueTiming().match(first.trimmed()).hasMatch() || cueTiming().match(secondLine).hasMatch())
+        return Source::SubRip;
     if (f.size() >= 5 && isTimecode(f[1].trimmed()) &&
         (f.size() == 5 || isFrameCount(f[5].trimmed())))
         return Source::Avid;
     // Premiere's header in any language: six columns over rows whose In, Out and
-    // Duration are timecodes.
-    const qsizetype second = nextLineWithText(lines, nextLineWithText(lines, -1));
-    if (f.size() == 6 && second > 0) {
-        const QStringList row = lines[second].split(u'\t');
-        if (row.size() >= 5 && isTimecode(row[2].trimmed()) && isTimecode(row[3].trimmed()) &&
-            isTimecode(row[4].trimmed()))
-            return Source::Premiere;
-    }
+    // Duration are timecodes; Audition's over rows that name their time format.
+    const QStringList row = secondLine.split(u'\t');
+    if (f.size() == 6 && row.size() >= 5 && isTimecode(row[2].trimmed()) &&
+        isTimecode(row[3].trimmed()) && isTimecode(row[4].trimmed()))
+        return Source::Premiere;
+    static const QRegularExpression timeFormat(QStringLiteral("^(decimal|\\d+(\\.\\d+)? ?fps)"),
+                                               QRegularExpression::CaseInsensitiveOption);
+    if (f.size() == 6 && row.size() >= 4 && timeFormat.match(row[3].trimmed()).hasMatch())
+        return Source::Audition;
+    // A chapter list: every line a time and a title, the first at the very start.
+    const QRegularExpressionMatch chapter = chapterLine().match(first.trimmed());
+    if (!first.contains(u'\t') && chapter.hasMatch() &&
+        decimalSeconds(chapter.captured(1)).value_or(1) == 0 &&
+        chapterLine().match(secondLine).hasMatch())
+        return Source::Chapters;
     return Source::MarkerList;
 }
 
@@ -349,6 +518,14 @@ QString sourceName(Source source)
         return QStringLiteral("Premiere Pro marker export");
     case Source::ResolveEdl:
         return QStringLiteral("Resolve marker EDL");
+    case Source::Audition:
+        return QStringLiteral("Audition marker export");
+    case Source::SubRip:
+        return QStringLiteral("SubRip subtitles");
+    case Source::WebVtt:
+        return QStringLiteral("WebVTT subtitles");
+    case Source::Chapters:
+        return QStringLiteral("chapter list");
     case Source::MarkerList:
         break;
     }
@@ -370,6 +547,16 @@ MarkerList read(const QString &text, Source source)
         break;
     case Source::ResolveEdl:
         readResolveEdl(lines, list);
+        break;
+    case Source::Audition:
+        readAudition(lines, list);
+        break;
+    case Source::SubRip:
+    case Source::WebVtt:
+        readSubtitles(lines, list, source == Source::WebVtt);
+        break;
+    case Source::Chapters:
+        readChapters(lines, list);
         break;
     case Source::MarkerList:
         break;

@@ -24,6 +24,10 @@ struct MarkerRecord
     Kind kind = Kind::Standard;
     /// Set for exports that count the duration in frames: then it is not a timecode.
     std::optional<quint64> durationFrames;
+    /// Set for sources that count in seconds from the timeline's start (subtitles,
+    /// chapter lists, Audition): then start and duration are only shown, not read.
+    std::optional<double> startSeconds;
+    std::optional<double> durationSeconds;
     /// The lines (from 1) it was read from.
     QList<qsizetype> lines;
     /// The columns of its line in a list of ours (more than seven are ignored).

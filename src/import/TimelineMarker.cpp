@@ -6,6 +6,7 @@
 #include "xml/QFXMLParser.h"
 
 #include <algorithm>
+#include <cmath>
 
 namespace {
 
@@ -48,8 +49,8 @@ QString problemWith(const char *what, const QString &timecode, const FrameRate &
 
 QString TimelineMarker::timecodeProblem(const MarkerRecord &record, const FrameRate &rate)
 {
-    QString problem = problemWith("start", record.start, rate);
-    if (problem.isNull() && !record.durationFrames)
+    QString problem = record.startSeconds ? QString() : problemWith("start", record.start, rate);
+    if (problem.isNull() && !record.durationFrames && !record.durationSeconds)
         problem = problemWith("duration", record.duration, rate);
     return problem;
 }
@@ -68,11 +69,19 @@ TimelineMarker TimelineMarker::make(const MarkerRecord &record, const FrameRate 
     marker.record = record;
     marker.name = UserTextEscaping::escapeUserInputForXML(record.name, stripWhitespace);
     marker.comment = UserTextEscaping::escapeUserInputForXML(record.comment, stripWhitespace);
-    const quint64 startFrames = rate.framesFromTimecode(record.start);
+    // Seconds from the timeline's start go to the nearest frame at its rate.
+    const auto framesOf = [&rate](double seconds) {
+        return quint64(std::max<qint64>(0, std::llround(seconds * rate.framesPerSecond())));
+    };
+    const quint64 startFrames = record.startSeconds
+                                    ? rate.timelineStart + framesOf(*record.startSeconds)
+                                    : rate.framesFromTimecode(record.start);
     FrameRate durationRate = rate;
     durationRate.startFrame = 0;
-    marker.durationFrames =
-        record.durationFrames.value_or(durationRate.framesFromTimecode(record.duration));
+    marker.durationFrames = record.durationSeconds ? framesOf(*record.durationSeconds)
+                            : record.durationFrames
+                                ? *record.durationFrames
+                                : durationRate.framesFromTimecode(record.duration);
 
     QFLog::appendLog(u"Marker name: %@", marker.name);
     QFLog::appendLog(u"Comment: %@", marker.comment);

@@ -16,6 +16,13 @@ FrameRate FrameRate::fromFrameDuration(const QString &frameDuration, bool dropFr
     return rate;
 }
 
+double FrameRate::framesPerSecond() const
+{
+    if (fps > 0)
+        return fps;
+    return ntsc ? timebase * 1000.0 / 1001.0 : double(timebase);
+}
+
 quint64 FrameRate::framesFromTimecode(const QString &timecode) const
 {
     return QFTimecode::frameCountFromTimecode(timecode, timebase, ntsc, dropFrame, startFrame);

@@ -15,6 +15,12 @@ struct FrameRate
     double fps = 0;
     /// Subtracted from every timecode read, so that the timeline's first frame is 0.
     quint64 startFrame = 0;
+    /// Where the timeline's first frame lies in the frames that timecodes give: what a
+    /// time counted from the timeline's start is added to.
+    quint64 timelineStart = 0;
+
+    /// The frames per second, or from the timebase when they are not known.
+    double framesPerSecond() const;
 
     /// The rate of an FCPX frame duration ("1001/30000s"): fps its reciprocal,
     /// timebase fps rounded up (the lowest int when fps is not finite), NTSC when the

@@ -244,6 +244,24 @@ TEST_F(ImportTest, AListWithoutHeaderOrAFileChangedMeanwhileIsNotTakenForSuccess
     EXPECT_EQ(TempHome::read(changed), "<xmeml version=\"5\"/>");
 }
 
+// Times from the timeline's start (subtitles, chapters) count from the sequence's first
+// frame, to the nearest frame at its rate.
+TEST_F(ImportTest, TimesFromTheTimelinesStartLandFromItsFirstFrame)
+{
+    const QString target = home.file(u"cut.xml"_s, project);
+    const ImportOutcome outcome = import(
+        home.file(u"chapters.txt"_s, "0:00 Intro\n0:02 Two\n1:00:00 Late\n"), settings(target));
+    EXPECT_EQ(outcome.status, ImportOutcome::Status::Imported)
+        << outcome.informativeText.toStdString();
+    const auto doc = XmlDocument::fromFile(target);
+    ASSERT_TRUE(doc);
+    QStringList ins;
+    for (const XmlNode &in : doc->rootElement().nodesForXPath(
+             u"project/children/sequence[@id='seq1-Cuebridge']/marker/in"_s))
+        ins << in.stringValue();
+    EXPECT_EQ(ins, QStringList({u"1"_s, u"0"_s, u"50"_s, u"90000"_s}));
+}
+
 TEST(RenameSequence, KeepsOnlyTheIdAndNamesTheSequenceAfterIt)
 {
     const auto doc = XmlDocument::fromBytes(

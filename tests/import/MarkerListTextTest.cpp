@@ -105,6 +105,7 @@ TEST(MarkerExports, FormsAreRecognisedByStructureAndEveryLineIsAccountedFor)
         const char16_t *start;
         quint64 frames;
         QList<qsizetype> lines;
+        double seconds = -1; ///< from the timeline's start; -1: a timecode
     };
     const struct
     {
@@ -131,6 +132,28 @@ TEST(MarkerExports, FormsAreRecognisedByStructureAndEveryLineIsAccountedFor)
          u"01:00:10:01\nFirst half\nsecond half |C:ResolveColorBlue |M:Flare |D:5\n"_s,
          MarkerExports::Source::ResolveEdl,
          {{u"Flare", u"01:00:10:00", 5, {4, 5, 6}}}},
+        {"AuditionDecimal",
+         u"Name\tStart\tDuration\tTime Format\tType\tDescription\n"
+         u"Intro\t0:14.125\t0:00.000\tdecimal\tCue\tfirst\n"
+         u"Outro\t1:02:03.500\t0:01.000\tdecimal\tCue\t\n"_s,
+         MarkerExports::Source::Audition,
+         {{u"Intro", u"0:14.125", 0, {2}, 14.125}, {u"Outro", u"1:02:03.500", 0, {3}, 3723.5}}},
+        {"SubRip",
+         u"1\r\n00:00:02,000 --> 00:00:04,500\r\nHello\r\nthere\r\n\r\n2\r\n"
+         u"00:01:00,250 --> 00:01:01,000\r\nBye\r\n"_s,
+         MarkerExports::Source::SubRip,
+         {{u"Hello", u"00:00:02,000", 0, {1, 2, 3, 4}, 2.0},
+          {u"Bye", u"00:01:00,250", 0, {6, 7, 8}, 60.25}}},
+        {"WebVtt",
+         u"WEBVTT\n\nNOTE made by hand\n\n00:02.000 --> 00:04.000 align:start\nOne\n"_s,
+         MarkerExports::Source::WebVtt,
+         {{u"One", u"00:02.000", 0, {5, 6}, 2.0}}},
+        {"Chapters",
+         u"0:00 Intro\n1:02 - Verse\nno time here\n1:02:03 Credits\n"_s,
+         MarkerExports::Source::Chapters,
+         {{u"Intro", u"0:00", 0, {1}, 0},
+          {u"Verse", u"1:02", 0, {2}, 62},
+          {u"Credits", u"1:02:03", 0, {4}, 3723}}},
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.name);
@@ -142,6 +165,7 @@ TEST(MarkerExports, FormsAreRecognisedByStructureAndEveryLineIsAccountedFor)
             EXPECT_EQ(list.markers[i].start, QString::fromUtf16(c.markers[i].start));
             EXPECT_EQ(list.markers[i].durationFrames.value_or(0), c.markers[i].frames);
             EXPECT_EQ(list.markers[i].lines, c.markers[i].lines);
+            EXPECT_EQ(list.markers[i].startSeconds.value_or(-1), c.markers[i].seconds);
         }
         ImportReport report = list.report();
         for (const MarkerRecord &m : list.markers)
