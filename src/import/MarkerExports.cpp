@@ -9,6 +9,7 @@
 #include <QStringList>
 
 #include <algorithm>
+#include <functional>
 
 namespace MarkerExports {
 
@@ -227,7 +228,10 @@ void readAvid(const QStringList &lines, MarkerListBuilder &list)
     }
 }
 
-void readPremiere(const QStringList &lines, MarkerListBuilder &list)
+/// Calls row with the number and the tab-separated fields of each line with text after
+/// the first, which is the header.
+void forEachRow(const QStringList &lines, MarkerListBuilder &list,
+                const std::function<void(qsizetype, const QStringList &)> &row)
 {
     bool headerSeen = false;
     for (qsizetype i = 0; i < lines.size(); ++i) {
@@ -238,7 +242,13 @@ void readPremiere(const QStringList &lines, MarkerListBuilder &list)
             list.header(i);
             continue;
         }
-        const QStringList f = lines[i].split(u'\t');
+        row(i, lines[i].split(u'\t'));
+    }
+}
+
+void readPremiere(const QStringList &lines, MarkerListBuilder &list)
+{
+    forEachRow(lines, list, [&list](qsizetype i, const QStringList &f) {
         if (f.size() < 5)
             list.skip(i, QStringLiteral("fewer than five columns"));
         else if (!isTimecode(f[2].trimmed()))
@@ -251,7 +261,7 @@ void readPremiere(const QStringList &lines, MarkerListBuilder &list)
                      f.value(5).trimmed().compare(u"Chapter", Qt::CaseInsensitive) == 0
                          ? MarkerRecord::Kind::Chapter
                          : MarkerRecord::Kind::Standard);
-    }
+    });
 }
 
 void readResolveEdl(const QStringList &lines, MarkerListBuilder &list)
@@ -370,16 +380,7 @@ std::optional<double> auditionSeconds(const QString &time, const QString &format
 
 void readAudition(const QStringList &lines, MarkerListBuilder &list)
 {
-    bool headerSeen = false;
-    for (qsizetype i = 0; i < lines.size(); ++i) {
-        if (lines[i].trimmed().isEmpty())
-            continue;
-        if (!headerSeen) {
-            headerSeen = true;
-            list.header(i);
-            continue;
-        }
-        const QStringList f = lines[i].split(u'\t');
+    forEachRow(lines, list, [&list](qsizetype i, const QStringList &f) {
         const auto start = f.size() >= 4 ? auditionSeconds(f[1], f[3]) : std::nullopt;
         const auto duration = f.size() >= 4 ? auditionSeconds(f[2], f[3]) : std::nullopt;
         if (f.size() < 4)
@@ -388,7 +389,7 @@ void readAudition(const QStringList &lines, MarkerListBuilder &list)
             list.skip(i, QStringLiteral("times in \"%1\" are not read").arg(f[3].trimmed()));
         else
             list.addTimed(i, f[0], f.value(5), f[1].trimmed(), *start, f[2].trimmed(), *duration);
-    }
+    });
 }
 
 const QRegularExpression &cueTiming()
