@@ -333,8 +333,10 @@ QList<QFMarkerRecord> QFFCP7MarkerListParser::parseMarkersFromText(const QString
     dropHeld();
     if (quoted) {
         for (QFMarkerRecord &record : records)
-            for (QString &field : record.fields)
+            for (QString &field : record.fields) {
                 restoreQuoted(field);
+                field = field.trimmed(); // a quoted cell's own blanks at its ends go too
+            }
     }
     return records;
 }
