@@ -15,6 +15,7 @@
 #include "time/QFNumberReader.h"
 #include "time/RationalTime.h"
 #include "xml/FCPXMLDtd.h"
+#include "xml/FCPXTimelineRate.h"
 #include "xml/QFXMLParser.h"
 #include "xml/XmlDocument.h"
 
@@ -38,38 +39,22 @@ void renameProject(const XmlNode &document)
         name.setStringValue(QFFormat::format(u"%@-Cuebridge", name.stringValue()));
 }
 
-/// The sequence's rate, from its format resource and its own attributes; the frame
-/// duration as written there is the duration of every marker.
+/// The sequence's rate, logged; the frame duration as written there is the duration
+/// of every marker.
 FrameRate readFrameRate(const XmlNode &document, const XmlNode &sequence, QString *frameDuration)
 {
-    const QString formatId = sequence.attributeForName(QStringLiteral("format")).stringValue();
-    // The resources of a project-form document are inside the project.
-    *frameDuration = QFXMLParser::stringValueForQuery(
-        QFFormat::format(
-            u"./fcpxml[1]/project[1]/resources[1]/format[@id=\"%@\"]/@frameDuration[1]", formatId),
-        document);
-    if (frameDuration->isNull())
-        *frameDuration = QFXMLParser::stringValueForQuery(
-            QFFormat::format(u"./fcpxml[1]/resources[1]/format[@id=\"%@\"]/@frameDuration[1]",
-                             formatId),
-            document);
-    QFLog::appendLog(u"format: %@", formatId);
+    const FCPXTimelineRate timeline = FCPXTimelineRate::of(document, sequence);
+    *frameDuration = timeline.frameDuration;
+    QFLog::appendLog(u"format: %@", timeline.formatId);
     QFLog::appendLog(u"dur: %@", *frameDuration);
-
-    FrameRate rate = FrameRate::fromFrameDuration(
-        *frameDuration, QFXMLParser::stringValueForQuery(QStringLiteral("./@tcFormat[1]/text()"),
-                                                         sequence) == u"DF");
-    // The list's timecodes are absolute, like the clips' offsets; times counted from the
-    // timeline's start (subtitles, chapters) begin here.
-    const double startFrame =
-        QFFCPXMLParser::secondsFromTimeString(
-            QFXMLParser::stringValueForQuery(QStringLiteral("./@tcStart"), sequence)) *
-        rate.fps;
+    FrameRate rate = timeline.rate;
     QFLog::appendLog(u"FPS: %f", rate.fps);
     QFLog::appendLog(u"Timebase: %i", rate.timebase);
     QFLog::appendLog(u"NTSC: %i", int(rate.ntsc));
-    QFLog::appendLog(u"Start frame: %li", QFNumberReader::toInt64(startFrame));
-    rate.timelineStart = QFNumberReader::toUInt64(std::round(startFrame));
+    QFLog::appendLog(u"Start frame: %li", QFNumberReader::toInt64(timeline.startFrames));
+    // The list's timecodes are absolute, like the clips' offsets; times counted from the
+    // timeline's start (subtitles, chapters) begin here.
+    rate.timelineStart = QFNumberReader::toUInt64(std::round(timeline.startFrames));
     return rate;
 }
 

@@ -5,6 +5,7 @@
 #include "support/QFFormat.h"
 #include "time/FrameRate.h"
 #include "time/QFNumberReader.h"
+#include "xml/FCPXTimelineRate.h"
 #include "xml/QFXMLParser.h"
 #include "xml/XmlDocument.h"
 
@@ -15,20 +16,14 @@
 
 namespace {
 
-/// The rate of the first format of the resources, whichever one the sequence uses,
-/// with the drop-frame flag and start of the first project's sequence.
+/// The rate of the first project's sequence, its timecode starting where it does.
 FrameRate readFrameRate(const XmlNode &document)
 {
-    const QString frameDuration = QFXMLParser::stringValueForQuery(
-        QStringLiteral("./fcpxml[1]/resources[1]/format/@frameDuration[1]"), document);
-    const bool dropFrame =
-        QFXMLParser::stringValueForQuery(
-            QStringLiteral("./fcpxml[1]/library[1]//project[1]/sequence[1]/@tcFormat[1]"),
-            document) == u"DF";
-    FrameRate rate = FrameRate::fromFrameDuration(frameDuration, dropFrame);
-    const double start = QFFCPXMLParser::secondsFromTimeString(QFXMLParser::stringValueForQuery(
-        QStringLiteral("./fcpxml[1]/library[1]//project[1]/sequence[1]/@tcStart"), document));
-    rate.startFrame = QFNumberReader::toUInt64(std::ceil(rate.fps * start));
+    const FCPXTimelineRate timeline = FCPXTimelineRate::of(
+        document, QFXMLParser::nodeForQuery(
+                      QStringLiteral("./fcpxml[1]/library[1]//project[1]/sequence[1]"), document));
+    FrameRate rate = timeline.rate;
+    rate.startFrame = QFNumberReader::toUInt64(std::ceil(timeline.startFrames));
     return rate;
 }
 
