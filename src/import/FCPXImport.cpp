@@ -81,10 +81,10 @@ QList<XmlNode> storylineClips(const XmlNode &sequence, bool isEvent)
 }
 
 /// The marker element's attributes as written. The duration is always one frame,
-/// whatever the list says.
+/// whatever the list says. completed: "0" for a to-do item, "1" for a done one.
 QList<XmlNode::AttributeText> markerAttributes(const QString &start, const QString &frameDuration,
                                                const QString &name, const QString &comment,
-                                               bool todo)
+                                               const QString &completed)
 {
     const auto text = [](const QString &value) {
         return value.isNull() ? QStringLiteral("(null)") : value;
@@ -94,15 +94,15 @@ QList<XmlNode::AttributeText> markerAttributes(const QString &start, const QStri
         {QStringLiteral("duration"), text(frameDuration)},
         {QStringLiteral("value"),
          comment.isEmpty() ? text(name) : text(name) + QStringLiteral(" -  ") + comment}};
-    if (todo)
-        attributes.append({QStringLiteral("completed"), QStringLiteral("0")});
+    if (!completed.isNull())
+        attributes.append({QStringLiteral("completed"), completed});
     return attributes;
 }
 
 /// The marker element written out, for the parse that says what is wrong with it.
-QString markerElementText(const QList<XmlNode::AttributeText> &attributes)
+QString markerElementText(const QString &element, const QList<XmlNode::AttributeText> &attributes)
 {
-    QString text = QStringLiteral("<marker");
+    QString text = u'<' + element;
     for (const XmlNode::AttributeText &attribute : attributes)
         text += QStringLiteral(" %1=\"%2\"").arg(attribute.name, attribute.text);
     return text + QStringLiteral(" />");
@@ -220,6 +220,7 @@ ImportOutcome FCPXImport::startProcessingFCPXWithSettings(const TargetKind &kind
     FCPXMarkerInsertion insertion(dtd);
     const bool stripWhitespace = UserTextEscaping::stripWhitespaceEnabled();
     const bool todo = settings.todoMarkersEnabled.value_or(false);
+    const bool chaptersKnown = dtd.version() != u"1.0" && dtd.version() != u"1.1";
     const double timeScale = rate.fps * double(multiplier);
     bool outsideClips = false;
     for (const MarkerRecord &record : markerText.list.markers) {
@@ -257,20 +258,33 @@ ImportOutcome FCPXImport::startProcessingFCPXWithSettings(const TargetKind &kind
         } else {
             start = QFFormat::format(u"%0.0f/%0.0fs", local * double(multiplier), timeScale);
         }
+        // Chapter markers came with FCPXML 1.2; before it a chapter is a plain marker.
+        const bool chapter = record.kind == MarkerRecord::Kind::Chapter && chaptersKnown;
+        const QString completed = chapter                                   ? QString()
+                                  : record.kind == MarkerRecord::Kind::Done ? QStringLiteral("1")
+                                  : todo || record.kind == MarkerRecord::Kind::ToDo
+                                      ? QStringLiteral("0")
+                                      : QString();
         const QString clipName = clip->element.attributeValue("name");
         report.written.append(
             {record.lines,
              QStringLiteral("%1 “%2” at %3").arg(clip->element.name(), clipName, start),
-             {}});
+             record.kind == MarkerRecord::Kind::Chapter && !chapter
+                 ? QStringLiteral("FCPXML %1 has no chapter markers: a plain marker")
+                       .arg(dtd.version())
+                 : QString()});
 
         // Built in place when the texts allow; otherwise the parse of the written-out
         // element decides, and names what is wrong.
+        const QString elementName =
+            chapter ? QStringLiteral("chapter-marker") : QStringLiteral("marker");
         const auto attributes =
-            markerAttributes(start, frameDuration, marker.name, marker.comment, todo);
-        if (insertion.insertNew(clip->element, attributes))
+            markerAttributes(start, frameDuration, marker.name, marker.comment, completed);
+        if (insertion.insertNew(clip->element, attributes, elementName))
             continue;
         QString error;
-        const auto element = XmlDocument::fromElementString(markerElementText(attributes), &error);
+        const auto element =
+            XmlDocument::fromElementString(markerElementText(elementName, attributes), &error);
         if (!element)
             return ImportOutcome::failed(QStringLiteral("Unable to create marker"), error,
                                          ImportOutcome::AlertParent::None);

@@ -91,9 +91,9 @@ XmlNode FCPXMarkerInsertion::inserted(const XmlNode &marker)
 }
 
 XmlNode FCPXMarkerInsertion::insertNew(const XmlNode &clip,
-                                       const QList<XmlNode::AttributeText> &attributes)
+                                       const QList<XmlNode::AttributeText> &attributes,
+                                       const QString &marker)
 {
-    static const QString marker = QStringLiteral("marker");
     const Place &place = placeFor(clip);
     if (place.after)
         return inserted(

@@ -54,9 +54,11 @@ class FCPXMarkerInsertion
 public:
     explicit FCPXMarkerInsertion(const FCPXMLDtd &dtd) : m_dtd(dtd) {}
 
-    /// Makes a marker element with the attributes as written into the clip, without a
-    /// parser; nil when a text needs one (see XmlNode::insertNewElement).
-    XmlNode insertNew(const XmlNode &clip, const QList<XmlNode::AttributeText> &attributes);
+    /// Makes a marker element (or another of the markers' group, such as a chapter
+    /// marker) with the attributes as written into the clip, without a parser; nil when
+    /// a text needs one (see XmlNode::insertNewElement).
+    XmlNode insertNew(const XmlNode &clip, const QList<XmlNode::AttributeText> &attributes,
+                      const QString &element = QStringLiteral("marker"));
     /// Inserts a copy of a parsed marker element into the clip; the inserted node.
     XmlNode insert(const XmlNode &clip, const XmlNode &marker);
 

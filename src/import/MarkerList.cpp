@@ -45,6 +45,13 @@ MarkerList MarkerList::fromText(const QString &text)
         marker.start = record.fields[4];
         marker.duration = record.fields[5];
         marker.color = record.fields[6];
+        const QString type = record.fields[1].simplified().toLower();
+        if (type == u"chapter")
+            marker.kind = MarkerRecord::Kind::Chapter;
+        else if (type == u"to do" || type == u"todo" || type == u"to-do")
+            marker.kind = MarkerRecord::Kind::ToDo;
+        else if (type == u"done")
+            marker.kind = MarkerRecord::Kind::Done;
         marker.lines = std::move(record.lines);
         marker.columns = record.fields.size();
         list.markers.append(std::move(marker));

@@ -10,10 +10,13 @@
 /// One marker of a marker list, by the meaning of its columns.
 struct MarkerRecord
 {
+    /// What an FCPX timeline makes of it; XMEML knows only plain markers.
     enum class Kind
     {
         Standard,
-        Chapter, ///< another editor's chapter marker
+        Chapter, ///< a chapter marker
+        ToDo,    ///< a to-do item, not completed
+        Done,    ///< a completed to-do item
     };
 
     QString name;
@@ -46,6 +49,8 @@ struct MarkerList
     /// A list of our own format. The first record is the column header and never a
     /// marker; a record joined from several lines needs exactly seven columns, one
     /// from a single line at least seven (or six, when the colour is empty).
+    /// The second column, when it reads "Chapter", "To Do" or "Done" (any case), gives
+    /// the marker's kind.
     static MarkerList fromText(const QString &text);
 
     /// The report of an import of this list before any marker is placed.

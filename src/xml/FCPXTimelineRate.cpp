@@ -8,8 +8,8 @@ FCPXTimelineRate FCPXTimelineRate::of(const XmlNode &document, const XmlNode &se
 {
     FCPXTimelineRate timeline;
     timeline.formatId = sequence.attributeValue("format");
-    for (const char16_t *resources : {u"./fcpxml[1]/project[1]/resources[1]",
-                                      u"./fcpxml[1]/resources[1]"}) {
+    for (const char16_t *resources :
+         {u"./fcpxml[1]/project[1]/resources[1]", u"./fcpxml[1]/resources[1]"}) {
         if (!timeline.frameDuration.isNull())
             break;
         timeline.frameDuration = QFXMLParser::stringValueForQuery(
@@ -21,12 +21,10 @@ FCPXTimelineRate FCPXTimelineRate::of(const XmlNode &document, const XmlNode &se
         timeline.frameDuration = QFXMLParser::stringValueForQuery(
             QStringLiteral("./fcpxml[1]/resources[1]/format/@frameDuration[1]"), document);
     timeline.rate = FrameRate::fromFrameDuration(
-        timeline.frameDuration,
-        QFXMLParser::stringValueForQuery(QStringLiteral("./@tcFormat[1]/text()"), sequence) ==
-            u"DF");
-    timeline.startFrames =
-        QFFCPXMLParser::secondsFromTimeString(
-            QFXMLParser::stringValueForQuery(QStringLiteral("./@tcStart"), sequence)) *
-        timeline.rate.fps;
+        timeline.frameDuration, QFXMLParser::stringValueForQuery(
+                                    QStringLiteral("./@tcFormat[1]/text()"), sequence) == u"DF");
+    timeline.startFrames = QFFCPXMLParser::secondsFromTimeString(QFXMLParser::stringValueForQuery(
+                               QStringLiteral("./@tcStart"), sequence)) *
+                           timeline.rate.fps;
     return timeline;
 }

@@ -260,6 +260,28 @@ TEST_F(FCPXImportTest, AMarkerOnACutLandsInTheLaterClipAtEveryRate)
     }
 }
 
+// The list's second column may name a kind: chapters become chapter markers where the
+// version has them, to-do and done items markers with their completion.
+TEST_F(FCPXImportTest, KindsBecomeChapterMarkersAndToDoItems)
+{
+    const QByteArray list = "#\tType\tName\tComment\tStart\tDuration\tColor\n"
+                            "1\tChapter\tc\t\t00:00:01:00\t00:00:00:00\tRed\n"
+                            "2\tTO DO\tt\t\t00:00:02:00\t00:00:00:00\tRed\n"
+                            "3\tDone\td\t\t00:00:03:00\t00:00:00:00\tRed\n";
+    importInto(library(fourClips), list);
+    EXPECT_TRUE(
+        output.contains(R"(<chapter-marker start="2500/2500s" duration="100/2500s" value="c"/>)"))
+        << output.toStdString();
+    EXPECT_EQ(markers(), QStringList({u"A 5000/2500s t todo"_s, u"A 7500/2500s d"_s}));
+    EXPECT_TRUE(output.contains(R"(value="d" completed="1")"));
+
+    QByteArray older = library(fourClips);
+    importInto(older.replace("version=\"1.8\"", "version=\"1.1\""), list);
+    EXPECT_EQ(markers().value(0), u"A 2500/2500s c");
+    EXPECT_EQ(outcome.report.lineTexts(),
+              QStringList(u"Line 2: FCPXML 1.1 has no chapter markers: a plain marker"_s));
+}
+
 TEST_F(FCPXImportTest, At2997OnlyDFReadsTimecodesAsDropFrameAndOffsetsCountWholeFrames)
 {
     const QString clip = u"<asset-clip name=\"A\" ref=\"r2\" offset=\"0s\" duration=\"300s\" "
