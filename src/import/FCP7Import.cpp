@@ -290,6 +290,8 @@ ImportOutcome FCP7Import::startProcessingWithSettings(const TargetKind &kind,
     ImportReport report = markerText.list.report();
     if (markerText.list.markers.isEmpty() && report.skipped.isEmpty())
         return ImportOutcome(); // a header alone, or nothing at all
+    if (markerText.list.markers.isEmpty() && !markerText.list.recognised)
+        return MarkerListText::unreadable(false);
 
     const QString sequenceName =
         QFXMLParser::stringValueForQuery(QStringLiteral("./name[1]"), sequence);

@@ -211,6 +211,8 @@ ImportOutcome FCPXImport::startProcessingFCPXWithSettings(const TargetKind &kind
     ImportReport report = markerText.list.report();
     if (markerText.list.markers.isEmpty() && report.skipped.isEmpty())
         return ImportOutcome(); // a header alone, or nothing at all
+    if (markerText.list.markers.isEmpty() && !markerText.list.recognised)
+        return MarkerListText::unreadable(false);
 
     const FCPXClipRanges ranges(clips, rate.fps);
     std::optional<RationalTime> frame = RationalTime::fromTimeString(frameDuration);

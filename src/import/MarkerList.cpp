@@ -15,6 +15,7 @@ MarkerList MarkerList::fromText(const QString &text)
     for (const QStringView line : QStringView(clean).tokenize(separator))
         if (!line.trimmed().isEmpty())
             ++list.linesWithText;
+    list.recognised = clean.contains(u'\t');
 
     if (records.isEmpty())
         return list;

@@ -45,6 +45,10 @@ struct MarkerList
     QList<qsizetype> headerLines;
     QList<SkippedLine> skipped;
     qsizetype linesWithText = 0;
+    /// Whether it reads as some list at all: another editor's export, or text with
+    /// tab-separated columns. Nothing of the kind is refused rather than reported line
+    /// by line.
+    bool recognised = true;
 
     /// A list of our own format. The first record is the column header and never a
     /// marker; a record joined from several lines needs exactly seven columns, one

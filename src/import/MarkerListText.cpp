@@ -108,12 +108,16 @@ ImportText readForImport(const QString &path, const ReadFailure &readFailed,
     return read;
 }
 
-ImportOutcome unreadable()
+ImportOutcome unreadable(bool recognised)
 {
     QFLog::appendLog(u"Error: unable to load marker list");
     return ImportOutcome::failed(
         QStringLiteral("Unable to read marker list"),
-        QStringLiteral("The file may be corrupt, empty or in an invalid format."));
+        recognised ? QStringLiteral("The file may be corrupt, empty or in an invalid format.")
+                   : QStringLiteral("The file is none of the forms read here: a tab-separated "
+                                    "marker list (name, comment, start, duration, colour), a "
+                                    "marker export of Media Composer, Premiere Pro, Resolve or "
+                                    "Audition, SubRip or WebVTT subtitles, or a chapter list."));
 }
 
 } // namespace MarkerListText

@@ -41,7 +41,8 @@ ImportText readForImport(const QString &path, const ReadFailure &readFailed,
                          const ReadFailure &otherFailed,
                          const QByteArray &encodingAskedFor = QByteArray());
 
-/// Logs and gives what the import procedures say of a list of fewer than two lines.
-ImportOutcome unreadable();
+/// Logs and gives what the import procedures say of a list of fewer than two lines, or
+/// of a text that is no list of any form read here (recognised false).
+ImportOutcome unreadable(bool recognised = true);
 
 } // namespace MarkerListText

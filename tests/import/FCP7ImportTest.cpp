@@ -102,6 +102,11 @@ TEST_F(ImportTest, SilentAndFailingEndsLeaveTheTargetAsItWas)
                                                "1\tV1\tA\tB\t00:00:11\t00:00:00:00\tRed\n");
          },
          "Nothing imported", "Line 2 skipped: start timecode \"00:00:11\" is not HH:MM:SS:FF"},
+        {"NoListOfAnyForm",
+         [this](QString &markers, ImportSettings &) {
+             markers = home.file(u"prose.txt"_s, "Dear editor,\nplease cut the flare.\n");
+         },
+         "Unable to read marker list", "Error: unable to load marker list"},
         {"MissingMarkerList",
          [](QString &markers, ImportSettings &) { markers = u"/nonexistent/markers.txt"_s; },
          "Unable to read marker list", "Error: unable to load marker list"},
