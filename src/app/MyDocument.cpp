@@ -15,11 +15,14 @@
 #include <QFileIconProvider>
 #include <QFileInfo>
 #include <QIcon>
+#include <QIntValidator>
+#include <QShortcut>
 
 namespace {
 
 const QString lastProjectKey = QStringLiteral("lastProject");
 const QString offsetValueKey = QStringLiteral("offsetValue");
+const QString offsetUnitKey = QStringLiteral("offsetUnit");
 
 QIcon imageNamed(SequenceItem::Image image)
 {
@@ -57,8 +60,13 @@ MyDocument::MyDocument(const QString &markerListPath, QWidget *parent)
     ui->projectTable->setIconSize(QSize(16, 16));
     ui->projectTableLabel->hide();
     ui->projectTable->hide();
-    ui->frameOffsetText->setText(
-        QString::number(QFUserDefaults::standardUserDefaults().integerForKey(offsetValueKey)));
+    QFUserDefaults &defaults = QFUserDefaults::standardUserDefaults();
+    ui->frameOffsetText->setText(QString::number(defaults.integerForKey(offsetValueKey)));
+    // Whole numbers only: "1.5" seconds would silently have been 1.
+    ui->frameOffsetText->setValidator(new QIntValidator(-100'000'000, 100'000'000, this));
+    // The unit goes with the value: -3600 seconds must not come back as frames.
+    ui->offsetUnitPopUp->setCurrentIndex(
+        int(offsetUnitForIndex(defaults.integerForKey(offsetUnitKey))));
     ui->todoMarkerCheck->setEnabled(false);
     disableUI();
 
@@ -69,6 +77,16 @@ MyDocument::MyDocument(const QString &markerListPath, QWidget *parent)
         QFUserDefaults::standardUserDefaults().setObject(
             QFNumberReader::leadingInteger(ui->frameOffsetText->text()), offsetValueKey);
     });
+    connect(ui->offsetUnitPopUp, &QComboBox::currentIndexChanged, this, [](int index) {
+        QFUserDefaults::standardUserDefaults().setObject(index, offsetUnitKey);
+    });
+    // Return imports, as the default button of a dialog would.
+    for (const QKeySequence &key : {QKeySequence(Qt::Key_Return), QKeySequence(Qt::Key_Enter)}) {
+        connect(new QShortcut(key, this), &QShortcut::activated, this, [this] {
+            if (ui->sendToFCPBtn->isEnabled())
+                ui->sendToFCPBtn->click();
+        });
+    }
     connect(ui->projectTable, &QTableWidget::cellDoubleClicked, this,
             [this](int row, int) { openFilename(m_projectArray.value(row)); });
     connect(&m_session, &ImportSession::discoveryStarted, this, [this](const QString &path) {

@@ -22,6 +22,7 @@
 #include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
+#include <QTest>
 #include <QThread>
 #include <QTimer>
 
@@ -141,6 +142,28 @@ TEST_F(Window, TheControlsBecomeTheSettings)
     EXPECT_EQ(settings.todoMarkersEnabled, true);
     EXPECT_EQ(settings.sequenceXPath, u"/fcpxml/library/event/project[2]/clip"_s);
     EXPECT_TRUE(document->targetKind().isEvent);
+}
+
+TEST_F(Window, TheOffsetKeepsItsUnitTakesWholeNumbersAndReturnImports)
+{
+    const QString target = home.copyOfData(u"project.xml"_s);
+    MyDocument *first = open(target);
+    auto *offset = first->findChild<QLineEdit *>(u"frameOffsetText"_s);
+    offset->setText(u"-3600"_s);
+    emit offset->editingFinished();
+    first->findChild<QComboBox *>(u"offsetUnitPopUp"_s)->setCurrentIndex(1);
+    QString typed = u"1.5"_s;
+    int at = 0;
+    EXPECT_NE(offset->validator()->validate(typed, at), QValidator::Acceptable);
+
+    MyDocument *second = open(target);
+    EXPECT_EQ(second->options().frameOffset, -3600);
+    EXPECT_EQ(second->options().frameOffsetUnit, OffsetUnit::Seconds);
+
+    QTest::keyClick(second, Qt::Key_Return);
+    QMessageBox *box = sheet(second);
+    ASSERT_NE(box, nullptr) << "Return imports";
+    box->buttons().first()->click();
 }
 
 TEST_F(Window, AnImportEndsWithItsSheetAndAReloadDuringDiscoveryListsOnce)
