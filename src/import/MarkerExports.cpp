@@ -264,6 +264,27 @@ void readPremiere(const QStringList &lines, MarkerListBuilder &list)
     });
 }
 
+/// Cells separated by runs of tabs.
+QStringList cellsOf(const QString &line)
+{
+    static const QRegularExpression tabs(QStringLiteral("\t+"));
+    return line.trimmed().split(tabs);
+}
+
+/// Premiere's Asset Name, In Point, Description export: a cell a column, however many
+/// tabs lie between; no durations.
+void readPremiereAssets(const QStringList &lines, MarkerListBuilder &list)
+{
+    forEachRow(lines, list, [&list, &lines](qsizetype i, const QStringList &) {
+        const QStringList cells = cellsOf(lines[i]);
+        if (cells.size() < 2 || !isTimecode(cells[1]))
+            list.skip(i, QStringLiteral("the In Point column holds no timecode"));
+        else
+            list.add(i, cells[0], cells.mid(2).join(u' '), cells[1], QStringLiteral("00:00:00:00"),
+                     QStringLiteral("Red"));
+    });
+}
+
 void readResolveEdl(const QStringList &lines, MarkerListBuilder &list)
 {
     static const QRegularExpression event(QStringLiteral(
@@ -501,6 +522,12 @@ Source recognise(const QString &text)
                                                QRegularExpression::CaseInsensitiveOption);
     if (f.size() == 6 && row.size() >= 4 && timeFormat.match(row[3].trimmed()).hasMatch())
         return Source::Audition;
+    // Asset Name, In Point, Description: cells apart by runs of tabs, the second a timecode.
+    const QStringList headerCells = cellsOf(first);
+    const QStringList rowCells = cellsOf(secondLine);
+    if (first.contains(u"\t\t") && headerCells.size() >= 3 && rowCells.size() >= 2 &&
+        isTimecode(rowCells[1]) && !isTimecode(row.value(1).trimmed()))
+        return Source::PremiereAssets;
     // A chapter list: every line a time and a title, the first at the very start.
     const QRegularExpressionMatch chapter = chapterLine().match(first.trimmed());
     if (!first.contains(u'\t') && chapter.hasMatch() &&
@@ -517,6 +544,8 @@ QString sourceName(Source source)
         return QStringLiteral("Media Composer marker export");
     case Source::Premiere:
         return QStringLiteral("Premiere Pro marker export");
+    case Source::PremiereAssets:
+        return QStringLiteral("Premiere Pro asset marker export");
     case Source::ResolveEdl:
         return QStringLiteral("Resolve marker EDL");
     case Source::Audition:
@@ -545,6 +574,9 @@ MarkerList read(const QString &text, Source source)
         break;
     case Source::Premiere:
         readPremiere(lines, list);
+        break;
+    case Source::PremiereAssets:
+        readPremiereAssets(lines, list);
         break;
     case Source::ResolveEdl:
         readResolveEdl(lines, list);

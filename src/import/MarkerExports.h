@@ -13,14 +13,16 @@ namespace MarkerExports {
 
 enum class Source
 {
-    MarkerList, ///< our own format, and anything not recognised as another
-    Avid,       ///< Media Composer: User, Timecode, Track, Colour, Comment, Duration (frames)
-    Premiere,   ///< Premiere Pro: Marker Name, Description, In, Out, Duration, Marker Type
-    ResolveEdl, ///< Resolve's timeline marker EDL: event lines, each with a "|M:" line
-    Audition,   ///< Audition: Name, Start, Duration, Time Format, Type, Description
-    SubRip,     ///< subtitles: numbered cues "00:00:02,000 --> 00:00:04,500", then text
-    WebVtt,     ///< subtitles: "WEBVTT", then cues "00:02.000 --> 00:04.500", then text
-    Chapters    ///< a chapter list as video sites take it: "1:02:03 Credits", a line each
+    MarkerList,     ///< our own format, and anything not recognised as another
+    Avid,           ///< Media Composer: User, Timecode, Track, Colour, Comment, Duration (frames)
+    Premiere,       ///< Premiere Pro: Marker Name, Description, In, Out, Duration, Marker Type
+    PremiereAssets, ///< Premiere Pro's other export: Asset Name, In Point, Description, the
+                    ///< cells separated by runs of tabs
+    ResolveEdl,     ///< Resolve's timeline marker EDL: event lines, each with a "|M:" line
+    Audition,       ///< Audition: Name, Start, Duration, Time Format, Type, Description
+    SubRip,         ///< subtitles: numbered cues "00:00:02,000 --> 00:00:04,500", then text
+    WebVtt,         ///< subtitles: "WEBVTT", then cues "00:02.000 --> 00:04.500", then text
+    Chapters        ///< a chapter list as video sites take it: "1:02:03 Credits", a line each
 };
 
 /// What the text is, by its first lines.
