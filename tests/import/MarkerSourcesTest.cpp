@@ -51,7 +51,8 @@ TEST_F(MarkerSources, EachFormLandsInBothTimelinesAndAccountsForEveryLine)
         {"NativeMacRoman", QByteArray(native.toUtf8()).replace("Caf\xc3\xa9", "Caf\x8e"), u"note"},
         {"NativeUtf16", encoded(native, QStringConverter::Utf16LE), u"note"},
         {"SpreadsheetQuotedCarriageReturns",
-         "#\tTrack\tName\tComment\tStart\tDuration\tColor\r1\tV1\t\"Caf\xc3\xa9\"\t\"a \"\"b\"\"\"\t"
+         "#\tTrack\tName\tComment\tStart\tDuration\tColor\r1\tV1\t\"Caf\xc3\xa9\"\t\"a "
+         "\"\"b\"\"\"\t"
          "01:00:10:00\t00:00:00:00\tRed\r",
          u"a \"b\""},
         {"MediaComposerFiveColumns", "editor\t01:00:10:00\tV1\tred\tCaf\xc3\xa9\n", u""},
@@ -82,8 +83,8 @@ TEST_F(MarkerSources, EachFormLandsInBothTimelinesAndAccountsForEveryLine)
         ImportSettings seven;
         seven.filename = home.file(u"cut.xml"_s, xmeml);
         seven.uuid = u"U-1"_s;
-        const ImportOutcome intoXmeml = FCP7Import::startProcessingWithSettings(
-            {.isXMLFile = true}, list, seven);
+        const ImportOutcome intoXmeml =
+            FCP7Import::startProcessingWithSettings({.isXMLFile = true}, list, seven);
         EXPECT_EQ(intoXmeml.status, ImportOutcome::Status::Imported)
             << intoXmeml.informativeText.toStdString();
         EXPECT_TRUE(intoXmeml.report.accountsForEveryLine());
