@@ -288,22 +288,16 @@ ImportOutcome FCP7Import::startProcessingWithSettings(const TargetKind &kind,
 
     const qint64 offset = settings.offsetInFrames(rate.timebase);
     ImportReport report = markerText.list.report();
-    if (markerText.list.markers.isEmpty() && report.skipped.isEmpty())
-        return ImportOutcome(); // a header alone, or nothing at all
-    if (markerText.list.markers.isEmpty() && !markerText.list.recognised)
-        return MarkerListText::unreadable(false);
+    if (const auto end = MarkerListText::endWithoutMarkers(markerText))
+        return *end;
 
     const QString sequenceName =
         QFXMLParser::stringValueForQuery(QStringLiteral("./name[1]"), sequence);
     const bool stripWhitespace = UserTextEscaping::stripWhitespaceEnabled();
     for (const MarkerRecord &record : markerText.list.markers) {
         QFLog::appendLog(u"Tab count: %i", record.columns);
-        if (const QString problem = TimelineMarker::timecodeProblem(record, rate);
-            !problem.isNull()) {
-            QFLog::appendLog(u"Line %li skipped: %@", qint64(record.lines.value(0)), problem);
-            report.skip(record.lines, problem);
+        if (!TimelineMarker::timecodesExist(record, rate, report))
             continue;
-        }
         const TimelineMarker marker = TimelineMarker::make(record, rate, offset, stripWhitespace,
                                                            TimelineMarker::Arithmetic::WholeFrames);
         QString error;

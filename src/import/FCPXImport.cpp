@@ -209,10 +209,8 @@ ImportOutcome FCPXImport::startProcessingFCPXWithSettings(const TargetKind &kind
             QStringLiteral("No video clips could be found in the timeline."));
     }
     ImportReport report = markerText.list.report();
-    if (markerText.list.markers.isEmpty() && report.skipped.isEmpty())
-        return ImportOutcome(); // a header alone, or nothing at all
-    if (markerText.list.markers.isEmpty() && !markerText.list.recognised)
-        return MarkerListText::unreadable(false);
+    if (const auto end = MarkerListText::endWithoutMarkers(markerText))
+        return *end;
 
     const FCPXClipRanges ranges(clips, rate.fps);
     std::optional<RationalTime> frame = RationalTime::fromTimeString(frameDuration);
@@ -226,12 +224,8 @@ ImportOutcome FCPXImport::startProcessingFCPXWithSettings(const TargetKind &kind
     const double timeScale = rate.fps * double(multiplier);
     bool outsideClips = false;
     for (const MarkerRecord &record : markerText.list.markers) {
-        if (const QString problem = TimelineMarker::timecodeProblem(record, rate);
-            !problem.isNull()) {
-            QFLog::appendLog(u"Line %li skipped: %@", qint64(record.lines.value(0)), problem);
-            report.skip(record.lines, problem);
+        if (!TimelineMarker::timecodesExist(record, rate, report))
             continue;
-        }
         const TimelineMarker marker = TimelineMarker::make(
             record, rate, offsetFrames, stripWhitespace, TimelineMarker::Arithmetic::RealFrames);
         const double position = marker.position;

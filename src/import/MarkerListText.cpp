@@ -120,4 +120,15 @@ ImportOutcome unreadable(bool recognised)
                                     "Audition, SubRip or WebVTT subtitles, or a chapter list."));
 }
 
+std::optional<ImportOutcome> endWithoutMarkers(const ImportText &read)
+{
+    if (!read.list.markers.isEmpty())
+        return std::nullopt;
+    if (read.list.skipped.isEmpty())
+        return ImportOutcome(); // a header alone, or nothing at all
+    if (!read.list.recognised)
+        return unreadable(false);
+    return std::nullopt;
+}
+
 } // namespace MarkerListText

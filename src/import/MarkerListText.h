@@ -8,6 +8,7 @@
 #include <QStringList>
 
 #include <functional>
+#include <optional>
 
 /// Decoding the bytes of a marker list file into text.
 namespace MarkerListText {
@@ -44,5 +45,10 @@ ImportText readForImport(const QString &path, const ReadFailure &readFailed,
 /// Logs and gives what the import procedures say of a list of fewer than two lines, or
 /// of a text that is no list of any form read here (recognised false).
 ImportOutcome unreadable(bool recognised = true);
+
+/// How an import of a list that holds no marker ends before it writes anything: silently
+/// for a header alone, refused for a text of no form read here; nothing when there is
+/// a marker, or lines whose reasons the report gives.
+std::optional<ImportOutcome> endWithoutMarkers(const ImportText &read);
 
 } // namespace MarkerListText

@@ -55,6 +55,17 @@ QString TimelineMarker::timecodeProblem(const MarkerRecord &record, const FrameR
     return problem;
 }
 
+bool TimelineMarker::timecodesExist(const MarkerRecord &record, const FrameRate &rate,
+                                    ImportReport &report)
+{
+    const QString problem = timecodeProblem(record, rate);
+    if (problem.isNull())
+        return true;
+    QFLog::appendLog(u"Line %li skipped: %@", qint64(record.lines.value(0)), problem);
+    report.skip(record.lines, problem);
+    return false;
+}
+
 void TimelineMarker::clearAll(const XmlNode &timeline)
 {
     for (XmlNode marker : QFXMLParser::nodesForQuery(QStringLiteral(".//marker"), timeline))

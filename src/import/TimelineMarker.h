@@ -34,6 +34,10 @@ struct TimelineMarker
     /// (four numbers, hours below 24, minutes and seconds below 60, frames below the
     /// timebase, none of the numbers drop frame skips); a null string when both can.
     static QString timecodeProblem(const MarkerRecord &record, const FrameRate &rate);
+    /// Whether the record's timecodes can exist at the rate; when not, its lines are
+    /// logged and skipped in the report with the reason.
+    static bool timecodesExist(const MarkerRecord &record, const FrameRate &rate,
+                               ImportReport &report);
 
     /// Removes every marker inside a timeline element, those on its clips too.
     static void clearAll(const XmlNode &timeline);
