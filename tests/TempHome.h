@@ -23,13 +23,15 @@ public:
     {
         EXPECT_TRUE(m_dir.isValid());
         for (const char *variable : {"HOME", "XDG_CONFIG_HOME", "XDG_STATE_HOME", "XDG_CACHE_HOME",
-                                     "XDG_DATA_HOME", "TMPDIR"})
+                                     "XDG_DATA_HOME", "XDG_RUNTIME_DIR", "TMPDIR"})
             m_saved.append({variable, qgetenv(variable)});
         qputenv("HOME", m_dir.path().toUtf8());
         qputenv("XDG_CONFIG_HOME", (m_dir.path() + "/.config").toUtf8());
         qputenv("XDG_STATE_HOME", (m_dir.path() + "/.local/state").toUtf8());
         qputenv("XDG_CACHE_HOME", (m_dir.path() + "/.cache").toUtf8());
         qputenv("XDG_DATA_HOME", (m_dir.path() + "/.local/share").toUtf8());
+        QDir().mkdir(runtimePath(), QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        qputenv("XDG_RUNTIME_DIR", runtimePath().toUtf8());
         // Temporary files of the code under test land here too, and go with the home.
         QDir().mkpath(tempPath());
         qputenv("TMPDIR", tempPath().toUtf8());
@@ -43,6 +45,7 @@ public:
     }
     QString path() const { return m_dir.path(); }
     QString tempPath() const { return m_dir.path() + u"/temporary"_s; }
+    QString runtimePath() const { return m_dir.path() + u"/run"_s; }
     /// Where a file of this home goes.
     QString filePath(const QString &name) const { return QDir(m_dir.path()).filePath(name); }
     /// Writes a file of this home, with the folders it needs; its path.

@@ -138,18 +138,19 @@ void QFQC::loadQC(QObject *window)
 
 void QFQC::askForConsent(QObject *window)
 {
-    const qint64 answer = QFAlert::alertSheetWithMessageText(
+    // Only a click answers: a question closed another way comes back at the next launch.
+    const qint64 answer = QFAlert::questionWithMessageText(
         QStringLiteral("Help improve Quillfen software by submitting analytics and usage data"),
         QStringLiteral("Allow"), QStringLiteral("More Info"), QStringLiteral("Don't Allow"),
         QStringLiteral("This information helps us find problems and improve our software. It is "
                        "anonymous and cannot be used to identify you."),
-        window, true);
+        window);
     if (answer == QFAlert::defaultReturn) {
         setQCLogging(true);
         setupInitialLogging();
     } else if (answer == QFAlert::otherReturn) {
         setQCLogging(false);
-    } else {
+    } else if (answer == QFAlert::alternateReturn) {
         // Nothing is kept: the question comes back at the next launch.
         QFWorkspace::shared().openFile(moreInfoPage().toString(), QString(),
                                        QFWorkspace::Asynchronous);

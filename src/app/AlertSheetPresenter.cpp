@@ -7,7 +7,32 @@
 #include <QMessageBox>
 #include <QPushButton>
 
+#include <QCloseEvent>
+#include <QKeyEvent>
+
 #include <memory>
+
+namespace {
+
+/// A message box that Escape and the close button close without pressing a button
+/// (a plain one presses its escape button, or refuses to close without one).
+class QuestionBox : public QMessageBox
+{
+public:
+    using QMessageBox::QMessageBox;
+
+protected:
+    void keyPressEvent(QKeyEvent *event) override
+    {
+        if (event->matches(QKeySequence::Cancel))
+            close();
+        else
+            QMessageBox::keyPressEvent(event);
+    }
+    void closeEvent(QCloseEvent *event) override { QDialog::closeEvent(event); }
+};
+
+} // namespace
 
 bool AlertSheetPresenter::hasSheet(QObject *window) const
 {
@@ -27,7 +52,7 @@ QObject *AlertSheetPresenter::show(const Content &content, QObject *window,
     auto *parent = qobject_cast<QWidget *>(window);
     if (parent && !parent->isVisible()) // a window closed while its import ran
         parent = nullptr;
-    auto *box = new QMessageBox(parent);
+    auto *box = content.answerOnlyByClick ? new QuestionBox(parent) : new QMessageBox(parent);
     box->setAttribute(Qt::WA_DeleteOnClose);
     // As on macOS: the application's icon and the message in bold.
     box->setIconPixmap(QApplication::windowIcon().pixmap(64, 64));
@@ -61,7 +86,8 @@ QObject *AlertSheetPresenter::show(const Content &content, QObject *window,
         box->setCheckBox(check);
     }
 
-    // Answered once: by a button, or with the default when the box goes another way.
+    // Answered once: by a button, or when the box goes another way with the default (a
+    // question: with no answer).
     auto pending = std::make_shared<std::function<void(qint64)>>(std::move(answered));
     const auto answer = [pending](qint64 code) {
         if (*pending)
@@ -76,7 +102,9 @@ QObject *AlertSheetPresenter::show(const Content &content, QObject *window,
                          else
                              answer(QFAlert::defaultReturn);
                      });
-    QObject::connect(box, &QObject::destroyed, [answer] { answer(QFAlert::defaultReturn); });
+    const qint64 unclicked =
+        content.answerOnlyByClick ? QFAlert::noAnswerReturn : QFAlert::defaultReturn;
+    QObject::connect(box, &QObject::destroyed, [answer, unclicked] { answer(unclicked); });
 
     if (parent) {
         parent->raise();

@@ -74,6 +74,22 @@ void AppController::applicationDidFinishLaunching(const QStringList &files)
     QFQC::sharedController().loadQC(nullptr);
 }
 
+void AppController::applicationLaunchedAgain(const QStringList &files, const QString &target,
+                                             bool firstLaunch)
+{
+    // A new window adopts the last target, so the one given becomes the last.
+    if (!target.isEmpty())
+        QFUserDefaults::standardUserDefaults().setObject(target, QStringLiteral("lastProject"));
+    if (firstLaunch)
+        applicationDidFinishLaunching(files);
+    else if (!files.isEmpty())
+        openFiles(files);
+    else if (!documents().isEmpty())
+        bringToFront(documents().constLast());
+    else if (!m_panelShown)
+        QTimer::singleShot(0, this, &AppController::performStartupAction);
+}
+
 void AppController::performStartupAction()
 {
     openFile();
@@ -100,7 +116,15 @@ void AppController::openFiles(const QStringList &paths)
     for (const QString &path : paths) {
         if (!QFileInfo(path).isFile())
             continue;
-        auto *document = new MyDocument(QFileInfo(path).absoluteFilePath());
+        const QString absolute = QFileInfo(path).absoluteFilePath();
+        const auto open = std::find_if(m_documents.cbegin(), m_documents.cend(), [&](auto *d) {
+            return d->isVisible() && QFileInfo(d->markerListPath()) == QFileInfo(absolute);
+        });
+        if (open != m_documents.cend()) {
+            bringToFront(*open);
+            continue;
+        }
+        auto *document = new MyDocument(absolute);
         populateMenus(document->menuBar());
         m_documents.append(document);
         // Compared by address only: the object is no document any more when it says so.
@@ -125,6 +149,13 @@ void AppController::documentsDidChange()
             if (documents().isEmpty() && !m_panelShown)
                 QApplication::quit();
         });
+}
+
+void AppController::bringToFront(QWidget *window)
+{
+    window->showNormal();
+    window->raise();
+    window->activateWindow();
 }
 
 // ---- menus -----------------------------------------------------------------------------
@@ -170,26 +201,26 @@ void AppController::populateMenus(QMenuBar *bar)
     prefs->setMenuRole(QAction::PreferencesRole);
 
     QMenu *window = bar->addMenu(QStringLiteral("&Window"));
-    window->addAction(QStringLiteral("&Minimize"), QKeySequence(Qt::CTRL | Qt::Key_M), this, [] {
-        if (QWidget *active = QApplication::activeWindow())
-            active->showMinimized();
-    });
-    connect(window, &QMenu::aboutToShow, window, [this, window] {
-        // The open documents, the active one checked.
-        const QList<QAction *> actions = window->actions();
-        for (qsizetype i = 1; i < actions.size(); ++i)
-            window->removeAction(actions.at(i));
+    // Rebuilt each time it opens: the shown documents, the active one checked.
+    const auto rebuildWindowMenu = [this, window] {
+        window->clear();
+        window->addAction(QStringLiteral("&Minimize"), QKeySequence(Qt::CTRL | Qt::Key_M), this,
+                          [] {
+                              if (QWidget *active = QApplication::activeWindow())
+                                  active->showMinimized();
+                          });
         window->addSeparator();
         for (MyDocument *document : documents()) {
-            QAction *item = window->addAction(document->windowTitle(), document, [document] {
-                document->showNormal();
-                document->raise();
-                document->activateWindow();
-            });
+            if (!document->isVisible()) // closed, its import still running
+                continue;
+            QAction *item = window->addAction(document->windowTitle(), document,
+                                              [document] { bringToFront(document); });
             item->setCheckable(true);
             item->setChecked(document->isActiveWindow());
         }
-    });
+    };
+    rebuildWindowMenu(); // its shortcut works before it is first opened
+    connect(window, &QMenu::aboutToShow, window, rebuildWindowMenu);
 
     const QString version = QCoreApplication::applicationVersion();
     QMenu *help = bar->addMenu(QStringLiteral("&Help"));

@@ -30,9 +30,15 @@ public:
     /// panel; one second later the panel again if no window is active. Then the usage
     /// analytics, which may ask for consent.
     void applicationDidFinishLaunching(const QStringList &files);
+    /// A launch with its files and target (null for none): the target becomes the one
+    /// new windows adopt. A later launch of the application lands here too: its lists
+    /// open, or with none a window comes to the front (the panel when there is none).
+    void applicationLaunchedAgain(const QStringList &files, const QString &target,
+                                  bool firstLaunch = false);
     /// The marker-list panel, application-modal; each chosen list opens as a document.
     void openFile();
-    /// Opens each marker list as a document, in the given order.
+    /// Opens each marker list as a document, in the given order; a list already open
+    /// brings its window to the front instead.
     void openFiles(const QStringList &paths);
     QList<MyDocument *> documents() const;
 
@@ -60,6 +66,7 @@ protected:
 
 private:
     void performStartupAction();
+    static void bringToFront(QWidget *window);
     /// Where the application stands once the documents change: it quits with no
     /// document left where the platform says so.
     void documentsDidChange();

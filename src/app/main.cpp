@@ -1,8 +1,7 @@
 // Cuebridge: marker lists onto Final Cut Pro timelines.
 
 #include "AppController.h"
-
-#include "support/QFUserDefaults.h"
+#include "SingleInstance.h"
 
 #include <QApplication>
 #include <QCommandLineParser>
@@ -36,11 +35,22 @@ int main(int argc, char *argv[])
                                  QStringLiteral("[lists…]"));
     parser.process(app);
 
+    QStringList files;
+    for (const QString &file : parser.positionalArguments())
+        files << QFileInfo(file).absoluteFilePath();
+    const QString targetPath =
+        parser.isSet(target) ? QFileInfo(parser.value(target)).absoluteFilePath() : QString();
+    // One application per user session: a running one opens this launch's files.
+    SingleInstance instance(QStringLiteral("com.quillfen.Cuebridge"));
+    if (instance.handOff(files, targetPath))
+        return 0;
+
     AppController controller;
-    // A new window adopts the last target, so the one given becomes the last.
-    if (parser.isSet(target))
-        QFUserDefaults::standardUserDefaults().setObject(
-            QFileInfo(parser.value(target)).absoluteFilePath(), QStringLiteral("lastProject"));
-    controller.applicationDidFinishLaunching(parser.positionalArguments());
+    QObject::connect(&instance, &SingleInstance::launched, &controller,
+                     [&controller](const QStringList &later, const QString &laterTarget) {
+                         controller.applicationLaunchedAgain(later, laterTarget);
+                     });
+    instance.listen();
+    controller.applicationLaunchedAgain(files, targetPath, true);
     return app.exec();
 }

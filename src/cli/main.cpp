@@ -121,8 +121,8 @@ int main(int argc, char *argv[])
         return usageStatus;
     }
 
-    // The same log as the window's, under the application's name.
-    QFLog::sharedController().setAppName(QStringLiteral("Cuebridge"));
+    // A log of its own: a run here never rotates the log of a running window.
+    QFLog::sharedController().setAppName(QStringLiteral("cuebridge-import"));
     QFLog::createNewLog(QString(), true);
     QFLog::installTerminateHandler();
     UserTextEscaping::registerDefaults();

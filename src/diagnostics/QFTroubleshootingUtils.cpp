@@ -131,6 +131,12 @@ void alert(const QString &message, const QString &informative)
     QFAlert::alertSheetWithMessageText(message, informative, nullptr);
 }
 
+void couldNotGather()
+{
+    alert(QStringLiteral("Logs could not be gathered"),
+          QStringLiteral("Please check your file permissions."));
+}
+
 bool viewLog(const QString &path, const QString &informative)
 {
     if (!QFileInfo::exists(path)) {
@@ -141,11 +147,6 @@ bool viewLog(const QString &path, const QString &informative)
 }
 
 } // namespace
-
-QString QFTroubleshootingUtils::temporaryFolder()
-{
-    return QFLocalPaths::tempDirectory() + QStringLiteral("QF_App_Logs");
-}
 
 bool QFTroubleshootingUtils::gatherLogsForAppWithName(const QString &name)
 {
@@ -159,18 +160,17 @@ bool QFTroubleshootingUtils::gatherLogsForAppsWithNames(const QStringList &names
 {
     if (names.isEmpty())
         return false;
-    const QString temporary = temporaryFolder();
-    QDir folder(temporary);
-    if (folder.exists() && !folder.removeRecursively()) {
-        consoleMessage(
-            QFFormat::format(u"Error removing existing folder: %@",
-                             QStringLiteral("the folder %1 cannot be removed").arg(temporary)));
-        return false;
-    }
-    if (!QDir().mkpath(temporary)) {
-        consoleMessage(
-            QFFormat::format(u"Error creating temp folder: %@",
-                             QStringLiteral("the folder %1 cannot be made").arg(temporary)));
+    // A folder of this user and this gathering: a shared folder at a fixed name could be
+    // another user's, who could then read the files or add to the archive.
+    const std::unique_ptr<QTemporaryDir> privateFolder = QFLocalPaths::privateTemporaryFolder();
+    const QString temporary = privateFolder->filePath(QStringLiteral("QF_App_Logs"));
+    if (!privateFolder->isValid() || !QDir().mkdir(temporary)) {
+        consoleMessage(QFFormat::format(
+            u"Error creating temp folder: %@",
+            privateFolder->isValid() ? QStringLiteral("the folder %1 cannot be made").arg(temporary)
+                                     : privateFolder->errorString()));
+        if (!silent)
+            couldNotGather();
         return false;
     }
 
@@ -201,14 +201,12 @@ bool QFTroubleshootingUtils::gatherLogsForAppsWithNames(const QStringList &names
     // The desktop folder is not a given on every Linux system.
     QDir().mkpath(QFileInfo(archive).path());
     const bool made = QFFileManager::compressFile(temporary, archive, true);
-    QDir(temporary).removeRecursively();
     if (!silent) {
         if (made)
             alert(QStringLiteral("Logs gathered successfully"),
                   QStringLiteral("The gathered logs were placed on your desktop."));
         else
-            alert(QStringLiteral("Logs could not be gathered"),
-                  QStringLiteral("Please check your file permissions."));
+            couldNotGather();
     }
     return made;
 }

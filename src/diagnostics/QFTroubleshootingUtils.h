@@ -23,7 +23,4 @@ public:
     static bool viewLogForApp(const QString &name);
     /// The same for the log of a run as a task, <name>.1.task.log.
     static bool viewTaskLogForApp(const QString &name);
-
-    /// The folder the files are collected in before they are archived.
-    static QString temporaryFolder();
 };

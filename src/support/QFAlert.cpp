@@ -173,6 +173,16 @@ qint64 QFAlert::timedAlertSheetWithMessageText(
                    parentWindow, nullptr, nullptr, true, alert.get(), QString(), startTimer);
 }
 
+qint64 QFAlert::questionWithMessageText(const QString &messageText, const QString &defaultButton,
+                                        const QString &alternateButton, const QString &otherButton,
+                                        const QString &informativeText, QObject *parentWindow)
+{
+    const std::shared_ptr<QFAlert> alert = makeAlert();
+    alert->m_answerOnlyByClick = true;
+    return present(messageText, defaultButton, alternateButton, otherButton, informativeText,
+                   parentWindow, nullptr, nullptr, true, alert.get(), QString(), {});
+}
+
 void QFAlert::alertSheetWithDictionary(const QVariantMap &dictionary)
 {
     const auto text = [&dictionary](const char *key) {
@@ -191,6 +201,7 @@ void QFAlert::alertSheetWithDictionary(const QVariantMap &dictionary)
     content.alternateButtonTitle = text("alternateButtonTitle");
     content.otherButtonTitle = text("otherButtonTitle");
     content.suppressionBinding = text("suppressionBinding");
+    content.answerOnlyByClick = m_answerOnlyByClick;
     const QByteArray selector = text("didEndSelector").toLatin1();
 
     QFAlertPresenter *shower = presenter();

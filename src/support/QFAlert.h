@@ -27,6 +27,10 @@ public:
         QString otherButtonTitle;
         /// The preference key the suppression check box is bound to; null for none.
         QString suppressionBinding;
+        /// Only a click on a button answers; closed any other way (its close button,
+        /// Escape, the session ending) the alert answers QFAlert::noAnswerReturn. Other
+        /// alerts closed without a click answer with the default button.
+        bool answerOnlyByClick = false;
     };
 
     virtual ~QFAlertPresenter() = default;
@@ -58,6 +62,8 @@ public:
     static constexpr qint64 otherReturn = -1;
     /// What the forms that do not wait return.
     static constexpr qint64 notWaited = -1;
+    /// A question closed without a click on one of its buttons.
+    static constexpr qint64 noAnswerReturn = 2;
 
     QFAlert();
     ~QFAlert() override;
@@ -90,6 +96,12 @@ public:
                               const QString &informativeText, QObject *parentWindow,
                               QObject *delegate, const char *didEndSelector, bool block,
                               QFAlert *alertObject, const QString &suppressionBinding = QString());
+    /// A question that only a click answers: waits, and returns noAnswerReturn when the
+    /// alert went away without one (consent is given by no one else).
+    static qint64 questionWithMessageText(const QString &messageText, const QString &defaultButton,
+                                          const QString &alternateButton,
+                                          const QString &otherButton,
+                                          const QString &informativeText, QObject *parentWindow);
     /// Waits for the user, or answers 1 by itself after interval seconds.
     static qint64 timedAlertSheetWithMessageText(const QString &messageText,
                                                  const QString &defaultButton,
@@ -133,6 +145,7 @@ private:
     std::atomic<bool> m_alertEnded{false};
     std::atomic<qint64> m_returnCode{0};
     QPointer<QObject> m_alert;
+    bool m_answerOnlyByClick = false;
     /// Holds an alert that nobody waits for until it is answered.
     std::shared_ptr<QFAlert> m_keepAlive;
 };

@@ -4,6 +4,7 @@
 #include <QDir>
 #include <QFile>
 #include <QFileInfo>
+#include <QStandardPaths>
 #include <QUuid>
 
 #include <atomic>
@@ -187,6 +188,24 @@ QString QFLocalPaths::trashDirectory()
 QString QFLocalPaths::tempDirectory()
 {
     return ensureTrailingSlash(QDir::tempPath());
+}
+
+QString QFLocalPaths::privateRuntimeFolder()
+{
+    // The runtime folder is the user's own (Qt checks its owner and mode); the shared
+    // temporary folder is not, and a fixed name there can be taken by another user.
+    QString base = QStandardPaths::writableLocation(QStandardPaths::RuntimeLocation);
+    if (base.isEmpty() || !QFileInfo(base).isWritable())
+        base = QStandardPaths::writableLocation(QStandardPaths::GenericCacheLocation);
+    QDir().mkpath(base);
+    return base;
+}
+
+std::unique_ptr<QTemporaryDir> QFLocalPaths::privateTemporaryFolder()
+{
+    // mkdtemp: a new name, made with mode 700.
+    return std::make_unique<QTemporaryDir>(privateRuntimeFolder() +
+                                           QStringLiteral("/quillfen-XXXXXX"));
 }
 
 QString QFLocalPaths::tempFile()

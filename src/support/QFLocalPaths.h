@@ -2,6 +2,9 @@
 
 #include <QString>
 #include <QStringList>
+#include <QTemporaryDir>
+
+#include <memory>
 
 #include <optional>
 
@@ -58,6 +61,14 @@ public:
     static QString username();
     static QString trashDirectory();
     static QString tempDirectory();
+    /// The user's own folder for files of running programs (sockets, copies to run): the
+    /// runtime folder, else the user's cache folder; made when missing.
+    static QString privateRuntimeFolder();
+    /// A new folder that only this user can enter (mode 700), for one job of this run:
+    /// under the user's runtime folder, else the user's cache folder, never at a name
+    /// another user could take first. Removed when the object goes unless told
+    /// otherwise; invalid (with its error) when it cannot be made.
+    static std::unique_ptr<QTemporaryDir> privateTemporaryFolder();
     /// The per-user cache folder of the system configuration; null where there is none.
     static QString darwinCacheDirectory();
 

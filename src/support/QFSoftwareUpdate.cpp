@@ -1,6 +1,7 @@
 #include "support/QFSoftwareUpdate.h"
 
 #include "support/QFFileManager.h"
+#include "support/QFFormat.h"
 #include "support/QFGlobalPreferences.h"
 #include "support/QFLocalPaths.h"
 #include "support/QFLog.h"
@@ -11,6 +12,7 @@
 #include <QFileInfo>
 #include <QProcess>
 
+#include <mutex>
 #include <thread>
 
 namespace {
@@ -81,13 +83,29 @@ QString QFSoftwareUpdate::updaterPath()
     for (const QString &carried : carriedUpdaters()) {
         if (!QFileInfo::exists(carried))
             continue;
-        // A carried updater replaces the application it updates: it runs from a copy.
-        const QString copy = QFLocalPaths::tempDirectory() + updaterName();
+        // A carried updater replaces the application it updates: it runs from a copy,
+        // made by this run in a folder only this user can enter, and kept after the run
+        // because the updater outlives it.
+        static std::mutex copying;
+        static std::unique_ptr<QTemporaryDir> folder;
+        const std::lock_guard lock(copying);
+        if (!folder || !QFileInfo::exists(folder->path())) {
+            folder = QFLocalPaths::privateTemporaryFolder();
+            folder->setAutoRemove(false);
+        }
+        if (!folder->isValid()) {
+            QFLog::appendLogAndPrint(
+                QFFormat::format(u"Error copying file: %@", folder->errorString()));
+            return QString();
+        }
+        const QString copy = folder->filePath(updaterName());
         if (QFileInfo(copy).isDir())
             QDir(copy).removeRecursively();
         else
             QFile::remove(copy);
-        QFFileManager::copyFile(carried, copy, false);
+        // What is not this run's own copy is never started.
+        if (!QFFileManager::copyFile(carried, copy, false))
+            return QString();
         return copy;
     }
     QFLog::appendLogAndPrint(u"Error: unable to find software updater");

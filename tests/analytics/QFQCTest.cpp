@@ -124,7 +124,8 @@ TEST_F(Analytics, ConsentIsAskedFromTheThirdLaunchUntilAnsweredAndTheAnswerIsSha
     };
     const Answer answers[] = {{QFAlert::defaultReturn, true, false},
                               {QFAlert::otherReturn, false, false},
-                              {QFAlert::alternateReturn, QVariant(), true}};
+                              {QFAlert::alternateReturn, QVariant(), true},
+                              {QFAlert::noAnswerReturn, QVariant(), true}};
     for (const Answer &answer : answers) {
         SCOPED_TRACE(answer.code);
         QFile::remove(QFQC::consentFilePath());

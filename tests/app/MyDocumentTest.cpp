@@ -4,6 +4,7 @@
 #include "MyDocument.h"
 #include "AlertSheetPresenter.h"
 #include "AppController.h"
+#include "SingleInstance.h"
 #include "WaitFor.h"
 
 #include "support/QFUserDefaults.h"
@@ -19,12 +20,18 @@
 #include <QDir>
 #include <QFileDialog>
 #include <QLineEdit>
+#include <QMenu>
+#include <QMenuBar>
 #include <QMessageBox>
 #include <QPointer>
 #include <QPushButton>
 #include <QTest>
 #include <QThread>
 #include <QTimer>
+
+#include <future>
+
+using namespace std::chrono_literals;
 
 namespace {
 
@@ -219,6 +226,37 @@ TEST_F(Window, ASheetsSuppressionBoxKeepsItsPreferenceAndATimedSheetGoesByItself
         << "the timed sheet stays up";
 }
 
+TEST_F(Window, OnlyAClickAnswersAQuestionAPlainAlertClosedAnswersWithItsDefault)
+{
+    MyDocument *document = open(home.copyOfData(u"project.xml"_s));
+    const auto escape = [](QMessageBox *box) { QTest::keyClick(box, Qt::Key_Escape); };
+    const auto closeButton = [](QMessageBox *box) { box->close(); };
+    struct Case
+    {
+        bool question;
+        std::function<void(QMessageBox *)> dismiss;
+        qint64 answer;
+    };
+    const Case cases[] = {{true, closeButton, QFAlert::noAnswerReturn},
+                          {true, escape, QFAlert::noAnswerReturn},
+                          {false, closeButton, QFAlert::defaultReturn},
+                          {false, escape, QFAlert::alternateReturn}};
+    for (const Case &c : cases) {
+        QTimer::singleShot(0, document, [&] {
+            QMessageBox *box = sheet(document);
+            ASSERT_NE(box, nullptr);
+            c.dismiss(box);
+        });
+        const qint64 answer =
+            c.question
+                ? QFAlert::questionWithMessageText(u"Share?"_s, u"Allow"_s, u"More"_s, u"Deny"_s,
+                                                   QString(), document)
+                : QFAlert::alertSheetWithMessageText(u"Replace?"_s, u"Replace"_s, u"Cancel"_s,
+                                                     QString(), QString(), document, true);
+        EXPECT_EQ(answer, c.answer) << c.question;
+    }
+}
+
 TEST_F(Window, AWindowClosedDuringAnImportGoesOnceItEnds)
 {
     const QString target = home.copyOfData(u"sequence.xml"_s);
@@ -280,6 +318,51 @@ TEST_F(Window, LaunchOpensTheFilesGivenOrAsksForMarkerLists)
               u"notes.txt"_s);
     for (MyDocument *document : controller.documents())
         waitFor([&] { return !document->session().isBusy(); });
+}
+
+TEST_F(Window, ALaterLaunchHandsItsListsToTheRunningOneWhereEachListOpensOnce)
+{
+    const QString target = home.copyOfData(u"project.xml"_s);
+    SingleInstance running(u"test.socket"_s);
+    // A socket left by a launch that crashed does not stop the next one.
+    TempHome::write(running.socketPath(), "");
+    ASSERT_TRUE(running.listen());
+    AppController controller;
+    QObject::connect(&running, &SingleInstance::launched, &controller,
+                     [&](const QStringList &files, const QString &laterTarget) {
+                         controller.applicationLaunchedAgain(files, laterTarget);
+                     });
+    const auto launch = [](const QStringList &files, const QString &laterTarget) {
+        auto handed = std::async(std::launch::async, [=] {
+            return SingleInstance(u"test.socket"_s).handOff(files, laterTarget);
+        });
+        waitFor([&] { return handed.wait_for(0s) == std::future_status::ready; });
+        return handed.get();
+    };
+    EXPECT_TRUE(launch({list}, target));
+    EXPECT_TRUE(launch({list}, QString()));
+    ASSERT_EQ(controller.documents().size(), 1) << "the list already open comes to the front";
+    EXPECT_EQ(QFUserDefaults::standardUserDefaults().stringForKey(u"lastProject"_s), target);
+
+    // The Window menu lists each shown window once, however often it opens.
+    MyDocument *document = controller.documents().first();
+    QMenu *menu = document->menuBar()->findChildren<QMenu *>().at(2);
+    for (int opened = 0; opened < 2; ++opened)
+        QMetaObject::invokeMethod(menu, "aboutToShow");
+    const auto titles = [menu] {
+        QStringList shown;
+        for (const QAction *item : menu->actions())
+            shown << item->text();
+        return shown;
+    };
+    EXPECT_EQ(titles(), QStringList({u"&Minimize"_s, QString(), document->windowTitle()}));
+    settle(document);
+    document->hide();
+    QMetaObject::invokeMethod(menu, "aboutToShow");
+    EXPECT_EQ(titles(), QStringList({u"&Minimize"_s, QString()}));
+
+    running.close();
+    EXPECT_FALSE(launch({list}, QString())) << "no running one: this launch goes on";
 }
 
 } // namespace

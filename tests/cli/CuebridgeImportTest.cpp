@@ -5,7 +5,6 @@
 #include "QtPrinters.h"
 #include "TempHome.h"
 
-#include <QDir>
 #include <QProcess>
 
 namespace {
@@ -226,6 +225,7 @@ TEST_F(Cli, OutputGoesElsewhereAndListShowsTheItems)
 {
     const QString target = home.copyOfData(u"project.xml"_s);
     const QByteArray before = TempHome::read(target);
+    const QString windowsLog = home.file(u".local/state/Quillfen/Cuebridge.1.log"_s, "window");
     const Outcome result =
         run({u"--output"_s, home.filePath(u"out.xml"_s),
              markers(markerList({{"A", "c", "01:00:10:00", "00:00:05:00", "Red"}})), target});
@@ -233,6 +233,7 @@ TEST_F(Cli, OutputGoesElsewhereAndListShowsTheItems)
     EXPECT_EQ(TempHome::read(target), before);
     EXPECT_EQ(inOut(home.filePath(u"out.xml"_s)), QList<InOut>({{250, 375}}));
     EXPECT_TRUE(result.out.contains(u"Result: "_s + home.filePath(u"out.xml"_s)));
+    EXPECT_EQ(TempHome::read(windowsLog), "window") << "the window's log is not rotated";
 
     const Outcome list = run({u"--list"_s, target}); // no marker list needed
     EXPECT_EQ(list.status, 0);

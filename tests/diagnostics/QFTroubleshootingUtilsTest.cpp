@@ -69,6 +69,11 @@ TEST_F(Gathering, CollectsEachApplicationsFilesFromBothDomainsIntoOneArchiveOnTh
     ASSERT_TRUE(QFile::link(u"../../../elsewhere/real.crash"_s,
                             computerLogs + u"/DiagnosticReports/Cuebridge_linked.crash"_s));
     files(home.path() + u"/notes"_s, {u"extra.txt"_s});
+    // A folder of the shared temporary folder, made first by someone else, neither stops
+    // the gathering nor gets into the archive.
+    files(home.tempPath() + u"/QF_App_Logs"_s, {u"planted.txt"_s});
+    QFile::setPermissions(home.tempPath() + u"/QF_App_Logs"_s,
+                          QFile::ReadOther | QFile::ExeOther | QFile::ReadOwner | QFile::ExeOwner);
 
     ASSERT_TRUE(QFTroubleshootingUtils::gatherLogsForAppsWithNames(
         {u"Cuebridge"_s, u"Foo Bar"_s}, false, {home.path() + u"/notes/extra.txt"_s}));
@@ -92,7 +97,7 @@ TEST_F(Gathering, CollectsEachApplicationsFilesFromBothDomainsIntoOneArchiveOnTh
     expected.sort();
     const QString archive = desktop() + u"/Cuebridge Logs.zip"_s;
     EXPECT_EQ(archived(archive), expected);
-    EXPECT_FALSE(QFileInfo::exists(QFTroubleshootingUtils::temporaryFolder()));
+    EXPECT_TRUE(QDir(home.runtimePath()).isEmpty()) << "the private folder went with it";
 
     // The link's file, not the link, went in.
     QProcess unzip;
@@ -111,7 +116,7 @@ TEST_F(Gathering, CollectsEachApplicationsFilesFromBothDomainsIntoOneArchiveOnTh
     EXPECT_EQ(alerts.shown().size(), 1) << "a silent gathering shows nothing";
 }
 
-TEST_F(Gathering, NothingToGatherMakesNoArchive)
+TEST_F(Gathering, NothingOrNowhereToGatherMakesNoArchive)
 {
     EXPECT_FALSE(QFTroubleshootingUtils::gatherLogsForAppWithName(QString()));
     EXPECT_FALSE(QFTroubleshootingUtils::gatherLogsForAppsWithNames({u"Cuebridge"_s}, true));
@@ -120,6 +125,15 @@ TEST_F(Gathering, NothingToGatherMakesNoArchive)
     EXPECT_EQ(alerts.shown(),
               QStringList(u"No logs found / There were no logs available to gather."_s));
     EXPECT_FALSE(QFileInfo::exists(desktop() + u"/Cuebridge Logs.zip"_s));
+
+    // No private folder can be made: said, not only logged.
+    files(home.path(), {u"Cuebridge.1.log"_s});
+    for (const char *variable : {"XDG_RUNTIME_DIR", "TMPDIR", "XDG_CACHE_HOME"})
+        qputenv(variable, home.file(u"not-a-folder"_s, "").toUtf8());
+    EXPECT_FALSE(QFTroubleshootingUtils::gatherLogsForAppsWithNames(
+        {u"Cuebridge"_s}, false, {home.path() + u"/Cuebridge.1.log"_s}));
+    EXPECT_EQ(alerts.shown().last(),
+              u"Logs could not be gathered / Please check your file permissions."_s);
 }
 
 TEST_F(Gathering, ViewingOpensTheCurrentLogOrSaysThereIsNone)

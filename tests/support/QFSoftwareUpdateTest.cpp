@@ -10,6 +10,8 @@
 #include <QDir>
 #include <QFile>
 
+#include <sys/stat.h>
+
 namespace {
 
 class Updater : public LoggedTest
@@ -41,24 +43,36 @@ protected:
     }
 };
 
-TEST_F(Updater, TheInstalledOneComesFirstAndACarriedOneRunsFromAFreshCopy)
+TEST_F(Updater, TheInstalledOneComesFirstAndACarriedOneRunsOnlyFromThisRunsPrivateCopy)
 {
     EXPECT_EQ(QFSoftwareUpdate::updaterPath(), QString());
     QFSoftwareUpdate::launchSoftwareUpdate();
     EXPECT_TRUE(log().contains(u"Error: unable to find software updater"_s));
     EXPECT_TRUE(log().contains(u"Unable to launch Software Update - path doesn't exist"_s));
 
-    const QString copy = home.tempPath() + u'/' + QFSoftwareUpdate::updaterName();
+    // Another user's program waiting at a fixed name of the shared folder is never run.
+    const QString planted = home.tempPath() + u'/' + QFSoftwareUpdate::updaterName();
+    makeUpdater(planted, "planted");
     makeUpdater(carried(), "carried 1");
-    EXPECT_EQ(QFSoftwareUpdate::updaterPath(), copy);
+    const QString copy = QFSoftwareUpdate::updaterPath();
+    EXPECT_TRUE(copy.startsWith(home.runtimePath() + u'/')) << copy.toStdString();
+    const QFile::Permissions others = QFile::ReadGroup | QFile::WriteGroup | QFile::ExeGroup |
+                                      QFile::ReadOther | QFile::WriteOther | QFile::ExeOther;
+    EXPECT_EQ(QFile::permissions(QFileInfo(copy).path()) & others, QFile::Permissions());
     makeUpdater(carried(), "carried 2");
     EXPECT_EQ(QFSoftwareUpdate::updaterPath(), copy);
     EXPECT_TRUE(TempHome::read(copy).contains("carried 2")) << "the copy is made anew";
 
-    QFile::remove(copy);
+    // A copy that fails leaves nothing to start.
+    QFile::remove(carried());
+    ASSERT_EQ(::mkfifo(QFile::encodeName(carried()).constData(), 0600), 0);
+    QFSoftwareUpdate::launchSoftwareUpdate();
+    EXPECT_EQ(log().count(u"Unable to launch Software Update - path doesn't exist"_s), 2);
+    EXPECT_FALSE(QFile::exists(copy));
+    EXPECT_FALSE(QFile::exists(note()));
+
     makeUpdater(installed(), "installed");
     EXPECT_EQ(QFSoftwareUpdate::updaterPath(), installed());
-    EXPECT_FALSE(QFile::exists(copy));
 
     QFSoftwareUpdate().manualUpdateCheck();
     EXPECT_EQ(TempHome::noted(note()), u"[]"_s) << "a manual check starts it as it is";
