@@ -328,33 +328,6 @@ TEST_F(Analytics, AFailedUploadIsLoggedAndItsEventsAreDroppedAllTheSame)
     }
 }
 
-TEST(AnalyticsEndpoint, TheEnvironmentComesBeforeThePreferenceAndThenTheMakersServer)
-{
-    TempHome home;
-    QFUserDefaults defaults(home.path() + u"/defaults.ini"_s);
-    QFQC qc(defaults, QString(), QString());
-    EXPECT_EQ(qc.endpoint().toString(), u"https://www.quillfen.com/appdata/qc/qc.php"_s);
-    defaults.setObject(u"http://127.0.0.1:1/p"_s, u"QCEndpoint"_s);
-    EXPECT_EQ(qc.endpoint().toString(), u"http://127.0.0.1:1/p"_s);
-    qputenv("QUILLFEN_QC_ENDPOINT", "http://127.0.0.1:2/e");
-    EXPECT_EQ(qc.endpoint().toString(), u"http://127.0.0.1:2/e"_s);
-    qunsetenv("QUILLFEN_QC_ENDPOINT");
-}
-
-TEST(AnalyticsFormData, EachFieldIsAPartAndAFileIsSentAsAFile)
-{
-    EXPECT_EQ(QFQC::generateFormData({{u"uid"_s, u"abc"_s}}, u"B"_s),
-              "--B\r\nContent-Disposition: form-data; name=\"uid\"\r\n\r\nabc\r\n");
-    TempHome home;
-    const QString file = home.file(u"report.crash"_s, "bytes");
-    EXPECT_EQ(QFQC::generateFormData(
-                  {{u"f"_s, QUrl::fromLocalFile(file)}, {u"g"_s, QUrl(u"https://example.com/x"_s)}},
-                  u"B"_s),
-              "--B\r\nContent-Disposition: form-data; name=\"f\"; filename=\"report.crash\"\r\n"
-              "Content-Type: application/octet-stream\r\n\r\nbytes\r\n--B\r\n\r\n");
-    EXPECT_EQ(QFQC::generateRandomString(0), QString());
-}
-
 } // namespace
 
 int main(int argc, char **argv)

@@ -142,39 +142,6 @@ TEST_F(LogTest, StrayPercentSignsAreEscapedAndDoubledInThePrintedCopy)
     EXPECT_TRUE(current().contains(" - 100% done\n"));
 }
 
-TEST_F(LogTest, BlankEntriesAreDroppedAndNotCounted)
-{
-    QFLog::createNewLog(QString(), true);
-    QFLog::finishWriting();
-    const QString before = current();
-    QFLog::holdWriterForTesting(true);
-    QFLog::fastAppendLog(u"  \n\t ");
-    QFLog::fastAppendLog(u"%@", u"\n"_s);
-    EXPECT_EQ(QFLog::sharedController().bytesInQueue(), 0u);
-    QFLog::fastAppendLog(u"  padded  \n");
-    EXPECT_EQ(QFLog::sharedController().bytesInQueue(), 6u);
-    QFLog::holdWriterForTesting(false);
-    EXPECT_EQ(current().mid(before.size()).count(u'\n'), 1);
-    EXPECT_TRUE(current().endsWith(" - padded\n"));
-}
-
-TEST_F(LogTest, ShortEntriesFromWorkersWaitLongOnesDoNot)
-{
-    QFLog::createNewLog(QString(), true);
-    QFLog::finishWriting();
-    QFLog::holdWriterForTesting(true);
-
-    std::atomic<bool> longReturned = false;
-    std::thread longWriter([&] {
-        QFLog::appendLog(u"%@", QString(100, u'L'));
-        longReturned = true;
-    });
-    longWriter.join(); // returns although the writer holds everything
-    EXPECT_TRUE(longReturned);
-    QFLog::holdWriterForTesting(false);
-    EXPECT_TRUE(current().contains(QString(100, u'L')));
-}
-
 TEST_F(LogTest, ShortEntryFromAWorkerReturnsOnlyOnceWritten)
 {
     QFLog::createNewLog(QString(), true);
@@ -319,27 +286,6 @@ TEST_F(LogTest, ShutdownFlushesUpToTenQueuedEntriesAndDropsMore)
         EXPECT_EQ(QFLog::waitingEntryCountForTesting(), 0);
         QFLog::resetForTesting();
     }
-}
-
-TEST_F(LogTest, ShutdownCountsTheBatchTheWriterHasTaken)
-{
-    QFLog::createNewLog(QString(), true);
-    QFLog::resetForTesting();
-    StalledDisk disk(generation(1));
-    QFLog::holdWriterForTesting(true);
-    for (int i = 0; i < 40; ++i)
-        QFLog::fastAppendLog(u"batch entry %li %@", i, QString(4000, u'b'));
-    QFLog::holdWriterForTesting(false);
-    for (int i = 0; i < 500 && QFLog::waitingEntryCountForTesting() > 0; ++i)
-        std::this_thread::sleep_for(10ms);
-    ASSERT_EQ(QFLog::waitingEntryCountForTesting(), 0) << "the writer took the batch";
-
-    std::thread quit([] { QFLog::willTerminate(); }); // 40 waiting: gives up on them
-    std::this_thread::sleep_for(100ms);
-    disk.drainInBackground();
-    quit.join();
-    const QByteArray written = disk.stopDraining();
-    EXPECT_FALSE(written.contains("batch entry 39 ")) << "the end of the batch was not dropped";
 }
 
 TEST_F(LogTest, RollsOverAtTheLimitAndEntriesQueuedBehindItGoToTheNewFile)

@@ -209,20 +209,6 @@ TEST(XmlDocument, NoNetworkAccessIsMadeForTheDocument)
     ::close(listener);
 }
 
-TEST(XmlDocument, WhitespaceBetweenElementsIsNotANode)
-{
-    const auto document = parse("<a>\n  <b/>\n  <!-- c -->\n  <d>text</d>\n</a>");
-    ASSERT_TRUE(document);
-    const XmlNode root = document->rootElement();
-    EXPECT_EQ(root.childCount(), 3);
-    const XmlNode d = root.nodesForXPath(u"./d"_s).value(0);
-    EXPECT_EQ(d.index(), 2);
-    EXPECT_EQ(d.previousSibling().kind(), XmlNode::Kind::Other);
-    EXPECT_EQ(d.previousSibling().previousSibling().name(), u"b");
-    EXPECT_TRUE(d.nextSibling().isNull());
-    EXPECT_EQ(root.parent().kind(), XmlNode::Kind::Document);
-}
-
 TEST(XmlDocument, EveryElementsOwnPathFindsItAgain)
 {
     const auto document = loadTestDocument("library.fcpxml");
@@ -270,23 +256,6 @@ TEST(XmlDocument, PrettyPrintingReindentsInsertedElementsAndIsStable)
     EXPECT_TRUE(once.startsWith("<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<!DOCTYPE fcpxml>\n"));
 }
 
-TEST(XmlDocument, DetachedNodesLeaveTheTreeButTheirHandlesStayUsable)
-{
-    const auto document = loadTestDocument("project.xml");
-    ASSERT_TRUE(document);
-    const XmlNode sequence =
-        QFXMLParser::nodeForQuery(u"./xmeml[1]//sequence[1]"_s, document->node());
-    const QList<XmlNode> markers = sequence.nodesForXPath(u".//marker"_s);
-    ASSERT_EQ(markers.size(), 2);
-    for (XmlNode marker : markers)
-        marker.detach();
-
-    EXPECT_TRUE(sequence.nodesForXPath(u".//marker"_s).isEmpty());
-    EXPECT_FALSE(document->toPrettyXml().contains("<marker>"));
-    EXPECT_EQ(QFXMLParser::stringValueForQuery(u"./name[1]"_s, markers.first()), u"On B");
-    EXPECT_TRUE(markers.first().parent().isNull());
-}
-
 TEST(XmlDocument, SetStringValueTakesTheTextLiterally)
 {
     const auto document = parse("<sequence id=\"old\"><name>Old <b>bold</b></name></sequence>");
@@ -306,19 +275,6 @@ TEST(XmlDocument, SetStringValueTakesTheTextLiterally)
               u"<sequence id=\"A &amp; B &lt;&quot;é&quot;&gt;\">\n"
               u"  <name>Tom &amp;amp; Jerry</name>\n"
               u"</sequence>\n");
-}
-
-TEST(XmlDocument, NilHandlesAnswerNothing)
-{
-    XmlNode nil;
-    EXPECT_TRUE(nil.name().isNull());
-    EXPECT_TRUE(nil.stringValue().isNull());
-    EXPECT_FALSE(nil.setStringValue(u"x"_s));
-    EXPECT_TRUE(nil.parent().isNull());
-    EXPECT_TRUE(nil.nodesForXPath(u"."_s).isEmpty());
-    EXPECT_TRUE(nil.xPath().isNull());
-    EXPECT_TRUE(nil.insertChild(nil, 0).isNull());
-    nil.detach();
 }
 
 } // namespace
