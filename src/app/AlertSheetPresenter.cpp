@@ -60,6 +60,8 @@ QObject *AlertSheetPresenter::show(const Content &content, QObject *window,
     box->setTextFormat(Qt::RichText);
     box->setText(QStringLiteral("<b>%1</b>").arg(content.messageText.toHtmlEscaped()));
     box->setInformativeText(content.informativeText);
+    if (!content.detailedText.isEmpty())
+        box->setDetailedText(content.detailedText);
 
     // The default button is 1, the alternate 0, the other -1.
     QPushButton *defaultButton = box->addButton(

@@ -8,6 +8,7 @@
 #include "diagnostics/QFBugReporter.h"
 #include "diagnostics/QFTroubleshootingUtils.h"
 #include "import/UserTextEscaping.h"
+#include "support/QFAlert.h"
 #include "support/QFLog.h"
 #include "support/QFSoftwareUpdate.h"
 #include "support/QFUserDefaults.h"
@@ -100,8 +101,10 @@ void AppController::openFile()
     QFileDialog panel(nullptr, QStringLiteral("Browse for a Final Cut Pro marker list"));
     panel.setWindowModality(Qt::ApplicationModal);
     panel.setFileMode(QFileDialog::ExistingFiles);
-    // Our lists, and the marker exports of Premiere Pro (.csv) and Resolve (.edl).
-    panel.setNameFilter(QStringLiteral("Marker lists (*.txt *.csv *.edl)"));
+    // Our lists, the marker exports of other editors, subtitles; and whatever else a
+    // list was saved as.
+    panel.setNameFilters({QStringLiteral("Marker lists (*.txt *.tsv *.csv *.edl *.srt *.vtt)"),
+                          QStringLiteral("All files (*)")});
     panel.setDirectory(QStandardPaths::writableLocation(QStandardPaths::DocumentsLocation));
     m_panelShown = true;
     const bool chosen = panel.exec() == QDialog::Accepted;
@@ -114,9 +117,19 @@ void AppController::openFile()
 void AppController::openFiles(const QStringList &paths)
 {
     for (const QString &path : paths) {
-        if (!QFileInfo(path).isFile())
+        if (!QFileInfo(path).isFile()) {
+            // Not waited for: several may be missing, and launching goes on.
+            QFAlert::alertSheetWithMessageText(
+                QStringLiteral("The marker list “%1” cannot be opened")
+                    .arg(QFileInfo(path).fileName()),
+                QString(), QString(), QString(),
+                QFileInfo(path).isDir() ? QStringLiteral("%1 is a folder.").arg(path)
+                                        : QStringLiteral("There is no file %1.").arg(path),
+                nullptr, false);
             continue;
+        }
         const QString absolute = QFileInfo(path).absoluteFilePath();
+        rememberRecent(absolute);
         const auto open = std::find_if(m_documents.cbegin(), m_documents.cend(), [&](auto *d) {
             return d->isVisible() && QFileInfo(d->markerListPath()) == QFileInfo(absolute);
         });
@@ -126,6 +139,7 @@ void AppController::openFiles(const QStringList &paths)
         }
         auto *document = new MyDocument(absolute);
         populateMenus(document->menuBar());
+        connect(document, &MyDocument::markerListsDropped, this, &AppController::openFiles);
         m_documents.append(document);
         // Compared by address only: the object is no document any more when it says so.
         connect(document, &QObject::destroyed, this, [this, document] {
@@ -165,6 +179,20 @@ void AppController::populateMenus(QMenuBar *bar)
     QMenu *file = bar->addMenu(QStringLiteral("&File"));
     file->addAction(QStringLiteral("&Open Marker List…"), QKeySequence::Open, this,
                     &AppController::openFile);
+    QMenu *recent = file->addMenu(QStringLiteral("Open &Recent"));
+    connect(recent, &QMenu::aboutToShow, recent, [this, recent] {
+        recent->clear();
+        const QStringList paths = recentMarkerLists();
+        for (const QString &path : paths)
+            recent->addAction(QFileInfo(path).fileName(), this, [this, path] { openFiles({path}); })
+                ->setToolTip(path);
+        if (!paths.isEmpty())
+            recent->addSeparator();
+        QAction *clear = recent->addAction(QStringLiteral("Clear Menu"), this, [] {
+            QFUserDefaults::standardUserDefaults().removeObjectForKey(recentKey);
+        });
+        clear->setEnabled(!paths.isEmpty());
+    });
     file->addAction(QStringLiteral("&Close"), QKeySequence::Close, this, [] {
         if (QWidget *window = QApplication::activeWindow())
             window->close();
@@ -236,8 +264,19 @@ void AppController::populateMenus(QMenuBar *bar)
     help->addAction(QStringLiteral("Quillfen Home Page"), this, &AppController::qfHome);
     help->addAction(QStringLiteral("More Tools from Quillfen"), this,
                     &AppController::otherProductsHome);
-    QAction *update = help->addAction(QStringLiteral("Check for Updates…"), this,
-                                      [this] { m_softwareUpdate.manualUpdateCheck(); });
+    QAction *update = help->addAction(QStringLiteral("Check for Updates…"), this, [this] {
+        if (QFSoftwareUpdate::updaterPath().isEmpty()) {
+            QFAlert::alertSheetWithMessageText(
+                QStringLiteral("The updater is not installed"), QString(), QString(), QString(),
+                QStringLiteral("Quillfen Software Update, which checks for updates, is not "
+                               "installed on this computer. The latest version of Cuebridge is "
+                               "at %1")
+                    .arg(WebAddresses::home().toString()),
+                QApplication::activeWindow(), false);
+            return;
+        }
+        m_softwareUpdate.manualUpdateCheck();
+    });
     update->setMenuRole(QAction::ApplicationSpecificRole);
     QAction *about = help->addAction(QStringLiteral("About Cuebridge"), this, [version] {
         QMessageBox::about(QApplication::activeWindow(), QStringLiteral("About Cuebridge"),
@@ -268,41 +307,74 @@ void AppController::showPrefs()
 
 // ---- the maker's web pages -------------------------------------------------------------
 
+void AppController::openPage(const QUrl &page)
+{
+    if (QDesktopServices::openUrl(page))
+        return;
+    QFAlert::alertSheetWithMessageText(
+        QStringLiteral("The page could not be opened"), QString(), QString(), QString(),
+        QStringLiteral("No web browser could be started. The address is %1").arg(page.toString()),
+        QApplication::activeWindow(), false);
+}
+
+void AppController::rememberRecent(const QString &path)
+{
+    QStringList paths = recentMarkerLists();
+    paths.removeAll(path);
+    paths.prepend(path);
+    QFUserDefaults::standardUserDefaults().setObject(paths.mid(0, 10), recentKey);
+}
+
+QStringList AppController::recentMarkerLists()
+{
+    QStringList paths =
+        QFUserDefaults::standardUserDefaults().objectForKey(recentKey).toStringList();
+    paths.removeIf([](const QString &path) { return !QFileInfo(path).isFile(); });
+    return paths;
+}
+
 void AppController::userManual()
 {
-    QDesktopServices::openUrl(WebAddresses::userManual());
+    openPage(WebAddresses::userManual());
 }
 
 void AppController::bugReportHome()
 {
-    QDesktopServices::openUrl(WebAddresses::bugReport(QCoreApplication::applicationVersion()));
+    openPage(WebAddresses::bugReport(QCoreApplication::applicationVersion()));
 }
 
 void AppController::featureRequestHome()
 {
-    QDesktopServices::openUrl(WebAddresses::featureRequest(QCoreApplication::applicationVersion()));
+    openPage(WebAddresses::featureRequest(QCoreApplication::applicationVersion()));
 }
 
 void AppController::supportHome()
 {
-    QDesktopServices::openUrl(WebAddresses::support());
+    openPage(WebAddresses::support());
 }
 
 void AppController::qfHome()
 {
-    QDesktopServices::openUrl(WebAddresses::home());
+    openPage(WebAddresses::home());
 }
 
 void AppController::otherProductsHome()
 {
-    QDesktopServices::openUrl(WebAddresses::otherProducts());
+    openPage(WebAddresses::otherProducts());
 }
 
 // ---- support ---------------------------------------------------------------------------
 
 void AppController::viewLog()
 {
-    QFTroubleshootingUtils::viewLogForApp(QStringLiteral("Cuebridge"));
+    const QString log = QFLog::sharedController().currentLogPath();
+    // Without a log the utility says so itself; with one, only a failed open is ours.
+    if (!QFTroubleshootingUtils::viewLogForApp(QStringLiteral("Cuebridge")) &&
+        QFileInfo::exists(log))
+        QFAlert::alertSheetWithMessageText(
+            QStringLiteral("The log could not be opened"), QString(), QString(), QString(),
+            QStringLiteral("No application here opens it. The log is the file %1").arg(log),
+            QApplication::activeWindow(), false);
 }
 
 void AppController::gatherLogs()

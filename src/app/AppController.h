@@ -13,6 +13,7 @@ class MyDocument;
 class QCheckBox;
 class QDialog;
 class QMenuBar;
+class QUrl;
 
 /// The application: start-up, the marker-list panel, the open documents, the menus,
 /// the preferences window and the maker's web pages. The application never makes an
@@ -57,6 +58,10 @@ public:
     /// The logs, crash reports and preferences in an archive on the desktop.
     void gatherLogs();
 
+    /// File > Open Recent: the marker lists opened last, newest first, that still exist.
+    static QStringList recentMarkerLists();
+    static inline const QString recentKey = QStringLiteral("recentMarkerLists");
+
 signals:
     void documentsChanged();
 
@@ -67,6 +72,9 @@ protected:
 private:
     void performStartupAction();
     static void bringToFront(QWidget *window);
+    /// Opens the page in the browser, or says where it is when no browser starts.
+    static void openPage(const QUrl &page);
+    static void rememberRecent(const QString &path);
     /// Where the application stands once the documents change: it quits with no
     /// document left where the platform says so.
     void documentsDidChange();

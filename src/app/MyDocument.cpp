@@ -3,20 +3,31 @@
 #include "ui_MyDocument.h"
 
 #include "AlertSheetPresenter.h"
+#include "MarkerTableModel.h"
 
 #include "fcp7link/QFAppleEvents.h"
+#include "import/FCPXImport.h"
+#include "import/TextEncoding.h"
 #include "support/QFAlert.h"
 #include "support/QFMainThread.h"
 #include "support/QFUserDefaults.h"
+#include "support/QFWorkspace.h"
 #include "time/QFNumberReader.h"
 
 #include <QCloseEvent>
+#include <QDesktopServices>
+#include <QDragEnterEvent>
+#include <QDropEvent>
 #include <QFileDialog>
 #include <QFileIconProvider>
 #include <QFileInfo>
+#include <QHeaderView>
 #include <QIcon>
 #include <QIntValidator>
+#include <QLabel>
+#include <QMimeData>
 #include <QShortcut>
+#include <QUrl>
 
 namespace {
 
@@ -46,7 +57,8 @@ MyDocument::MyDocument(const QString &markerListPath, QWidget *parent)
     ui->setupUi(this);
     setAttribute(Qt::WA_DeleteOnClose);
     const QString name = QFileInfo(markerListPath).fileName();
-    setWindowTitle(name);
+    setWindowTitle(QStringLiteral("%1 — Cuebridge").arg(name));
+    setAcceptDrops(true);
     setWindowFilePath(markerListPath);
     ui->markerListLabel->setText(QStringLiteral("Markers from %1").arg(name));
     for (QWidget *spinner :
@@ -70,6 +82,21 @@ MyDocument::MyDocument(const QString &markerListPath, QWidget *parent)
     ui->todoMarkerCheck->setEnabled(false);
     disableUI();
 
+    m_markerModel = new MarkerTableModel(this);
+    ui->markerTable->setModel(m_markerModel);
+    // Fixed widths: measuring fifty thousand rows would stall the window.
+    const int widths[] = {40, 120, 170, 84, 84, 92, 60};
+    for (int column = 0; column < int(std::size(widths)); ++column)
+        ui->markerTable->setColumnWidth(column, widths[column]);
+    ui->markerTable->verticalHeader()->setDefaultSectionSize(
+        ui->markerTable->fontMetrics().height() + 6);
+    ui->encodingPopUp->addItem(QStringLiteral("Detected encoding"), QByteArray());
+    for (const QByteArray &encoding : TextEncoding::choices())
+        ui->encodingPopUp->addItem(TextEncoding::displayName(encoding), encoding);
+    ui->targetProblemLabel->hide();
+    ui->previewProblemLabel->hide();
+    ui->cancelButton->hide();
+
     connect(ui->browseButton, &QPushButton::clicked, this, &MyDocument::openProjectFile);
     connect(ui->sequenceReloadBtn, &QPushButton::clicked, this, &MyDocument::reloadSequences);
     connect(ui->sendToFCPBtn, &QPushButton::clicked, this, &MyDocument::sendToFCP);
@@ -80,6 +107,13 @@ MyDocument::MyDocument(const QString &markerListPath, QWidget *parent)
     connect(ui->offsetUnitPopUp, &QComboBox::currentIndexChanged, this, [](int index) {
         QFUserDefaults::standardUserDefaults().setObject(index, offsetUnitKey);
     });
+    // The table follows every change of item and option.
+    for (QCheckBox *check : {ui->clearMarkerCheck, ui->todoMarkerCheck})
+        connect(check, &QCheckBox::toggled, this, &MyDocument::requestPreview);
+    for (QComboBox *popUp : {ui->offsetUnitPopUp, ui->sequencePopUp, ui->encodingPopUp})
+        connect(popUp, &QComboBox::currentIndexChanged, this, &MyDocument::requestPreview);
+    connect(ui->frameOffsetText, &QLineEdit::textChanged, this, &MyDocument::requestPreview);
+    connect(&m_session, &ImportSession::previewFinished, this, &MyDocument::previewFinished);
     // Return imports, as the default button of a dialog would.
     for (const QKeySequence &key : {QKeySequence(Qt::Key_Return), QKeySequence(Qt::Key_Enter)}) {
         connect(new QShortcut(key, this), &QShortcut::activated, this, [this] {
@@ -90,16 +124,16 @@ MyDocument::MyDocument(const QString &markerListPath, QWidget *parent)
     connect(ui->projectTable, &QTableWidget::cellDoubleClicked, this,
             [this](int row, int) { openFilename(m_projectArray.value(row)); });
     connect(&m_session, &ImportSession::discoveryStarted, this, [this](const QString &path) {
+        m_discovering = true;
         ui->projectPathText->setText(path);
+        ui->targetProblemLabel->hide();
         disableUI();
         setLoadSpinnerRunning(true);
     });
     connect(&m_session, &ImportSession::discoveryFinished, this, &MyDocument::discoveryFinished);
     connect(&m_session, &ImportSession::importStarted, this, [this] {
         m_importShown = false;
-        ui->processSpinner->show();
-        // A second press would import the same list again into what the first writes.
-        ui->sendToFCPBtn->setEnabled(false);
+        setImporting(true);
     });
     connect(&m_session, &ImportSession::importFinished, this, &MyDocument::importFinished);
     connect(&m_session, &ImportSession::idle, this, [this] {
@@ -108,6 +142,7 @@ MyDocument::MyDocument(const QString &markerListPath, QWidget *parent)
     });
 
     windowControllerDidLoadNib();
+    requestPreview(); // the list's rows at once, before any target answers
 }
 
 MyDocument::~MyDocument() = default;
@@ -172,6 +207,7 @@ ImportOptions MyDocument::options() const
     options.frameOffset = QFNumberReader::leadingInteger(ui->frameOffsetText->text());
     options.frameOffsetUnit = offsetUnitForIndex(ui->offsetUnitPopUp->currentIndex());
     options.todoMarkersEnabled = ui->todoMarkerCheck->isChecked();
+    options.markerListEncoding = ui->encodingPopUp->currentData().toByteArray();
     return options;
 }
 
@@ -184,6 +220,37 @@ void MyDocument::sendToFCP()
                              ? std::optional(m_popUpItems.at(index))
                              : std::nullopt);
     m_session.sendToFCP(options());
+}
+
+void MyDocument::requestPreview()
+{
+    if (m_discovering || m_session.isImporting())
+        return; // the end of either asks again
+    const int index = ui->sequencePopUp->currentIndex();
+    m_session.chooseItem(index >= 0 && index < m_popUpItems.size()
+                             ? std::optional(m_popUpItems.at(index))
+                             : std::nullopt);
+    m_session.requestPreview(options());
+}
+
+void MyDocument::previewFinished(const MarkerPreview &preview)
+{
+    m_markerModel->setPreview(preview);
+    ui->summaryLabel->setText(preview.summary());
+    ui->previewProblemLabel->setText(preview.problem);
+    ui->previewProblemLabel->setVisible(!preview.problem.isEmpty());
+}
+
+void MyDocument::setImporting(bool importing)
+{
+    // A second press, or a change of target or option, would act on what the import
+    // is writing.
+    for (QWidget *group :
+         {static_cast<QWidget *>(ui->timelineGroup), static_cast<QWidget *>(ui->optionsGroup),
+          static_cast<QWidget *>(ui->encodingPopUp)})
+        group->setEnabled(!importing);
+    ui->processSpinner->setVisible(importing);
+    ui->sendToFCPBtn->setEnabled(!importing && ui->clearMarkerCheck->isEnabled());
 }
 
 void MyDocument::populateFinalCutProProjects()
@@ -246,6 +313,10 @@ void MyDocument::discoveryFinished(const DiscoveredItems &found)
         enableUI(found.menuEnabled);
     ui->todoMarkerCheck->setEnabled(found.todoEnabled);
     setLoadSpinnerRunning(false);
+    ui->targetProblemLabel->setText(found.problem);
+    ui->targetProblemLabel->setVisible(!found.problem.isEmpty());
+    m_discovering = false;
+    requestPreview();
     if (found.outcome.hasAlert())
         showAlert(found.outcome);
 }
@@ -253,21 +324,54 @@ void MyDocument::discoveryFinished(const DiscoveredItems &found)
 void MyDocument::importFinished(const ImportOutcome &outcome)
 {
     m_importShown = true;
-    ui->processSpinner->hide();
-    ui->sendToFCPBtn->setEnabled(ui->clearMarkerCheck->isEnabled());
+    setImporting(false);
+    delete m_finishingNote;
+    m_finishingNote = nullptr;
+    m_resultPath = outcome.resultPath;
+    m_resultIsFCPX = targetKind().isFCPX;
     if (outcome.hasAlert())
         showAlert(outcome);
+    // An XMEML file written in place holds renamed sequences with new uuids now: what it
+    // lists is found anew, and the table follows.
+    if (outcome.wroteResult() && !targetKind().isFCPX && !m_closing)
+        reloadSequences();
+    else
+        requestPreview();
 }
 
 void MyDocument::showAlert(const ImportOutcome &outcome)
 {
-    // A closing window's outcome stands alone, so that the user still sees it.
+    // A closing window's outcome stands alone, so that the user still sees it; it then
+    // names the list and the target.
     const bool onWindow =
         outcome.alertParent == ImportOutcome::AlertParent::DocumentWindow && !m_closing;
+    QString informative = outcome.informativeText;
+    if (m_closing)
+        informative = QStringLiteral("%1 into %2:\n\n%3")
+                          .arg(QFileInfo(m_markerListPath).fileName(),
+                               QFileInfo(m_session.targetPath()).fileName(), informative);
+    QStringList details = outcome.report.lineTexts();
+    if (!outcome.resultPath.isEmpty())
+        details.prepend(QStringLiteral("Result: %1").arg(outcome.resultPath));
+    const bool written = !outcome.resultPath.isEmpty() && outcome.wroteResult();
+    m_outcomeAlert = std::make_unique<QFAlert>();
+    m_outcomeAlert->setDetailedText(details.join(u'\n'));
     // Not waited for: the window stays live while the user reads it.
-    QFAlert::alertSheetWithMessageText(outcome.messageText, QString(), QString(), QString(),
-                                       outcome.informativeText, onWindow ? this : nullptr, nullptr,
-                                       nullptr, false, nullptr);
+    QFAlert::alertSheetWithMessageText(
+        outcome.messageText, QString(), written ? QStringLiteral("Show in Folder") : QString(),
+        written && m_resultIsFCPX ? QStringLiteral("Open") : QString(), informative,
+        onWindow ? this : nullptr, this, "outcomeSheetDidEnd", false, m_outcomeAlert.get());
+}
+
+void MyDocument::outcomeSheetDidEnd(qint64 returnCode)
+{
+    if (m_resultPath.isEmpty())
+        return;
+    if (returnCode == QFAlert::alternateReturn)
+        QDesktopServices::openUrl(QUrl::fromLocalFile(QFileInfo(m_resultPath).absolutePath()));
+    else if (returnCode == QFAlert::otherReturn)
+        QFWorkspace::shared().openFile(m_resultPath, FCPXImport::finalCutProBundleIdentifier,
+                                       QFWorkspace::Asynchronous);
 }
 
 bool MyDocument::busy() const
@@ -286,4 +390,37 @@ void MyDocument::closeEvent(QCloseEvent *event)
     m_closing = true;
     AlertSheetPresenter::detachSheets(this);
     hide();
+    if (m_session.isImporting() && !m_finishingNote) {
+        m_finishingNote = new QLabel(QStringLiteral("Finishing the import of %1…")
+                                         .arg(QFileInfo(m_markerListPath).fileName()));
+        m_finishingNote->setWindowTitle(QStringLiteral("Cuebridge"));
+        m_finishingNote->setWindowFlag(Qt::Tool);
+        m_finishingNote->setMargin(16);
+        m_finishingNote->show();
+    }
+}
+
+void MyDocument::dragEnterEvent(QDragEnterEvent *event)
+{
+    if (event->mimeData()->hasUrls())
+        event->acceptProposedAction();
+}
+
+void MyDocument::dropEvent(QDropEvent *event)
+{
+    QStringList lists;
+    for (const QUrl &url : event->mimeData()->urls()) {
+        const QString path = url.toLocalFile();
+        if (path.isEmpty())
+            continue;
+        // What a target can be becomes the target; anything else is a marker list.
+        if (targetFormatForPath(path) != TargetFormat::FCP7Project ||
+            path.endsWith(QStringLiteral(".fcp"), Qt::CaseInsensitive))
+            openFilename(path);
+        else
+            lists << path;
+    }
+    if (!lists.isEmpty())
+        emit markerListsDropped(lists);
+    event->acceptProposedAction();
 }

@@ -7,6 +7,10 @@
 
 #include <memory>
 
+class MarkerTableModel;
+class QFAlert;
+class QLabel;
+
 namespace Ui {
 class MyDocument;
 }
@@ -42,11 +46,25 @@ public:
 
     TargetKind targetKind() const { return m_session.targetKind(); }
     QString markerListPath() const { return m_markerListPath; }
+    /// The marker table's rows: what the import would do with the window's options.
+    const MarkerTableModel &markerTable() const { return *m_markerModel; }
+
+    /// The end of the outcome sheet: "Show in Folder" (0) shows the result among its
+    /// folder's files, "Open" (-1) opens an FCPX result in the editor.
+    Q_INVOKABLE void outcomeSheetDidEnd(qint64 returnCode);
 
 protected:
     /// A window closed while its work runs goes away once the work has ended, so that
     /// the result and its alert are not lost.
     void closeEvent(QCloseEvent *event) override;
+    /// Marker lists dropped on the window open in windows of their own; a target
+    /// dropped on it becomes its target.
+    void dragEnterEvent(QDragEnterEvent *event) override;
+    void dropEvent(QDropEvent *event) override;
+
+signals:
+    /// Marker lists dropped on the window, for the application to open.
+    void markerListsDropped(const QStringList &paths);
 
 private:
     void windowControllerDidLoadNib();
@@ -58,6 +76,11 @@ private:
     void discoveryFinished(const DiscoveredItems &found);
     void importFinished(const ImportOutcome &outcome);
     void showAlert(const ImportOutcome &outcome);
+    /// Asks for the rows of the marker table with the item and options now chosen.
+    void requestPreview();
+    void previewFinished(const MarkerPreview &preview);
+    /// Locks the controls while an import runs, and unlocks them.
+    void setImporting(bool importing);
     /// The controls that enabling and disabling switch together (the to-do box and the
     /// sequence pop-up follow rules of their own).
     QList<QWidget *> importControls() const;
@@ -69,6 +92,12 @@ private:
     QStringList m_projectArray;
     bool busy() const;
 
+    MarkerTableModel *m_markerModel = nullptr;
+    std::unique_ptr<QFAlert> m_outcomeAlert;
+    QString m_resultPath; // of the outcome the sheet shows
+    bool m_resultIsFCPX = false;
+    QLabel *m_finishingNote = nullptr; // while a closed window's import ends
+    bool m_discovering = false;
     bool m_closing = false;
     bool m_importShown = true;
     ImportSession m_session;

@@ -36,6 +36,9 @@ QString CommandLine::helpText()
         "  --sequence ID     the item to import into (as --list prints it: a sequence\n"
         "                    uuid, or for FCPX a project's or event clip's XPath; a\n"
         "                    title also works); default: the first item listed\n"
+        "  --dry-run         print where each marker would land (line, name, comment,\n"
+        "                    start, duration, colour, kind, tab-separated, the status\n"
+        "                    last) and write nothing; the exit status is the import's\n"
         "  --offset N        frame offset (integer, may be negative); default 0\n"
         "  --unit U          frames | seconds | minutes | hours; default frames\n"
         "  --clear           clear existing markers first\n"
@@ -74,10 +77,11 @@ CommandLine CommandLine::parse(const QStringList &arguments)
     const QCommandLineOption open(QStringLiteral("open"));
     const QCommandLineOption encoding(QStringLiteral("encoding"), QString(),
                                       QStringLiteral("NAME"));
+    const QCommandLineOption dryRun(QStringLiteral("dry-run"));
     const QCommandLineOption quiet(QStringList{QStringLiteral("q"), QStringLiteral("quiet")});
     const QCommandLineOption help(QStringList{QStringLiteral("h"), QStringLiteral("help")});
-    parser.addOptions(
-        {list, markers, sequence, offset, unit, clear, todo, output, open, encoding, quiet, help});
+    parser.addOptions({list, markers, sequence, dryRun, offset, unit, clear, todo, output, open,
+                       encoding, quiet, help});
 
     if (!parser.parse(arguments)) {
         line.error = parser.errorText();
@@ -88,6 +92,7 @@ CommandLine CommandLine::parse(const QStringList &arguments)
         return line;
     }
     line.list = parser.isSet(list);
+    line.dryRun = parser.isSet(dryRun);
     line.printsMarkers = parser.isSet(markers);
     const bool targetOnly = line.list || line.printsMarkers;
     QStringList positional = parser.positionalArguments();

@@ -16,6 +16,8 @@ struct CommandLine
     /// Print the markers of an FCPX target as a marker list.
     bool printsMarkers = false;
     std::optional<QString> sequence;
+    /// Print where each marker would land and write nothing.
+    bool dryRun = false;
     qint64 offset = 0;
     OffsetUnit unit = OffsetUnit::Frames;
     bool clear = false;

@@ -6,7 +6,9 @@
 namespace TerminalOutput {
 
 constexpr int usageStatus = 64;
+constexpr int partlyStatus = 1;
 constexpr int failureStatus = 2;
+constexpr int nothingStatus = 3;
 
 /// "cuebridge-import: text" on standard error.
 void printError(const QString &text);

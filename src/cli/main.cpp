@@ -23,6 +23,22 @@ namespace {
 
 using namespace TerminalOutput;
 
+/// The dry run's table on standard output, its summary on standard error; the exit
+/// status the import would end with.
+int printPreview(const MarkerPreview &preview)
+{
+    for (const QString &row : preview.tableLines())
+        std::printf("%s\n", row.toUtf8().constData());
+    printError(preview.summary());
+    if (!preview.problem.isEmpty())
+        printError(preview.problem);
+    if (preview.rows.isEmpty() || (!preview.problem.isEmpty() && preview.markerCount() > 0))
+        return failureStatus;
+    if (preview.markerCount() == 0)
+        return nothingStatus;
+    return preview.skippedCount() > 0 ? partlyStatus : 0;
+}
+
 int run(const CommandLine &line)
 {
     if (line.printsMarkers)
@@ -41,6 +57,8 @@ int run(const CommandLine &line)
     session.waitForIdle();
     host.showAlert(session.discoveryOutcome());
     const bool discovered = !session.discoveryOutcome().hasAlert(); // the alert said why not
+    if (discovered && !session.targetProblem().isEmpty())
+        printError(QStringLiteral("%1: %2").arg(line.target, session.targetProblem()));
     if (line.list) {
         for (const SequenceItem &item : session.items())
             std::printf("%s\t%s\n", item.title.toUtf8().constData(),
@@ -61,8 +79,11 @@ int run(const CommandLine &line)
     if (!line.sequence && !session.items().isEmpty())
         session.chooseItem(session.items().first());
 
-    session.sendToFCP(
-        {line.clear, line.offset, line.unit, line.todo, line.output, line.open, line.encoding});
+    const ImportOptions options{line.clear,  line.offset, line.unit,    line.todo,
+                                line.output, line.open,   line.encoding};
+    if (line.dryRun)
+        return printPreview(session.preview(options));
+    session.sendToFCP(options);
     session.waitForIdle();
     const ImportOutcome outcome = session.lastOutcome();
     const int status = TerminalHost::exitStatus(outcome);

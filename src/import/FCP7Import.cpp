@@ -300,14 +300,16 @@ ImportOutcome FCP7Import::startProcessingWithSettings(const TargetKind &kind,
             continue;
         const TimelineMarker marker = TimelineMarker::make(record, rate, offset, stripWhitespace,
                                                            TimelineMarker::Arithmetic::WholeFrames);
-        QString error;
-        const auto element = XmlDocument::fromElementString(
-            markerElementText(marker.name, marker.comment, record.color, marker.in, marker.out),
-            &error);
-        if (!element)
-            return ImportOutcome::failed(QStringLiteral("Unable to create marker"), error,
-                                         Parent::None);
-        sequence.addChild(element->rootElement());
+        if (!settings.dryRun) {
+            QString error;
+            const auto element = XmlDocument::fromElementString(
+                markerElementText(marker.name, marker.comment, record.color, marker.in, marker.out),
+                &error);
+            if (!element)
+                return ImportOutcome::failed(QStringLiteral("Unable to create marker"), error,
+                                             Parent::None);
+            sequence.addChild(element->rootElement());
+        }
         report.written.append(
             {record.lines,
              QStringLiteral("sequence “%1” at frame %2").arg(sequenceName).arg(marker.in),
@@ -316,6 +318,8 @@ ImportOutcome FCP7Import::startProcessingWithSettings(const TargetKind &kind,
                  : QStringLiteral("colour \"%1\" is none of ours: the marker is red")
                        .arg(record.color)});
     }
+    if (settings.dryRun)
+        return ImportOutcome::previewed(report);
     if (report.written.isEmpty()) {
         QFLog::appendLog(u"No marker to import");
         return ImportOutcome::nothingImported(report);

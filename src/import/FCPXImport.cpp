@@ -111,7 +111,8 @@ QString markerElementText(const QString &element, const QList<XmlNode::Attribute
 /// Writes the changed document to the temporary folder (a bundle holding it for
 /// bundle input) and hands it to the editor when asked. Answers what was written, or
 /// a null string with error set.
-QString writeResult(const XmlDocument &document, bool package, bool handOff, QString *error)
+QString writeResult(const XmlDocument &document, bool package, bool handOff, QString *error,
+                    bool *handedOff)
 {
     const QString resultPath = QFLocalPaths::tempFile() + QStringLiteral(".fcpxml");
     QFLog::appendLog(u"Writing data to temp file %@...", resultPath);
@@ -143,9 +144,10 @@ QString writeResult(const XmlDocument &document, bool package, bool handOff, QSt
             QFLog::appendLog(u"Failed to create folder %@", bundlePath);
         }
     }
-    if (handOff)
-        QFWorkspace::shared().openFile(written, FCPXImport::finalCutProBundleIdentifier,
-                                       QFWorkspace::Asynchronous);
+    // Only a program that started has received the result.
+    *handedOff =
+        handOff && QFWorkspace::shared().openFile(written, FCPXImport::finalCutProBundleIdentifier,
+                                                  QFWorkspace::Asynchronous);
     return written;
 }
 
@@ -269,6 +271,8 @@ ImportOutcome FCPXImport::startProcessingFCPXWithSettings(const TargetKind &kind
                  ? QStringLiteral("FCPXML %1 has no chapter markers: a plain marker")
                        .arg(dtd.version())
                  : QString()});
+        if (settings.dryRun)
+            continue;
 
         // Built in place when the texts allow; otherwise the parse of the written-out
         // element decides, and names what is wrong.
@@ -286,6 +290,8 @@ ImportOutcome FCPXImport::startProcessingFCPXWithSettings(const TargetKind &kind
                                          ImportOutcome::AlertParent::None);
         insertion.insert(clip->element, element->rootElement());
     }
+    if (settings.dryRun)
+        return ImportOutcome::previewed(report);
     if (report.written.isEmpty()) {
         QFLog::appendLog(u"No marker to import");
         return ImportOutcome::nothingImported(report);
@@ -303,14 +309,20 @@ ImportOutcome FCPXImport::startProcessingFCPXWithSettings(const TargetKind &kind
 
     // A result that cannot be written is no success, and nothing is handed over.
     QString writeError;
-    const QString result = writeResult(*document, package, settings.handOffResult, &writeError);
+    bool handedOff = false;
+    const QString result =
+        writeResult(*document, package, settings.handOffResult, &writeError, &handedOff);
     if (result.isNull())
         return ImportOutcome::failed(QStringLiteral("Failed to write marker data to disk."),
                                      writeError);
     const ImportOutcome outcome = ImportOutcome::written(
         report, result,
-        settings.handOffResult
-            ? QStringLiteral("A copy of your project was sent to Final Cut Pro.")
+        handedOff ? QStringLiteral("A copy of your project was sent to Final Cut Pro.")
+        : settings.handOffResult
+            ? QStringLiteral("A copy of your project was saved as %1, but no application "
+                             "could be started to open it: import it into Final Cut Pro "
+                             "yourself.")
+                  .arg(result)
             : QStringLiteral("A copy of your project was written for Final Cut Pro to import."),
         outsideClips
             ? QStringLiteral("Make sure the starting timecode of the marker list matches "

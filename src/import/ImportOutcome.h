@@ -75,6 +75,15 @@ struct ImportOutcome
                 report};
     }
 
+    /// What a dry run found: the status the import would end with, and no alert.
+    static ImportOutcome previewed(const ImportReport &report)
+    {
+        const Status status = report.written.isEmpty()   ? Status::NothingImported
+                              : report.skipped.isEmpty() ? Status::Imported
+                                                         : Status::SomeMarkersFailed;
+        return {status, QString(), QString(), AlertParent::DocumentWindow, QString(), report};
+    }
+
     /// Whether the outcome is shown as an alert.
     bool hasAlert() const { return !messageText.isEmpty(); }
     /// Whether a result was written.

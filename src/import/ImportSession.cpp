@@ -85,6 +85,12 @@ QList<SequenceItem> ImportSession::items() const
     return m_found.items;
 }
 
+QString ImportSession::targetProblem() const
+{
+    QMutexLocker lock(&m_mutex);
+    return m_found.problem;
+}
+
 ImportOutcome ImportSession::discoveryOutcome() const
 {
     QMutexLocker lock(&m_mutex);
@@ -168,6 +174,43 @@ bool ImportSession::sendToFCP(const ImportOptions &options)
         emit importFinished(outcome);
     });
     return true;
+}
+
+MarkerPreview ImportSession::preview(const ImportOptions &options) const
+{
+    return MarkerPreview::make(targetKind(), m_markerListPath, settingsFor(options));
+}
+
+void ImportSession::requestPreview(const ImportOptions &options)
+{
+    {
+        QMutexLocker lock(&m_mutex);
+        m_pendingPreview = options;
+        if (m_previewing)
+            return; // the worker takes the latest when it is done
+        m_previewing = true;
+    }
+    runOnWorker([this] {
+        for (;;) {
+            std::optional<ImportOptions> taken;
+            {
+                QMutexLocker lock(&m_mutex);
+                taken.swap(m_pendingPreview);
+                if (!taken) {
+                    m_previewing = false;
+                    return;
+                }
+            }
+            const MarkerPreview found = preview(*taken);
+            bool stale = false; // a newer request came meanwhile
+            {
+                QMutexLocker lock(&m_mutex);
+                stale = m_pendingPreview.has_value();
+            }
+            if (!stale)
+                emit previewFinished(found);
+        }
+    });
 }
 
 ImportOutcome ImportSession::lastOutcome() const

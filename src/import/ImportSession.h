@@ -3,6 +3,7 @@
 #include "import/ImportOutcome.h"
 #include "import/ImportSettings.h"
 #include "import/ImportTarget.h"
+#include "import/MarkerPreview.h"
 #include "import/TargetDiscovery.h"
 
 #include <QList>
@@ -66,6 +67,8 @@ public:
     QList<SequenceItem> items() const;
     /// The alert the latest discovery ended with (Failed), or none.
     ImportOutcome discoveryOutcome() const;
+    /// Why the latest discovery found nothing to import into, in words; empty otherwise.
+    QString targetProblem() const;
 
     /// Chooses the item to import into, or none. An FCPX event clip is imported onto
     /// that clip alone (isEvent).
@@ -81,6 +84,13 @@ public:
     /// Starts the import with the options on a worker thread. False (nothing starts)
     /// when no target is adopted or an import of this document runs.
     bool sendToFCP(const ImportOptions &options);
+    /// What the import with the options would do against the chosen item, worked out
+    /// on the calling thread without changing, writing or logging anything.
+    MarkerPreview preview(const ImportOptions &options) const;
+    /// The same on a worker thread; previewFinished follows, for the latest request
+    /// only when several come while one is worked out.
+    void requestPreview(const ImportOptions &options);
+
     /// The outcome of the latest import, once it has ended.
     ImportOutcome lastOutcome() const;
 
@@ -95,6 +105,7 @@ signals:
     void discoveryStarted(const QString &path);
     /// Only for the latest discovery, when two overlap.
     void discoveryFinished(const DiscoveredItems &found);
+    void previewFinished(const MarkerPreview &preview);
     void importStarted();
     void importFinished(const ImportOutcome &outcome);
     /// The last work under way has ended (delivered on the session's thread).
@@ -116,4 +127,6 @@ private:
     QList<QThread *> m_workers;
     std::atomic<int> m_running{0}; // work started and not yet ended
     std::atomic<bool> m_importing{false};
+    std::optional<ImportOptions> m_pendingPreview; // asked for, not yet taken by the worker
+    bool m_previewing = false;                     // a worker works out previews
 };

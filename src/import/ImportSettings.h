@@ -43,6 +43,9 @@ struct ImportSettings
     /// Whether an FCPX result is handed to the editor. Not part of the dictionary: the
     /// window always hands it over, the command line only when asked.
     bool handOffResult = true;
+    /// Work out where every marker would land and stop before anything is changed,
+    /// written or sent. Not part of the dictionary.
+    bool dryRun = false;
 
     QVariantMap toVariantMap() const;
     static ImportSettings fromVariantMap(const QVariantMap &map);

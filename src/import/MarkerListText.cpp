@@ -93,7 +93,9 @@ ImportText readForImport(const QString &path, const ReadFailure &readFailed,
     reportTo(readFailed);
     QFLog::appendLog(u"Marker text: %@", read.text);
     read.lineCount = splitLines(read.text).size();
+    read.encoding = QString::fromLatin1(encoding.value_or(TextEncoding::utf16LE));
     if (read.lineCount < 2) {
+        read.encoding = QString::fromLatin1(TextEncoding::utf8);
         read.text = textIn(TextEncoding::utf8);
         reportTo(otherFailed);
         QFLog::appendLog(u"UTF-8 Marker text: %@", read.text);
@@ -103,6 +105,8 @@ ImportText readForImport(const QString &path, const ReadFailure &readFailed,
     if (source != MarkerExports::Source::MarkerList)
         QFLog::appendLog(u"Reading a %@", MarkerExports::sourceName(source));
     read.list = MarkerExports::read(read.text, source);
+    if (source != MarkerExports::Source::MarkerList)
+        read.source = MarkerExports::sourceName(source);
     for (const SkippedLine &line : std::as_const(read.list.skipped))
         QFLog::appendLog(u"Line %li skipped: %@", qint64(line.line), line.why);
     return read;

@@ -28,6 +28,10 @@ struct ImportText
     qsizetype lineCount = 0;
     /// Its markers, and what became of its other lines.
     MarkerList list;
+    /// The encoding it was read in, and the form of another editor's export it was read
+    /// as (empty for a list of ours).
+    QString encoding;
+    QString source;
 };
 
 /// Reads the marker list file once and decodes it as the import procedures always have: in the

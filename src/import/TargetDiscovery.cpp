@@ -52,6 +52,32 @@ bool TargetDiscovery::openFilename(TargetKind &kind, const QString &path)
     return true;
 }
 
+namespace {
+
+/// The target's bytes; empty, with the reason, when it cannot be read.
+QByteArray readTarget(const QString &path, QString *problem)
+{
+    QFError error;
+    const std::optional<QByteArray> bytes = QFFileContents::read(path, &error);
+    if (!bytes && problem->isEmpty())
+        *problem = QStringLiteral("It cannot be read: %1").arg(error.localizedDescription());
+    return bytes.value_or(QByteArray());
+}
+
+/// The target's document as the repairing parse reads it; none, with the parser's words,
+/// for what is no XML at all.
+std::unique_ptr<XmlDocument> parseTarget(const QByteArray &bytes, QString *problem)
+{
+    QString error;
+    auto document = XmlDocument::fromBytes(bytes, XmlDocument::Parsing::Repairing, &error);
+    if (!document && problem->isEmpty())
+        *problem = bytes.isEmpty() ? QStringLiteral("The file is empty.")
+                                   : QStringLiteral("It is not an XML file: %1").arg(error);
+    return document;
+}
+
+} // namespace
+
 TargetDiscovery::Result TargetDiscovery::updateProject(const TargetKind &kind, const QString &path)
 {
     Result result;
@@ -71,9 +97,10 @@ void TargetDiscovery::discoverFCP7(const TargetKind &kind, const QString &path, 
     std::unique_ptr<XmlDocument> file;
     std::shared_ptr<XmlDocument> project;
     QList<XmlNode> sequences;
+    QString problem;
     if (kind.isXMLFile) {
-        bytes = QFFileContents::read(path).value_or(QByteArray());
-        file = XmlDocument::fromBytes(bytes, XmlDocument::Parsing::Repairing);
+        bytes = readTarget(path, &problem);
+        file = parseTarget(bytes, &problem);
         const XmlNode root = file ? file->rootElement() : XmlNode();
         QString error;
         sequences = root.nodesForXPath(QStringLiteral("(./sequence[1] | "
@@ -83,6 +110,10 @@ void TargetDiscovery::discoverFCP7(const TargetKind &kind, const QString &path, 
         if (!error.isNull())
             QFLog::appendLogAndPrint(u"Error loading sequences: %@", error);
         result.sequenceOnly = root.nodesForXPath(QStringLiteral("./project")).isEmpty();
+    } else if (!QFAppleEvents::isFCPRunning()) {
+        problem = QStringLiteral("Final Cut Pro 7 is not running: a project can only be read "
+                                 "through it. Open the project there, or export its sequence "
+                                 "as XML and choose that file.");
     } else if (auto list = QFAppleEvents::sequencesInProject(path)) {
         project = list->document;
         sequences = list->sequences;
@@ -98,6 +129,9 @@ void TargetDiscovery::discoverFCP7(const TargetKind &kind, const QString &path, 
                                        SequenceItem::Image::Sequence});
     }
     result.found.controlsEnabled = result.found.menuEnabled = !sequences.isEmpty();
+    if (result.found.items.isEmpty())
+        result.found.problem =
+            problem.isEmpty() ? QStringLiteral("It lists no sequence to import into.") : problem;
     result.parsed = ParsedTarget(std::move(file), bytes);
 }
 
@@ -139,11 +173,11 @@ void TargetDiscovery::discoverFCPX(const QString &path, Result &result)
     const QString documentPath = fcpxmlDocumentPath(path, &found.outcome);
     if (documentPath.isNull()) {
         found.menuEnabled = true;
+        found.problem = found.outcome.informativeText;
         return;
     }
-    const QByteArray bytes = QFFileContents::read(documentPath).value_or(QByteArray());
-    std::unique_ptr<XmlDocument> document =
-        XmlDocument::fromBytes(bytes, XmlDocument::Parsing::Repairing);
+    const QByteArray bytes = readTarget(documentPath, &found.problem);
+    std::unique_ptr<XmlDocument> document = parseTarget(bytes, &found.problem);
     if (!document)
         return; // nothing to list: the menu stays disabled
     const XmlNode root = document->rootElement();
@@ -167,5 +201,7 @@ void TargetDiscovery::discoverFCPX(const QString &path, Result &result)
             found.items.append({name.stringValue(), clip.xPath(), SequenceItem::Image::FCPXEvent});
     }
     found.menuEnabled = !sequences.isEmpty() || !clips.isEmpty();
+    if (!found.menuEnabled)
+        found.problem = QStringLiteral("It lists no project or event clip to import into.");
     result.parsed = ParsedTarget(std::move(document), bytes);
 }

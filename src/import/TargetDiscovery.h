@@ -38,6 +38,9 @@ struct DiscoveredItems
     bool controlsEnabled = false;
     bool menuEnabled = false;
     bool todoEnabled = false;
+    /// Why the target offers nothing to import into, in words shown beside it; empty
+    /// when it lists items.
+    QString problem;
 };
 
 /// Choosing an import target and finding what can be imported into it.

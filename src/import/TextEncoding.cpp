@@ -201,4 +201,37 @@ QString decode(const QByteArray &bytes, const QByteArray &encoding, bool *valid)
     return QString();
 }
 
+namespace {
+
+const std::pair<const char *, const char *> known[] = {
+    {"UTF-8", "UTF-8"},
+    {"UTF-16LE", "UTF-16"},
+    {"UTF-16BE", "UTF-16 big-endian"},
+    {"WINDOWS-1252", "Windows-1252"},
+    {"MACINTOSH", "MacRoman"},
+    {"ISO-8859-15", "ISO-8859-15"},
+    {"ISO-8859-1", "ISO-8859-1"},
+    {"WINDOWS-1250", "Windows-1250"},
+    {"MAC-CENTRALEUROPE", "Mac Central European"},
+    {"WINDOWS-1251", "Windows-1251"},
+};
+
+} // namespace
+
+QList<QByteArray> choices()
+{
+    QList<QByteArray> names;
+    for (const auto &[name, shown] : known)
+        names << QByteArray(name);
+    return names;
+}
+
+QString displayName(const QByteArray &encoding)
+{
+    for (const auto &[name, shown] : known)
+        if (encoding.compare(name, Qt::CaseInsensitive) == 0)
+            return QString::fromLatin1(shown);
+    return QString::fromLatin1(encoding);
+}
+
 } // namespace TextEncoding

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <QByteArray>
+#include <QList>
 #include <QString>
 
 #include <optional>
@@ -25,5 +26,12 @@ std::optional<QByteArray> detect(const QByteArray &bytes, QString *why = nullptr
 /// invalid sequences become U+FFFD. valid, when given, tells whether there were none
 /// (false as well for an encoding nobody here knows, which gives a null text).
 QString decode(const QByteArray &bytes, const QByteArray &encoding, bool *valid = nullptr);
+
+/// The encodings a user can ask a list to be read in, by their names here, in the order
+/// a menu shows them.
+QList<QByteArray> choices();
+/// The name users know an encoding by ("Windows-1252", "MacRoman"); the name itself for
+/// one not among the choices.
+QString displayName(const QByteArray &encoding);
 
 } // namespace TextEncoding

@@ -202,6 +202,7 @@ void QFAlert::alertSheetWithDictionary(const QVariantMap &dictionary)
     content.otherButtonTitle = text("otherButtonTitle");
     content.suppressionBinding = text("suppressionBinding");
     content.answerOnlyByClick = m_answerOnlyByClick;
+    content.detailedText = m_detailedText;
     const QByteArray selector = text("didEndSelector").toLatin1();
 
     QFAlertPresenter *shower = presenter();

@@ -31,6 +31,8 @@ public:
         /// Escape, the session ending) the alert answers QFAlert::noAnswerReturn. Other
         /// alerts closed without a click answer with the default button.
         bool answerOnlyByClick = false;
+        /// Shown on request below the informative text (the lines an import skipped).
+        QString detailedText;
     };
 
     virtual ~QFAlertPresenter() = default;
@@ -128,6 +130,8 @@ public:
     bool alertEnded() const { return m_alertEnded.load(); }
     qint64 returnCode() const { return m_returnCode.load(); }
     QObject *alert() const { return m_alert; }
+    /// Text the alert shows on request; give the alert object to the full form.
+    void setDetailedText(const QString &text) { m_detailedText = text; }
 
 private:
     /// The full form; whenShown runs once the alert is up, before any waiting.
@@ -146,6 +150,7 @@ private:
     std::atomic<qint64> m_returnCode{0};
     QPointer<QObject> m_alert;
     bool m_answerOnlyByClick = false;
+    QString m_detailedText;
     /// Holds an alert that nobody waits for until it is answered.
     std::shared_ptr<QFAlert> m_keepAlive;
 };

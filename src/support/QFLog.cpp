@@ -296,10 +296,21 @@ void QFLog::appendTextToLog(const QString &text)
         m_queueChanged.notify_one();
 }
 
+namespace {
+thread_local bool silenced = false;
+} // namespace
+
+QFLog::Silence::Silence() : m_before(std::exchange(silenced, true)) {}
+
+QFLog::Silence::~Silence()
+{
+    silenced = m_before;
+}
+
 void QFLog::appendLogList(QStringView format, std::initializer_list<QFFormat::Arg> args)
 {
     QFLog &log = sharedController();
-    if (format.isNull() || log.m_loggingDisabled.load())
+    if (format.isNull() || log.m_loggingDisabled.load() || silenced)
         return;
     const QString text = formatEntry(format, args);
     // A short entry from a worker is on disk before the call returns, so the last lines
@@ -316,7 +327,7 @@ void QFLog::appendLogList(QStringView format, std::initializer_list<QFFormat::Ar
 void QFLog::fastAppendLogList(QStringView format, std::initializer_list<QFFormat::Arg> args)
 {
     QFLog &log = sharedController();
-    if (format.isNull() || log.m_loggingDisabled.load())
+    if (format.isNull() || log.m_loggingDisabled.load() || silenced)
         return;
     log.appendTextToLog(formatEntry(format, args));
 }

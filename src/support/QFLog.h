@@ -57,6 +57,21 @@ public:
     }
     static void debugPrint(const QString &) {}
 
+    /// While one lives, the entries of its thread go nowhere: work that only shows what
+    /// an import would do, again at every change of an option, leaves the log to the
+    /// imports themselves.
+    class Silence
+    {
+    public:
+        Silence();
+        ~Silence();
+        Silence(const Silence &) = delete;
+        Silence &operator=(const Silence &) = delete;
+
+    private:
+        bool m_before;
+    };
+
     /// Blocks until every queued entry is written. Returns at once on the writer
     /// thread itself (a roll-over logs from there and must not wait for itself).
     static void finishWriting();

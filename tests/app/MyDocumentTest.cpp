@@ -4,6 +4,7 @@
 #include "MyDocument.h"
 #include "AlertSheetPresenter.h"
 #include "AppController.h"
+#include "MarkerTableModel.h"
 #include "SingleInstance.h"
 #include "WaitFor.h"
 
@@ -19,6 +20,7 @@
 #include <QComboBox>
 #include <QDir>
 #include <QFileDialog>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
@@ -49,6 +51,9 @@ protected:
     void SetUp() override
     {
         QFAlert::setPresenter(&alerts);
+        // The preferences object outlives a test: what one test set must not leak.
+        for (const QString &key : {u"offsetValue"_s, u"offsetUnit"_s})
+            QFUserDefaults::standardUserDefaults().setObject(0, key);
         list = home.file(u"notes.txt"_s, "#\tTrack\tName\tComment\tStart\tDuration\tColor\n"
                                          "1\tV1\tA\tc\t01:00:10:00\t00:00:01:00\tRed\n");
     }
@@ -127,7 +132,7 @@ TEST_F(Window, DiscoveryListsTheTargetsItemsWithTheirImages)
         EXPECT_TRUE(items->isEnabled());
         EXPECT_EQ(document->findChild<QCheckBox *>(u"todoMarkerCheck"_s)->isEnabled(),
                   kind.todoEnabled);
-        EXPECT_EQ(document->windowTitle(), u"notes.txt"_s);
+        EXPECT_EQ(document->windowTitle(), u"notes.txt — Cuebridge"_s);
     }
 }
 
@@ -173,26 +178,75 @@ TEST_F(Window, TheOffsetKeepsItsUnitTakesWholeNumbersAndReturnImports)
     box->buttons().first()->click();
 }
 
-TEST_F(Window, AnImportEndsWithItsSheetAndAReloadDuringDiscoveryListsOnce)
+TEST_F(Window, AnImportLocksTheWindowAndItsSheetCarriesTheReportAndTheResult)
 {
     const QString target = home.copyOfData(u"project.xml"_s);
     MyDocument *document = open(target);
     document->reloadSequences();
     document->reloadSequences();
     settle(document);
-    EXPECT_EQ(popUp(document)->count(), 2);
+    EXPECT_EQ(popUp(document)->count(), 2) << "a reload during discovery lists once";
 
+    TempHome::write(list, TempHome::read(list) + "2\tV1\tB\tc\t01:00:11\t00:00:01:00\tRed\n");
     QPushButton *importButton = document->findChild<QPushButton *>(u"sendToFCPBtn"_s);
     importButton->click();
     EXPECT_FALSE(importButton->isEnabled()) << "a second press would import twice";
+    EXPECT_FALSE(document->findChild<QWidget *>(u"timelineGroup"_s)->isEnabled());
     QMessageBox *box = sheet(document);
     ASSERT_NE(box, nullptr);
     EXPECT_EQ(box->windowModality(), Qt::WindowModal);
-    EXPECT_TRUE(box->text().contains(u"Markers successfully imported"_s));
-    EXPECT_TRUE(importButton->isEnabled());
-    box->button(QMessageBox::Ok) ? box->button(QMessageBox::Ok)->click()
-                                 : box->buttons().first()->click();
+    EXPECT_TRUE(box->text().contains(u"Some markers failed to import"_s));
+    EXPECT_EQ(box->detailedText(),
+              u"Result: %1\nLine 3: start timecode \"01:00:11\" is not HH:MM:SS:FF"_s.arg(target));
+    QStringList buttons;
+    for (QAbstractButton *button : box->buttons())
+        buttons << button->text();
+    EXPECT_TRUE(buttons.contains(u"Show in Folder"_s) && !buttons.contains(u"Open"_s));
+    box->buttons().first()->click();
     EXPECT_TRUE(TempHome::read(target).contains("<name>A</name>"));
+    // The file now lists its renamed sequences, and the table where markers would land.
+    settle(document);
+    EXPECT_TRUE(waitFor([&] { return importButton->isEnabled(); }));
+    EXPECT_EQ(popUp(document)->itemText(0), u"Cut 3 -Cuebridge"_s);
+}
+
+TEST_F(Window, TheTableShowsWhereEachMarkerLandsAndTheTargetRowWhyNothingCan)
+{
+    const QString fcpx = home.file(u"clips.fcpxml"_s, projectAndClip);
+    const struct
+    {
+        const char *name;
+        QString target;
+        const char *targetProblem; ///< beside the target; empty: none
+        const char *status;        ///< of the table's first row
+    } cases[] = {
+        {"XMEML", home.copyOfData(u"project.xml"_s), "",
+         "sequence “Cut 3 -Cuebridge” at frame 250"},
+        // The timeline starts at zero: an hour in is past its end.
+        {"FCPX", fcpx, "", "Skipped: outside every clip: 01:00:10:00"},
+        {"NotXml", home.file(u"junk.xml"_s, "PNG"), "It is not an XML file: ", "—"},
+        {"NoSequence", home.file(u"empty.xml"_s, "<xmeml><project/></xmeml>"),
+         "It lists no sequence to import into.", "—"},
+        {"FCP7ProjectWithoutTheEditor", home.file(u"cut.fcp"_s, "project"),
+         "Final Cut Pro 7 is not running", "—"},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        MyDocument *document = open(c.target);
+        const auto *model = &document->markerTable();
+        ASSERT_TRUE(waitFor([&] {
+            return model->rowCount() == 1 &&
+                   model->index(0, MarkerTableModel::Status).data() != QString();
+        }));
+        EXPECT_EQ(model->index(0, MarkerTableModel::Name).data(), u"A"_s);
+        EXPECT_EQ(model->index(0, MarkerTableModel::Status).data().toString(),
+                  QString::fromUtf8(c.status));
+        const auto *beside = document->findChild<QLabel *>(u"targetProblemLabel"_s);
+        const QString problem = QString::fromUtf8(c.targetProblem);
+        EXPECT_EQ(beside->text().left(problem.size()), problem);
+        EXPECT_EQ(beside->isVisible(), !problem.isEmpty());
+        EXPECT_FALSE(document->findChild<QWidget *>(u"loadSpinner"_s)->isVisible());
+    }
 }
 
 TEST_F(Window, ASheetsSuppressionBoxKeepsItsPreferenceAndATimedSheetGoesByItself)
@@ -346,7 +400,11 @@ TEST_F(Window, ALaterLaunchHandsItsListsToTheRunningOneWhereEachListOpensOnce)
 
     // The Window menu lists each shown window once, however often it opens.
     MyDocument *document = controller.documents().first();
-    QMenu *menu = document->menuBar()->findChildren<QMenu *>().at(2);
+    QMenu *menu = nullptr;
+    for (QMenu *candidate : document->menuBar()->findChildren<QMenu *>())
+        if (candidate->title() == u"&Window")
+            menu = candidate;
+    ASSERT_NE(menu, nullptr);
     for (int opened = 0; opened < 2; ++opened)
         QMetaObject::invokeMethod(menu, "aboutToShow");
     const auto titles = [menu] {

@@ -1,15 +1,17 @@
 // Screenshots of the document window for the README, made under Xvfb by
-// scripts/screenshots: the window with the example's sequences listed, then with the
-// alert of a finished import on it, and the preferences.
+// scripts/screenshots: the window with the example's sequences listed and its marker
+// table, then with the sheet of a finished import and its details, and the preferences.
 //
 //   cuebridge-screenshots MARKER_LIST TARGET OUTPUT_FOLDER
 
 #include "AppController.h"
+#include "MarkerTableModel.h"
 #include "MyDocument.h"
 #include "WaitFor.h"
 
 #include "support/QFUserDefaults.h"
 
+#include <QAbstractButton>
 #include <QApplication>
 #include <QDir>
 #include <QFileInfo>
@@ -67,7 +69,13 @@ int main(int argc, char *argv[])
     if (!document)
         return 1;
     document->move(60, 40);
-    if (!waitFor([&] { return !document->session().items().isEmpty(); }))
+    // The table shows where each marker lands once the dry run has answered.
+    const auto landed = [&] {
+        const MarkerPreview &preview = document->markerTable().preview();
+        return !preview.rows.isEmpty() &&
+               preview.rows.first().state == MarkerPreview::Row::State::Lands;
+    };
+    if (!waitFor([&] { return !document->session().items().isEmpty() && landed(); }))
         return 2;
     if (!shoot(*document, output + u"/window.png"_s))
         return 3;
@@ -76,6 +84,9 @@ int main(int argc, char *argv[])
     QMessageBox *sheet = nullptr;
     if (!waitFor([&] { return (sheet = document->findChild<QMessageBox *>()) != nullptr; }))
         return 4;
+    for (QAbstractButton *button : sheet->buttons())
+        if (sheet->buttonRole(button) == QMessageBox::ActionRole)
+            button->click(); // the details: the result's path, and any skipped lines
     if (!shoot(*document, output + u"/imported.png"_s))
         return 5;
     sheet->accept();
