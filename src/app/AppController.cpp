@@ -125,7 +125,7 @@ void AppController::openFiles(const QStringList &paths)
                 QString(), QString(), QString(),
                 QFileInfo(path).isDir() ? QStringLiteral("%1 is a folder.").arg(path)
                                         : QStringLiteral("There is no file %1.").arg(path),
-                nullptr, false);
+                nullptr, nullptr, nullptr, false, nullptr);
             continue;
         }
         const QString absolute = QFileInfo(path).absoluteFilePath();
@@ -272,7 +272,7 @@ void AppController::populateMenus(QMenuBar *bar)
                                "installed on this computer. The latest version of Cuebridge is "
                                "at %1")
                     .arg(WebAddresses::home().toString()),
-                QApplication::activeWindow(), false);
+                QApplication::activeWindow(), nullptr, nullptr, false, nullptr);
             return;
         }
         m_softwareUpdate.manualUpdateCheck();
@@ -314,7 +314,7 @@ void AppController::openPage(const QUrl &page)
     QFAlert::alertSheetWithMessageText(
         QStringLiteral("The page could not be opened"), QString(), QString(), QString(),
         QStringLiteral("No web browser could be started. The address is %1").arg(page.toString()),
-        QApplication::activeWindow(), false);
+        QApplication::activeWindow(), nullptr, nullptr, false, nullptr);
 }
 
 void AppController::rememberRecent(const QString &path)
@@ -374,7 +374,7 @@ void AppController::viewLog()
         QFAlert::alertSheetWithMessageText(
             QStringLiteral("The log could not be opened"), QString(), QString(), QString(),
             QStringLiteral("No application here opens it. The log is the file %1").arg(log),
-            QApplication::activeWindow(), false);
+            QApplication::activeWindow(), nullptr, nullptr, false, nullptr);
 }
 
 void AppController::gatherLogs()

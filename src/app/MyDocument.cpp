@@ -135,6 +135,12 @@ MyDocument::MyDocument(const QString &markerListPath, QWidget *parent)
         m_importShown = false;
         setImporting(true);
     });
+    connect(&m_session, &ImportSession::importProgress, this,
+            [this](qsizetype done, qsizetype total) {
+                ui->processSpinner->setMaximum(int(total));
+                ui->processSpinner->setValue(int(done));
+            });
+    connect(ui->cancelButton, &QPushButton::clicked, this, [this] { m_session.cancelImport(); });
     connect(&m_session, &ImportSession::importFinished, this, &MyDocument::importFinished);
     connect(&m_session, &ImportSession::idle, this, [this] {
         if (m_closing && !busy()) // not the end of an earlier run
@@ -249,7 +255,9 @@ void MyDocument::setImporting(bool importing)
          {static_cast<QWidget *>(ui->timelineGroup), static_cast<QWidget *>(ui->optionsGroup),
           static_cast<QWidget *>(ui->encodingPopUp)})
         group->setEnabled(!importing);
+    ui->processSpinner->setRange(0, 0); // busy until the first count
     ui->processSpinner->setVisible(importing);
+    ui->cancelButton->setVisible(importing);
     ui->sendToFCPBtn->setEnabled(!importing && ui->clearMarkerCheck->isEnabled());
 }
 

@@ -294,7 +294,13 @@ ImportOutcome FCP7Import::startProcessingWithSettings(const TargetKind &kind,
     const QString sequenceName =
         QFXMLParser::stringValueForQuery(QStringLiteral("./name[1]"), sequence);
     const bool stripWhitespace = UserTextEscaping::stripWhitespaceEnabled();
-    for (const MarkerRecord &record : markerText.list.markers) {
+    const qsizetype total = markerText.list.markers.size();
+    for (qsizetype done = 0; done < total; ++done) {
+        if (settings.progress && !settings.progress(done, total)) {
+            QFLog::appendLog(u"Import cancelled");
+            return ImportOutcome::cancelled(report);
+        }
+        const MarkerRecord &record = markerText.list.markers.at(done);
         QFLog::appendLog(u"Tab count: %i", record.columns);
         if (!TimelineMarker::timecodesExist(record, rate, report))
             continue;
@@ -320,6 +326,11 @@ ImportOutcome FCP7Import::startProcessingWithSettings(const TargetKind &kind,
     }
     if (settings.dryRun)
         return ImportOutcome::previewed(report);
+    // The last moment a cancel leaves the target as it was.
+    if (settings.progress && !settings.progress(total, total)) {
+        QFLog::appendLog(u"Import cancelled");
+        return ImportOutcome::cancelled(report);
+    }
     if (report.written.isEmpty()) {
         QFLog::appendLog(u"No marker to import");
         return ImportOutcome::nothingImported(report);

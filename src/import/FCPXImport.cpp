@@ -225,7 +225,13 @@ ImportOutcome FCPXImport::startProcessingFCPXWithSettings(const TargetKind &kind
     const bool chaptersKnown = dtd.version() != u"1.0" && dtd.version() != u"1.1";
     const double timeScale = rate.fps * double(multiplier);
     bool outsideClips = false;
-    for (const MarkerRecord &record : markerText.list.markers) {
+    const qsizetype total = markerText.list.markers.size();
+    for (qsizetype done = 0; done < total; ++done) {
+        if (settings.progress && !settings.progress(done, total)) {
+            QFLog::appendLog(u"Import cancelled");
+            return ImportOutcome::cancelled(report);
+        }
+        const MarkerRecord &record = markerText.list.markers.at(done);
         if (!TimelineMarker::timecodesExist(record, rate, report))
             continue;
         const TimelineMarker marker = TimelineMarker::make(
@@ -292,6 +298,11 @@ ImportOutcome FCPXImport::startProcessingFCPXWithSettings(const TargetKind &kind
     }
     if (settings.dryRun)
         return ImportOutcome::previewed(report);
+    // The last moment a cancel leaves the target as it was.
+    if (settings.progress && !settings.progress(total, total)) {
+        QFLog::appendLog(u"Import cancelled");
+        return ImportOutcome::cancelled(report);
+    }
     if (report.written.isEmpty()) {
         QFLog::appendLog(u"No marker to import");
         return ImportOutcome::nothingImported(report);

@@ -75,6 +75,13 @@ struct ImportOutcome
                 report};
     }
 
+    /// An import the user cancelled: nothing was written, and nothing needs saying.
+    static ImportOutcome cancelled(const ImportReport &report)
+    {
+        return {Status::NothingImported,     QString(), QString(),
+                AlertParent::DocumentWindow, QString(), report};
+    }
+
     /// What a dry run found: the status the import would end with, and no alert.
     static ImportOutcome previewed(const ImportReport &report)
     {

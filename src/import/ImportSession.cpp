@@ -148,10 +148,19 @@ ImportSettings ImportSession::settingsFor(const ImportOptions &options) const
 
 bool ImportSession::sendToFCP(const ImportOptions &options)
 {
-    const ImportSettings settings = settingsFor(options);
+    ImportSettings settings = settingsFor(options);
     // One import of a document at a time: a second would read what the first replaces.
     if (settings.filename.isEmpty() || m_importing.exchange(true))
         return false;
+    m_cancelled = false;
+    settings.progress = [this, told = qsizetype(-1)](qsizetype done, qsizetype total) mutable {
+        const qsizetype step = std::max<qsizetype>(1, total / 100);
+        if (done == total || done / step != told) {
+            told = done / step;
+            emit importProgress(done, total);
+        }
+        return !m_cancelled.load();
+    };
     std::shared_ptr<ParsedTarget> parsed;
     TargetKind kind;
     {

@@ -91,6 +91,9 @@ public:
     /// only when several come while one is worked out.
     void requestPreview(const ImportOptions &options);
 
+    /// Stops the import under way before it writes anything; it ends with no alert.
+    void cancelImport() { m_cancelled = true; }
+
     /// The outcome of the latest import, once it has ended.
     ImportOutcome lastOutcome() const;
 
@@ -107,6 +110,9 @@ signals:
     void discoveryFinished(const DiscoveredItems &found);
     void previewFinished(const MarkerPreview &preview);
     void importStarted();
+    /// How many markers of how many the import has placed; at most a hundred times
+    /// an import.
+    void importProgress(qsizetype done, qsizetype total);
     void importFinished(const ImportOutcome &outcome);
     /// The last work under way has ended (delivered on the session's thread).
     void idle();
@@ -127,6 +133,7 @@ private:
     QList<QThread *> m_workers;
     std::atomic<int> m_running{0}; // work started and not yet ended
     std::atomic<bool> m_importing{false};
+    std::atomic<bool> m_cancelled{false};
     std::optional<ImportOptions> m_pendingPreview; // asked for, not yet taken by the worker
     bool m_previewing = false;                     // a worker works out previews
 };

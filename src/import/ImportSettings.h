@@ -1,7 +1,9 @@
 #pragma once
 
 #include <QString>
+
 #include <QVariantMap>
+#include <functional>
 
 #include <optional>
 
@@ -46,6 +48,9 @@ struct ImportSettings
     /// Work out where every marker would land and stop before anything is changed,
     /// written or sent. Not part of the dictionary.
     bool dryRun = false;
+    /// Told how many of the markers have been placed, and of how many; false from it
+    /// cancels the import before anything is written. Not part of the dictionary.
+    std::function<bool(qsizetype done, qsizetype total)> progress;
 
     QVariantMap toVariantMap() const;
     static ImportSettings fromVariantMap(const QVariantMap &map);

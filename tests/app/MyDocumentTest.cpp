@@ -15,21 +15,25 @@
 
 #include <gtest/gtest.h>
 
+#include <QAction>
 #include <QApplication>
 #include <QCheckBox>
 #include <QComboBox>
 #include <QDir>
+#include <QDropEvent>
 #include <QFileDialog>
 #include <QLabel>
 #include <QLineEdit>
 #include <QMenu>
 #include <QMenuBar>
 #include <QMessageBox>
+#include <QMimeData>
 #include <QPointer>
 #include <QPushButton>
 #include <QTest>
 #include <QThread>
 #include <QTimer>
+#include <QUrl>
 
 #include <future>
 
@@ -192,6 +196,7 @@ TEST_F(Window, AnImportLocksTheWindowAndItsSheetCarriesTheReportAndTheResult)
     importButton->click();
     EXPECT_FALSE(importButton->isEnabled()) << "a second press would import twice";
     EXPECT_FALSE(document->findChild<QWidget *>(u"timelineGroup"_s)->isEnabled());
+    EXPECT_TRUE(document->findChild<QWidget *>(u"cancelButton"_s)->isVisible());
     QMessageBox *box = sheet(document);
     ASSERT_NE(box, nullptr);
     EXPECT_EQ(box->windowModality(), Qt::WindowModal);
@@ -278,6 +283,70 @@ TEST_F(Window, ASheetsSuppressionBoxKeepsItsPreferenceAndATimedSheetGoesByItself
     const auto shown = document->findChildren<QMessageBox *>();
     EXPECT_TRUE(std::none_of(shown.begin(), shown.end(), std::mem_fn(&QWidget::isVisible)))
         << "the timed sheet stays up";
+}
+
+TEST_F(Window, CommandsThatCannotDoTheirWorkSaySoAndDropsOpenListsAndTargets)
+{
+    // A target to adopt: the browse sheet would keep drops from the window.
+    QFUserDefaults::standardUserDefaults().setObject(home.copyOfData(u"project.xml"_s),
+                                                     u"lastProject"_s);
+    AppController controller;
+    controller.openFiles({list});
+    ASSERT_EQ(controller.documents().size(), 1);
+    MyDocument *document = controller.documents().first();
+    settle(document);
+    EXPECT_EQ(AppController::recentMarkerLists(), QStringList(list));
+    const auto trigger = [document](const QString &text) {
+        for (QAction *action : document->menuBar()->findChildren<QAction *>())
+            if (action->text() == text)
+                action->trigger();
+    };
+    const struct
+    {
+        const char *name;
+        std::function<void()> act;
+        QString message;
+        QString informative; ///< its start
+    } cases[] = {
+        {"AListThatIsNotThere", [&] { controller.openFiles({home.filePath(u"gone.txt"_s)}); },
+         u"The marker list “gone.txt” cannot be opened"_s, u"There is no file "_s},
+        // The offscreen platform has no browser.
+        {"APageWithoutABrowser", [&] { controller.qfHome(); }, u"The page could not be opened"_s,
+         u"No web browser could be started. The address is https://www.quillfen.com"_s},
+        {"UpdatesWithoutTheUpdater", [&] { trigger(u"Check for Updates…"_s); },
+         u"The updater is not installed"_s, u"Quillfen Software Update"_s},
+    };
+    for (const auto &c : cases) {
+        SCOPED_TRACE(c.name);
+        c.act();
+        QMessageBox *box = nullptr;
+        ASSERT_TRUE(waitFor([&] {
+            for (QWidget *widget : QApplication::topLevelWidgets())
+                if (auto *shown = qobject_cast<QMessageBox *>(widget);
+                    shown && shown->isVisible() && shown->text().contains(c.message))
+                    box = shown;
+            return box != nullptr;
+        }));
+        EXPECT_TRUE(box->informativeText().startsWith(c.informative))
+            << box->informativeText().toStdString();
+        box->close();
+    }
+
+    // A dropped target becomes the window's; a dropped list opens in a window of its own.
+    const QString target = home.copyOfData(u"sequence.xml"_s);
+    const QString second = home.file(u"second.tsv"_s, TempHome::read(list));
+    QMimeData dropped;
+    dropped.setUrls({QUrl::fromLocalFile(target), QUrl::fromLocalFile(second)});
+    // As a drag does it: it enters the window, which takes it, then drops.
+    QDragEnterEvent enter(QPoint(10, 10), Qt::CopyAction, &dropped, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(document, &enter);
+    QDropEvent drop(QPointF(10, 10), Qt::CopyAction, &dropped, Qt::LeftButton, Qt::NoModifier);
+    QApplication::sendEvent(document, &drop);
+    EXPECT_EQ(document->session().targetPath(), target);
+    ASSERT_EQ(controller.documents().size(), 2);
+    EXPECT_EQ(controller.documents().last()->markerListPath(), second);
+    for (MyDocument *window : controller.documents())
+        settle(window);
 }
 
 TEST_F(Window, OnlyAClickAnswersAQuestionAPlainAlertClosedAnswersWithItsDefault)

@@ -92,6 +92,19 @@ TEST_F(Cli, OutputGoesElsewhereAndListShowsTheItems)
     EXPECT_TRUE(result.out.contains(u"Result: "_s + home.filePath(u"out.xml"_s)));
     EXPECT_EQ(TempHome::read(windowsLog), "window") << "the window's log is not rotated";
 
+    // A dry run prints where each marker would land, writes nothing, and exits as the
+    // import would.
+    const Outcome dry = run({u"--dry-run"_s,
+                             markers(markerList({{"A", "c", "01:00:10:00", "00:00:05:00", "Red"},
+                                                 {"B", "c", "01:00:10", "00:00:05:00", "Red"}})),
+                             target});
+    EXPECT_EQ(dry.status, 1);
+    EXPECT_EQ(dry.out, u"2\tA\tc\t01:00:10:00\t00:00:05:00\tRed\tmarker\tsequence “Cut 3 "
+                       u"-Cuebridge” at frame 250\n3\tB\tc\t01:00:10\t00:00:05:00\tRed\tmarker\t"
+                       u"skipped: start timecode \"01:00:10\" is not HH:MM:SS:FF\n"_s);
+    EXPECT_TRUE(dry.err.contains(u"2 markers · 1 line skipped · UTF-8"_s)) << dry.err.toStdString();
+    EXPECT_EQ(TempHome::read(target), before);
+
     const Outcome list = run({u"--list"_s, target}); // no marker list needed
     EXPECT_EQ(list.status, 0);
     EXPECT_EQ(list.out, u"Cut 3\t0F2D6C31-4B1E-4C55-9C3E-2A1B8F7D0001\n"

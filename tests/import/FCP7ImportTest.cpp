@@ -102,6 +102,11 @@ TEST_F(ImportTest, SilentAndFailingEndsLeaveTheTargetAsItWas)
              s.filename = home.file(u"junk.xml"_s, "\x89PNG\r\n\x1a\n\0\0");
          },
          "Unable to find the sequence", "Unable to parse XML"},
+        {"CancelledAfterTheFirstMarker",
+         [](QString &, ImportSettings &s) {
+             s.progress = [](qsizetype done, qsizetype) { return done < 1; };
+         },
+         "", "Import cancelled"},
         {"UnwritableOutput",
          [](QString &, ImportSettings &s) { s.outputPath = u"/proc/cuebridge-cannot-write.xml"_s; },
          "Failed to write marker data to disk.", "Marker out pos: 375"}};

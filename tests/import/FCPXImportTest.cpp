@@ -510,6 +510,11 @@ TEST_F(FCPXImportTest, EndsWriteNothingAndSayWhy)
          .alert = u"Unable to locate clips / No video clips could be found in the timeline."_s},
         {.name = "OnlyAHeaderIsSilent",
          .markers = "#\tTrack\tName\tComment\tStart\tDuration\tColor\n\n"},
+        {.name = "CancelledAfterTheLastMarkerIsSilent",
+         .adjust =
+             [](ImportSettings &s, TargetKind &) {
+                 s.progress = [](qsizetype done, qsizetype total) { return done < total; };
+             }},
         {.name = "AMarkerThatIsNoXml",
          .markers = markerList({{"ok", "", "00:00:01:00"}, {"bell\x07", "", "00:00:02:00"}}),
          .alert = u"Unable to create marker / "_s},
