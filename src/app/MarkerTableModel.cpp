@@ -4,6 +4,9 @@
 #include <QColor>
 #include <QPainter>
 #include <QPixmap>
+#include <QThreadPool>
+
+#include <utility>
 
 namespace {
 
@@ -36,8 +39,11 @@ QColor swatch(const QString &name)
 void MarkerTableModel::setPreview(const MarkerPreview &preview)
 {
     beginResetModel();
-    m_preview = preview;
+    MarkerPreview previous = std::exchange(m_preview, preview);
     endResetModel();
+    // Freeing fifty thousand rows takes longer than a frame: not on the main thread.
+    QThreadPool::globalInstance()->start(
+        [previous = std::move(previous)]() mutable { previous = MarkerPreview(); });
 }
 
 int MarkerTableModel::rowCount(const QModelIndex &parent) const
