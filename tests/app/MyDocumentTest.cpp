@@ -104,42 +104,6 @@ protected:
     QList<QPointer<MyDocument>> windows;
 };
 
-TEST_F(Window, DiscoveryListsTheTargetsItemsWithTheirImages)
-{
-    const struct
-    {
-        QString target;
-        /// Title, represented object and whether it shows the event image, per item.
-        QList<std::tuple<QString, QString, bool>> items;
-        bool todoEnabled;
-    } kinds[] = {{home.copyOfData(u"project.xml"_s),
-                  {{u"Cut 3"_s, u"0F2D6C31-4B1E-4C55-9C3E-2A1B8F7D0001"_s, false},
-                   {u"No uuid"_s, u"/xmeml/project/children/sequence[2]"_s, false}},
-                  false},
-                 // A bundle is adopted as the folder; its document is Info.fcpxml inside.
-                 {QFileInfo(home.file(u"clips.fcpxmld/Info.fcpxml"_s, projectAndClip)).path(),
-                  {{u"Cut"_s, u"/fcpxml/library/event/project[1]/sequence"_s, false},
-                   {u"Event clip"_s, u"/fcpxml/library/event/project[2]/clip"_s, true}},
-                  true}};
-    for (const auto &kind : kinds) {
-        SCOPED_TRACE(kind.target.toStdString());
-        MyDocument *document = open(kind.target);
-        QComboBox *items = popUp(document);
-        ASSERT_EQ(items->count(), kind.items.size());
-        for (int i = 0; i < items->count(); ++i) {
-            const auto &[title, object, event] = kind.items.at(i);
-            EXPECT_EQ(items->itemText(i), title);
-            EXPECT_EQ(items->itemData(i).toString(), object);
-            EXPECT_FALSE(items->itemIcon(i).isNull() && !kind.todoEnabled);
-            EXPECT_EQ(!items->itemIcon(i).isNull() && kind.todoEnabled, event);
-        }
-        EXPECT_TRUE(items->isEnabled());
-        EXPECT_EQ(document->findChild<QCheckBox *>(u"todoMarkerCheck"_s)->isEnabled(),
-                  kind.todoEnabled);
-        EXPECT_EQ(document->windowTitle(), u"notes.txt — Cuebridge"_s);
-    }
-}
-
 TEST_F(Window, TheControlsBecomeTheSettings)
 {
     MyDocument *document = open(home.file(u"clips.fcpxml"_s, projectAndClip));

@@ -11,7 +11,6 @@
 #include <QProcess>
 #include <QRegularExpression>
 #include <QStandardPaths>
-#include <QStringEncoder>
 #include <QThread>
 
 #include <functional>
@@ -118,12 +117,6 @@ TEST_P(Matrix, EndsWithItsMessageAndChangesNoFile)
                                                   QFileDevice::ExeOwner);
 }
 
-QByteArray utf16be(const QByteArray &utf8)
-{
-    QStringEncoder encoder(QStringConverter::Utf16BE);
-    return encoder(QString::fromUtf8(utf8));
-}
-
 INSTANTIATE_TEST_SUITE_P(
     Cli, Matrix,
     testing::Values(
@@ -138,13 +131,6 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"FiftyMegabyteLineAsMarkerList",
              [](BadInput &test) { return test.intoLibrary(QByteArray(50 << 20, 'x')); }, 64,
              "too large for a marker list"},
-        Case{"FiftyMegabyteLineAsXmemlTarget",
-             [](BadInput &test) {
-                 return test.intoTarget(u"t.xml"_s, "<xmeml version=\"5\"><project><name>" +
-                                                        QByteArray(50 << 20, 'x') +
-                                                        "</name></project></xmeml>");
-             },
-             3, "lists no sequence to import into"},
         Case{"FiftyMegabyteLineAsFcpxTarget",
              [](BadInput &test) {
                  return test.intoTarget(u"t.fcpxml"_s, "<fcpxml version=\"1.8\"><project name=\"" +
@@ -152,20 +138,6 @@ INSTANTIATE_TEST_SUITE_P(
                                                            "\"/></fcpxml>");
              },
              2, "Unable to find sequence"},
-        Case{"Utf16BigEndianWithoutByteOrderMarkReadsAsText",
-             [](BadInput &test) { return test.intoLibrary(utf16be(oneMarker)); }, 0,
-             "Markers successfully imported"},
-        Case{"Windows1252MarkerList",
-             [](BadInput &test) {
-                 return test.intoLibrary(QByteArray(oneMarker).replace("\tA\t", "\tCaf\xe9\t"));
-             },
-             0, "Markers successfully imported"},
-        Case{"NulBytesInAName",
-             [](BadInput &test) {
-                 return test.intoLibrary(
-                     QByteArray(oneMarker).replace("\tA\t", QByteArray("\tA\0B\t", 5)));
-             },
-             0, "Markers successfully imported"},
         Case{"MarkerListAsTarget",
              [](BadInput &test) {
                  return QStringList{test.markers(), test.markers()};

@@ -200,23 +200,6 @@ TEST_F(LinkTest, SavingAndClosingNameTheProjectTwiceAndCarryTheirFlags)
     }
 }
 
-TEST_F(LinkTest, ALaunchAsksForTheProjectTwice)
-{
-    editor.running = false;
-    editor.openProjects.clear();
-    EXPECT_FALSE(QFAppleEvents::getItemXMLData(u"U-1"_s, project)) << "no launch allowed";
-    EXPECT_TRUE(editor.events.isEmpty());
-    EXPECT_TRUE(ConsoleCapture::messages().isEmpty());
-
-    const std::optional<QByteArray> data = QFAppleEvents::getItemXMLData(u"U-1"_s, project, true);
-    ASSERT_EQ(editor.openRequests.size(), 2);
-    for (const auto &[path, options] : editor.openRequests) {
-        EXPECT_EQ(path, project);
-        EXPECT_EQ(options, QFWorkspace::Asynchronous);
-    }
-    EXPECT_EQ(data, itemXml);
-}
-
 TEST_F(LinkTest, AProjectThatIsNotOpenIsOnlyOpenedWhenAllowed)
 {
     editor.openProjects.clear();
@@ -268,8 +251,6 @@ TEST_F(LinkTest, BadRepliesToTheItemFetchGiveNilWithTheirMessage)
          "Unable to communicate with Final Cut Pro. Please make sure it is running."},
         {failure(AESendStage::Send, AEStatus::errAETimeout), std::nullopt,
          "Error sending AppleEvent"},
-        {failure(AESendStage::CreateTarget, -50), std::nullopt, "Error creating app description"},
-        {failure(AESendStage::CreateEvent, -50), std::nullopt, "Error creating AppleEvent"},
         {failure(AESendStage::PutParameter, -1700, fourCharCode("fcIU")), std::nullopt,
          "Error adding destination project file to AppleEvent query"},
     };
@@ -362,14 +343,6 @@ TEST(QFAppleEvents, EscapingGivesTheSameBytesFromUtf8AsFromUtf16)
                   QFAppleEvents::escapeCharactersInXMLString(QString::fromUtf8(utf8)).toUtf8())
             << utf8.toHex().toStdString();
     }
-}
-
-TEST(QFAppleEvents, WithoutAnEditorNothingIsSent)
-{
-    // The platform transport and workspace: no Final Cut Pro 7 runs here.
-    EXPECT_FALSE(QFAppleEvents::isFCPRunning());
-    EXPECT_EQ(QFAppleEvents::listOfOpenFCPProjects(), std::nullopt);
-    EXPECT_FALSE(QFAppleEvents::sendXMLToFCP(u"<x/>"_s, QString()));
 }
 
 TEST(AEFileReference, FollowsTheFileNotTheName)

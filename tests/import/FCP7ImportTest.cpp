@@ -424,23 +424,6 @@ TEST_F(ImportTest, TimesFromTheTimelinesStartLandFromItsFirstFrame)
     EXPECT_EQ(ins, QStringList({u"1"_s, u"0"_s, u"50"_s, u"90000"_s}));
 }
 
-TEST(RenameSequence, KeepsOnlyTheIdAndNamesTheSequenceAfterIt)
-{
-    const auto doc = XmlDocument::fromBytes(
-        R"(<sequence id="seq1" a="1" b="2"><name>Old</name><name>Second</name></sequence>)");
-    const XmlNode sequence = doc->rootElement();
-    EXPECT_EQ(FCP7Import::renameSequence(sequence), sequence);
-    ASSERT_EQ(sequence.attributes().size(), 1);
-    EXPECT_EQ(sequence.attributes().first().name(), u"id");
-    EXPECT_EQ(sequence.attributes().first().stringValue(), u"seq1-Cuebridge");
-    EXPECT_EQ(sequence.childAt(0).stringValue(), u"seq1-Cuebridge");
-    EXPECT_EQ(sequence.childAt(1).stringValue(), u"Second");
-
-    const auto noId = XmlDocument::fromBytes(R"(<sequence a="1"><name>Old</name></sequence>)");
-    EXPECT_FALSE(FCP7Import::renameSequence(noId->rootElement()));
-    EXPECT_EQ(noId->rootElement().attributes().size(), 1);
-}
-
 class LiveImport : public ImportTest
 {
 protected:

@@ -329,57 +329,6 @@ TEST_F(FCPXImportTest, ATransitionTargetTakesTheTimelineFrameAsSecondsAfterItsFi
     EXPECT_TRUE(log().contains(u"orig marker start pos: 235.000000"));
 }
 
-// --- Where markers go among a clip's children --------------------------------------
-
-TEST_F(FCPXImportTest, InsertionsFollowTheElementOrderOfTheFormat)
-{
-    const struct
-    {
-        const char *name;
-        QString clip; ///< an element named "C" spanning the first 10 s of the spine
-        QStringList children;
-    } cases[] = {{"AnEmptyClipInListOrder",
-                  u"<asset-clip name=\"C\" ref=\"r2\" offset=\"0s\" duration=\"10s\"/>"_s,
-                  {u"1"_s, u"2"_s}},
-                 {"BeforeKeywordsFiltersAndMetadata",
-                  uR"(<asset-clip name="C" ref="r2" offset="0s" duration="10s">
-                        <keyword start="0s" duration="10s" value="Interview"/>
-                        <filter-video ref="r4" name="Look"/>
-                        <metadata><md key="com.apple.proapps.studio.reel" value="A001"/></metadata>
-                      </asset-clip>)"_s,
-                  {u"1"_s, u"2"_s, u"keyword"_s, u"filter-video"_s, u"metadata"_s}},
-                 {"AfterConnectedClipsInReverseOrder",
-                  uR"(<asset-clip name="C" ref="r2" offset="0s" duration="10s">
-                        <asset-clip name="Connected" lane="1" ref="r2" offset="1s" duration="2s"/>
-                        <marker start="5s" duration="100/2500s" value="old"/>
-                        <rating start="0s" duration="10s" value="favorite"/>
-                      </asset-clip>)"_s,
-                  {u"asset-clip"_s, u"2"_s, u"1"_s, u"old"_s, u"rating"_s}},
-                 {"AfterTheVideoOfAClip",
-                  uR"(<clip name="C" offset="0s" duration="10s">
-                        <video ref="r2" offset="0s" duration="10s"/>
-                        <filter-video ref="r4" name="Look"/>
-                      </clip>)"_s,
-                  {u"video"_s, u"2"_s, u"1"_s, u"filter-video"_s}},
-                 {"AfterAdjustmentsOfLaterVersions",
-                  uR"(<asset-clip name="C" ref="r2" offset="0s" duration="10s">
-                        <conform-rate srcFrameRate="25"/>
-                        <adjust-crop mode="trim"><trim-rect left="1"/></adjust-crop>
-                      </asset-clip>)"_s,
-                  {u"conform-rate"_s, u"adjust-crop"_s, u"2"_s, u"1"_s}},
-                 {"BeforeTheRoleSourcesOfARefClip",
-                  uR"(<ref-clip name="C" ref="r2" offset="0s" duration="10s">
-                        <audio-role-source role="dialogue"/>
-                      </ref-clip>)"_s,
-                  {u"1"_s, u"2"_s, u"audio-role-source"_s}}};
-    for (const auto &c : cases) {
-        SCOPED_TRACE(c.name);
-        importInto(library(c.clip),
-                   markerList({{"1", "", "00:00:01:00"}, {"2", "", "00:00:02:00"}}));
-        EXPECT_EQ(children(u"C"_s), c.children);
-    }
-}
-
 // A result its version's DTD refuses is not written, unless the document broke the
 // DTD before the import: the editor has always received those.
 TEST_F(FCPXImportTest, AnInvalidDocumentIsWrittenAsBefore)
