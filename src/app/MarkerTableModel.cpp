@@ -10,21 +10,6 @@
 
 namespace {
 
-QString kindText(MarkerRecord::Kind kind)
-{
-    switch (kind) {
-    case MarkerRecord::Kind::Chapter:
-        return QStringLiteral("Chapter");
-    case MarkerRecord::Kind::ToDo:
-        return QStringLiteral("To do");
-    case MarkerRecord::Kind::Done:
-        return QStringLiteral("Done");
-    case MarkerRecord::Kind::Standard:
-        break;
-    }
-    return QStringLiteral("Marker");
-}
-
 /// The swatch of a colour name; the markers' colours are all named colours of the web.
 QColor swatch(const QString &name)
 {
@@ -94,8 +79,13 @@ QVariant MarkerTableModel::data(const QModelIndex &index, int role) const
                       : QString();
     case Colour:
         return marker ? marker->color : QString();
-    case Kind:
-        return marker ? kindText(marker->kind) : QString();
+    case Kind: {
+        if (!marker)
+            return QString();
+        QString kind = MarkerRecord::kindName(marker->kind);
+        kind[0] = kind[0].toUpper();
+        return kind;
+    }
     case Status:
         switch (row.state) {
         case State::Lands:

@@ -296,10 +296,8 @@ ImportOutcome FCP7Import::startProcessingWithSettings(const TargetKind &kind,
     const bool stripWhitespace = UserTextEscaping::stripWhitespaceEnabled();
     const qsizetype total = markerText.list.markers.size();
     for (qsizetype done = 0; done < total; ++done) {
-        if (settings.progress && !settings.progress(done, total)) {
-            QFLog::appendLog(u"Import cancelled");
+        if (settings.cancelled(done, total))
             return ImportOutcome::cancelled(report);
-        }
         const MarkerRecord &record = markerText.list.markers.at(done);
         QFLog::appendLog(u"Tab count: %i", record.columns);
         if (!TimelineMarker::timecodesExist(record, rate, report))
@@ -327,10 +325,8 @@ ImportOutcome FCP7Import::startProcessingWithSettings(const TargetKind &kind,
     if (settings.dryRun)
         return ImportOutcome::previewed(report);
     // The last moment a cancel leaves the target as it was.
-    if (settings.progress && !settings.progress(total, total)) {
-        QFLog::appendLog(u"Import cancelled");
+    if (settings.cancelled(total, total))
         return ImportOutcome::cancelled(report);
-    }
     if (report.written.isEmpty()) {
         QFLog::appendLog(u"No marker to import");
         return ImportOutcome::nothingImported(report);

@@ -1,5 +1,7 @@
 #include "ImportSettings.h"
 
+#include "support/QFLog.h"
+
 namespace {
 const QString filenameKey = QStringLiteral("filename");
 const QString clearKey = QStringLiteral("clearExistingMarkers");
@@ -62,4 +64,12 @@ OffsetUnit offsetUnitForIndex(qint64 index)
 {
     return index >= 0 && index <= qint64(OffsetUnit::Hours) ? OffsetUnit(index)
                                                             : OffsetUnit::Frames;
+}
+
+bool ImportSettings::cancelled(qsizetype done, qsizetype total) const
+{
+    if (!progress || progress(done, total))
+        return false;
+    QFLog::appendLog(u"Import cancelled");
+    return true;
 }

@@ -52,6 +52,9 @@ struct ImportSettings
     /// cancels the import before anything is written. Not part of the dictionary.
     std::function<bool(qsizetype done, qsizetype total)> progress;
 
+    /// Tells progress how far the import is; true (and logged) when the user cancelled.
+    bool cancelled(qsizetype done, qsizetype total) const;
+
     QVariantMap toVariantMap() const;
     static ImportSettings fromVariantMap(const QVariantMap &map);
 

@@ -68,3 +68,18 @@ ImportReport MarkerList::report() const
     report.linesWithText = linesWithText;
     return report;
 }
+
+QString MarkerRecord::kindName(Kind kind)
+{
+    switch (kind) {
+    case Kind::Chapter:
+        return QStringLiteral("chapter");
+    case Kind::ToDo:
+        return QStringLiteral("to do");
+    case Kind::Done:
+        return QStringLiteral("done");
+    case Kind::Standard:
+        break;
+    }
+    return QStringLiteral("marker");
+}

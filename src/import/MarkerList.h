@@ -25,6 +25,8 @@ struct MarkerRecord
     QString duration; ///< timecode
     QString color;    ///< colour name
     Kind kind = Kind::Standard;
+    /// "marker", "chapter", "to do" or "done".
+    static QString kindName(Kind kind);
     /// Set for exports that count the duration in frames: then it is not a timecode.
     std::optional<quint64> durationFrames;
     /// Set for sources that count in seconds from the timeline's start (subtitles,

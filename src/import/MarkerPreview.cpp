@@ -12,21 +12,6 @@
 
 namespace {
 
-QString kindName(MarkerRecord::Kind kind)
-{
-    switch (kind) {
-    case MarkerRecord::Kind::Chapter:
-        return QStringLiteral("chapter");
-    case MarkerRecord::Kind::ToDo:
-        return QStringLiteral("to do");
-    case MarkerRecord::Kind::Done:
-        return QStringLiteral("done");
-    case MarkerRecord::Kind::Standard:
-        break;
-    }
-    return QStringLiteral("marker");
-}
-
 /// Why the target tells no statuses yet; null when the dry run can ask it.
 QString targetProblem(const TargetKind &kind, const ImportSettings &settings)
 {
@@ -74,7 +59,8 @@ QStringList MarkerPreview::tableLines() const
         QStringList fields{QString::number(row.line)};
         if (row.marker)
             fields << row.marker->name << row.marker->comment << row.marker->start
-                   << row.marker->duration << row.marker->color << kindName(row.marker->kind);
+                   << row.marker->duration << row.marker->color
+                   << MarkerRecord::kindName(row.marker->kind);
         else
             fields << QStringList(6, QString());
         QString status = row.state == Row::State::Lands ? row.status
