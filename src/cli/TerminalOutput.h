@@ -12,9 +12,6 @@ constexpr int nothingStatus = 3;
 
 /// "cuebridge-import: text" on standard error.
 void printError(const QString &text);
-/// Copies an FCPX result (file or bundle) to where --output asked for it; false, said
-/// on standard error, when it cannot.
-bool deliverFCPXResult(const QString &result, const QString &output);
 /// The markers of an FCPX target as a marker list on standard output; the exit status.
 int printMarkers(const QString &target);
 

@@ -79,8 +79,9 @@ int run(const CommandLine &line)
     if (!line.sequence && !session.items().isEmpty())
         session.chooseItem(session.items().first());
 
-    const ImportOptions options{line.clear,  line.offset, line.unit,    line.todo,
-                                line.output, line.open,   line.encoding};
+    // The run ends with this import: its document is left to the end of the process.
+    const ImportOptions options{line.clear,  line.offset, line.unit,     line.todo,
+                                line.output, line.open,   line.encoding, true};
     if (line.dryRun)
         return printPreview(session.preview(options));
     session.sendToFCP(options);
@@ -99,14 +100,9 @@ int run(const CommandLine &line)
                              .arg(line.markerList));
     if (outcome.resultPath.isEmpty())
         return status;
-    QString result = outcome.resultPath;
-    if (fcpx && line.output) {
-        if (!deliverFCPXResult(result, *line.output))
-            return failureStatus;
-        result = *line.output;
-    }
     if (!line.quiet)
-        std::printf("Result: %s\n", QFileInfo(result).absoluteFilePath().toUtf8().constData());
+        std::printf("Result: %s\n",
+                    QFileInfo(outcome.resultPath).absoluteFilePath().toUtf8().constData());
     return status;
 }
 

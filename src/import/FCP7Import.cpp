@@ -76,9 +76,9 @@ XmlNode sequenceOfFile(const XmlNode &top, const QString &item)
 
 /// Whether the file still holds the bytes the import read: two imports into one file
 /// must not drop each other's markers.
-bool unchangedSince(const QString &path, const QByteArray &read)
+bool unchangedSince(const QString &path, const QFFileContents::Fingerprint &read)
 {
-    const std::optional<QByteArray> now = QFFileContents::read(path);
+    const std::optional<QFFileContents::Fingerprint> now = QFFileContents::fingerprint(path);
     return now && *now == read;
 }
 
@@ -126,7 +126,7 @@ QString bin(const QString &uuid, const QString &sequence)
 /// in the error slot is reported as a failed write.
 ImportOutcome writeXMEMLFile(bool isSequenceOnly, const QByteArray &bytes, const QString &path,
                              QFError &errorSlot, const ImportReport &report,
-                             const std::optional<QByteArray> &read)
+                             const std::optional<QFFileContents::Fingerprint> &read)
 {
     // Compared and replaced under one lock, so that two windows of this process never
     // interleave.
@@ -218,17 +218,24 @@ ImportOutcome FCP7Import::startProcessingWithSettings(const TargetKind &kind,
         return ImportOutcome();
     QFLog::appendLog(u"Project filename: %@", filename);
 
-    const std::optional<QByteArray> data =
-        kind.isXMLFile ? QFFileContents::read(filename)
-                       : QFAppleEvents::getItemXMLData(uuid, filename, true);
-    if (!data)
+    // Strict: a document that is not well-formed finds no sequence below.
+    std::unique_ptr<XmlDocument> document;
+    std::optional<QFFileContents::Fingerprint> read; // of the file, as the import read it
+    if (kind.isXMLFile) {
+        std::optional<ParsedTarget::ForImport> target =
+            ParsedTarget::forImport(parsed, filename, nullptr);
+        if (target) {
+            document = std::move(target->document);
+            read = target->fingerprint;
+        }
+    } else if (const std::optional<QByteArray> data =
+                   QFAppleEvents::getItemXMLData(uuid, filename, true)) {
+        document = XmlDocument::fromBytes(*data);
+        read.emplace();
+    }
+    if (!read)
         return ImportOutcome::failed(QFFormat::format(u"Unable to get data for UUID %@", uuid),
                                      QStringLiteral("Cuebridge has been aborted."));
-
-    // Strict: a document that is not well-formed finds no sequence below.
-    std::unique_ptr<XmlDocument> document = parsed ? parsed->take(*data) : nullptr;
-    if (!document)
-        document = XmlDocument::fromBytes(*data);
     const XmlNode top = document ? document->node() : XmlNode();
     QString version = QFXMLParser::stringValueForQuery(QStringLiteral("./xmeml[1]/@version"), top);
     if (version.isEmpty())
@@ -367,7 +374,7 @@ ImportOutcome FCP7Import::startProcessingWithSettings(const TargetKind &kind,
         // Only the target itself can have been changed by another import meanwhile.
         const bool inPlace = QFileInfo(path) == QFileInfo(filename);
         return writeXMEMLFile(kind.isSequenceOnly, output, path, errorSlot, report,
-                              inPlace ? data : std::nullopt);
+                              inPlace ? read : std::nullopt);
     }
 
     if (QFAppleEvents::sendXMLToFCP(QString::fromUtf8(output), filename)) {

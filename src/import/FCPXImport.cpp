@@ -21,6 +21,7 @@
 
 #include <QDir>
 #include <QFile>
+#include <QSaveFile>
 #include <QSet>
 
 #include <algorithm>
@@ -108,41 +109,39 @@ QString markerElementText(const QString &element, const QList<XmlNode::Attribute
     return text + QStringLiteral(" />");
 }
 
-/// Writes the changed document to the temporary folder (a bundle holding it for
-/// bundle input) and hands it to the editor when asked. Answers what was written, or
-/// a null string with error set.
-QString writeResult(const XmlDocument &document, bool package, bool handOff, QString *error,
+/// Writes the changed document once, where it goes: the path asked for, else a new
+/// file in the temporary folder; for bundle input a bundle holding it as Info.fcpxml.
+/// Hands it to the editor when asked. Answers what was written, or a null string with
+/// error set.
+QString writeResult(const XmlDocument &document, bool package,
+                    const std::optional<QString> &outputPath, bool handOff, QString *error,
                     bool *handedOff)
 {
-    const QString resultPath = QFLocalPaths::tempFile() + QStringLiteral(".fcpxml");
-    QFLog::appendLog(u"Writing data to temp file %@...", resultPath);
-    // Not atomic: the file is a new one in the temporary folder.
-    QFile result(resultPath);
-    const QByteArray bytes = document.toPrettyXml();
-    if (!result.open(QIODevice::WriteOnly) || result.write(bytes) != bytes.size() ||
-        !result.flush()) {
-        *error = result.errorString();
-        QFLog::appendLog(u"Failed to write %@: %@", resultPath, *error);
-        return QString();
-    }
-    result.close();
-
-    QString written = resultPath;
+    QString written =
+        outputPath.value_or(QFLocalPaths::tempFile() +
+                            (package ? QStringLiteral(".fcpxmld") : QStringLiteral(".fcpxml")));
+    QString documentPath = written;
     if (package) {
-        const QString bundlePath = QFLocalPaths::tempFile() + QStringLiteral(".fcpxmld");
         // The temporary folder is the user's own: never a reason to ask for rights.
-        if (QFFileManager::createDirectory(bundlePath, false)) {
-            const QString info = QDir(bundlePath).filePath(QStringLiteral("Info.fcpxml"));
-            if (!QFFileManager::copyFile(resultPath, info, false)) {
-                *error = QStringLiteral("The document could not be copied into the bundle %1.")
-                             .arg(bundlePath);
-                QFLog::appendLog(u"Failed to copy %@ to %@", resultPath, info);
-                return QString();
-            }
-            written = bundlePath;
+        if (QFFileManager::createDirectory(written, false)) {
+            documentPath = QDir(written).filePath(QStringLiteral("Info.fcpxml"));
+        } else if (outputPath) {
+            *error = QStringLiteral("The bundle %1 could not be made.").arg(written);
+            QFLog::appendLog(u"Failed to create folder %@", written);
+            return QString();
         } else {
-            QFLog::appendLog(u"Failed to create folder %@", bundlePath);
+            QFLog::appendLog(u"Failed to create folder %@", written);
+            written = documentPath = QFLocalPaths::tempFile() + QStringLiteral(".fcpxml");
         }
+    }
+    QFLog::appendLog(u"Writing data to temp file %@...", documentPath);
+    // Whole or not at all: a path the user named may hold an earlier result.
+    QSaveFile result(documentPath);
+    if (!result.open(QIODevice::WriteOnly) || !document.writePrettyXml(result) ||
+        !result.commit()) {
+        *error = result.errorString();
+        QFLog::appendLog(u"Failed to write %@: %@", documentPath, *error);
+        return QString();
     }
     // Only a program that started has received the result.
     *handedOff =
@@ -169,14 +168,13 @@ ImportOutcome FCPXImport::startProcessingFCPXWithSettings(const TargetKind &kind
         return bundleFailure;
 
     QFError readError;
-    const std::optional<QByteArray> data = QFFileContents::read(documentPath, &readError);
-    if (!data)
+    std::optional<ParsedTarget::ForImport> read =
+        ParsedTarget::forImport(parsed, documentPath, &readError);
+    if (!read)
         return ImportOutcome::failed(QStringLiteral("Unable to get data for project"),
                                      readError.localizedDescription());
     // Strict: a document that is not well-formed finds no sequence below.
-    std::unique_ptr<XmlDocument> document = parsed ? parsed->take(*data) : nullptr;
-    if (!document)
-        document = XmlDocument::fromBytes(*data);
+    std::unique_ptr<XmlDocument> document = std::move(read->document);
     const XmlNode top = document ? document->node() : XmlNode();
     renameProject(top);
 
@@ -308,7 +306,7 @@ ImportOutcome FCPXImport::startProcessingFCPXWithSettings(const TargetKind &kind
     // the import is written as it always was.
     if (const QString problem = insertion.check(); !problem.isNull()) {
         QFLog::appendLog(u"Result does not follow the FCPXML %@ DTD: %@", dtd.version(), problem);
-        const auto input = XmlDocument::fromBytes(*data);
+        const auto input = XmlDocument::fromFile(documentPath);
         if (input && dtd.checkDocument(*input).isNull())
             return ImportOutcome::failed(QStringLiteral("Unable to create marker"), problem,
                                          ImportOutcome::AlertParent::None);
@@ -317,11 +315,13 @@ ImportOutcome FCPXImport::startProcessingFCPXWithSettings(const TargetKind &kind
     // A result that cannot be written is no success, and nothing is handed over.
     QString writeError;
     bool handedOff = false;
-    const QString result =
-        writeResult(*document, package, settings.handOffResult, &writeError, &handedOff);
+    const QString result = writeResult(*document, package, settings.outputPath,
+                                       settings.handOffResult, &writeError, &handedOff);
     if (result.isNull())
         return ImportOutcome::failed(QStringLiteral("Failed to write marker data to disk."),
                                      writeError);
+    if (settings.leaveDocumentToExit)
+        XmlDocument::leaveToExit(std::move(document));
     const ImportOutcome outcome = ImportOutcome::written(
         report, result,
         handedOff ? QStringLiteral("A copy of your project was sent to Final Cut Pro.")

@@ -133,6 +133,8 @@ ImportSettings ImportSession::settingsFor(const ImportOptions &options) const
     settings.frameOffset = options.frameOffset;
     settings.frameOffsetUnit = options.frameOffsetUnit;
     settings.markerListEncoding = options.markerListEncoding;
+    settings.outputPath = options.outputPath;
+    settings.leaveDocumentToExit = options.leaveDocumentToExit;
     const std::optional<QString> chosen =
         m_chosen ? std::optional(m_chosen->representedObject) : std::nullopt;
     if (m_kind.isFCPX) {
@@ -141,7 +143,6 @@ ImportSettings ImportSession::settingsFor(const ImportOptions &options) const
         settings.handOffResult = options.handOffResult;
     } else {
         settings.uuid = chosen;
-        settings.outputPath = options.outputPath;
     }
     return settings;
 }

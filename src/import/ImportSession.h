@@ -25,12 +25,15 @@ struct ImportOptions
     OffsetUnit frameOffsetUnit = OffsetUnit::Frames;
     /// FCPX only: the markers become to-do items.
     bool todoMarkersEnabled = false;
-    /// XMEML only: where the result goes instead of the target itself.
+    /// Where the result goes instead of the target itself (XMEML) or the temporary
+    /// folder (FCPX).
     std::optional<QString> outputPath;
     /// FCPX only: whether the result is opened in the editor.
     bool handOffResult = true;
     /// The marker list's encoding, when the user names one.
     QByteArray markerListEncoding;
+    /// The front end exits after this import: the document is left to the process's end.
+    bool leaveDocumentToExit = false;
 };
 
 /// The workflow of one marker list document, shared by every front end: adopting a

@@ -36,9 +36,12 @@ struct ImportSettings
     /// Final Cut Pro 7: the chosen sequence's uuid.
     std::optional<QString> uuid;
 
-    /// Where an XMEML result is written when not in place (the command line's
-    /// --output). Not part of the dictionary: the window always writes in place.
+    /// Where the result is written instead of in place (XMEML) or in the temporary
+    /// folder (FCPX): the command line's --output. Not part of the dictionary.
     std::optional<QString> outputPath;
+    /// Whether a run about to exit leaves the changed document to the end of the
+    /// process instead of freeing it. Not part of the dictionary.
+    bool leaveDocumentToExit = false;
     /// The marker list's encoding as the user named it; empty: detected. Not part of the
     /// dictionary.
     QByteArray markerListEncoding;

@@ -8,6 +8,7 @@
 #include "support/QFUserDefaults.h"
 
 #include <QDir>
+#include <QFile>
 #include <QFileInfo>
 
 #include <memory>
@@ -22,17 +23,44 @@ TargetFormat targetFormatForPath(const QString &path)
     return extension == u"xml" ? TargetFormat::XMEMLFile : TargetFormat::FCP7Project;
 }
 
-ParsedTarget::ParsedTarget(std::unique_ptr<XmlDocument> document, const QByteArray &bytes)
-    : m_document(std::move(document)), m_bytes(bytes)
+ParsedTarget::ParsedTarget(std::unique_ptr<XmlDocument> document,
+                           const QFFileContents::Fingerprint &fingerprint)
+    : m_document(std::move(document)), m_fingerprint(fingerprint)
 {}
 
-std::unique_ptr<XmlDocument> ParsedTarget::take(const QByteArray &bytes)
+std::unique_ptr<XmlDocument> ParsedTarget::take(const QFFileContents::Fingerprint &fingerprint)
 {
     std::unique_ptr<XmlDocument> document = std::move(m_document);
-    if (!document || !document->parsedCleanly() || m_bytes.size() != bytes.size() ||
-        m_bytes != bytes)
+    if (!document || !document->parsedCleanly() || !(m_fingerprint == fingerprint))
         return nullptr;
     return document;
+}
+
+std::optional<ParsedTarget::ForImport> ParsedTarget::forImport(ParsedTarget *parsed,
+                                                               const QString &path, QFError *error)
+{
+    ForImport read;
+    if (parsed) {
+        std::optional<QFFileContents::Fingerprint> now = QFFileContents::fingerprint(path, error);
+        if (!now)
+            return std::nullopt;
+        read.fingerprint = *now;
+        read.document = parsed->take(read.fingerprint);
+        if (read.document)
+            return read;
+    }
+    // Read as it parses: a large file is never held whole beside its tree.
+    QFile file(path);
+    if (!QFFileContents::openForReading(file, error))
+        return std::nullopt;
+    read.fingerprint = QFFileContents::Fingerprint();
+    read.document =
+        XmlDocument::fromDevice(file, XmlDocument::Parsing::Strict, nullptr, &read.fingerprint);
+    if (file.error() != QFileDevice::NoError) {
+        QFFileContents::failedReading(file, error);
+        return std::nullopt;
+    }
+    return read;
 }
 
 bool TargetDiscovery::openFilename(TargetKind &kind, const QString &path)
@@ -54,25 +82,26 @@ bool TargetDiscovery::openFilename(TargetKind &kind, const QString &path)
 
 namespace {
 
-/// The target's bytes; empty, with the reason, when it cannot be read.
-QByteArray readTarget(const QString &path, QString *problem)
+/// The target's document as the repairing parse reads it, and the fingerprint of its
+/// bytes; none, with the reason, for a file that cannot be read or is no XML at all.
+std::unique_ptr<XmlDocument> parseTarget(const QString &path, QString *problem,
+                                         QFFileContents::Fingerprint *fingerprint)
 {
-    QFError error;
-    const std::optional<QByteArray> bytes = QFFileContents::read(path, &error);
-    if (!bytes && problem->isEmpty())
-        *problem = QStringLiteral("It cannot be read: %1").arg(error.localizedDescription());
-    return bytes.value_or(QByteArray());
-}
-
-/// The target's document as the repairing parse reads it; none, with the parser's words,
-/// for what is no XML at all.
-std::unique_ptr<XmlDocument> parseTarget(const QByteArray &bytes, QString *problem)
-{
+    QFile file(path);
+    QFError readError;
+    if (!QFFileContents::openForReading(file, &readError)) {
+        if (problem->isEmpty())
+            *problem =
+                QStringLiteral("It cannot be read: %1").arg(readError.localizedDescription());
+        return nullptr;
+    }
     QString error;
-    auto document = XmlDocument::fromBytes(bytes, XmlDocument::Parsing::Repairing, &error);
+    auto document =
+        XmlDocument::fromDevice(file, XmlDocument::Parsing::Repairing, &error, fingerprint);
     if (!document && problem->isEmpty())
-        *problem = bytes.isEmpty() ? QStringLiteral("The file is empty.")
-                                   : QStringLiteral("It is not an XML file: %1").arg(error);
+        *problem = fingerprint->size() == 0
+                       ? QStringLiteral("The file is empty.")
+                       : QStringLiteral("It is not an XML file: %1").arg(error);
     return document;
 }
 
@@ -93,14 +122,13 @@ TargetDiscovery::Result TargetDiscovery::updateProject(const TargetKind &kind, c
 void TargetDiscovery::discoverFCP7(const TargetKind &kind, const QString &path, Result &result)
 {
     // Either document stays alive while the elements are read.
-    QByteArray bytes;
+    QFFileContents::Fingerprint fingerprint;
     std::unique_ptr<XmlDocument> file;
     std::shared_ptr<XmlDocument> project;
     QList<XmlNode> sequences;
     QString problem;
     if (kind.isXMLFile) {
-        bytes = readTarget(path, &problem);
-        file = parseTarget(bytes, &problem);
+        file = parseTarget(path, &problem, &fingerprint);
         const XmlNode root = file ? file->rootElement() : XmlNode();
         QString error;
         sequences = root.nodesForXPath(QStringLiteral("(./sequence[1] | "
@@ -132,7 +160,7 @@ void TargetDiscovery::discoverFCP7(const TargetKind &kind, const QString &path, 
     if (result.found.items.isEmpty())
         result.found.problem =
             problem.isEmpty() ? QStringLiteral("It lists no sequence to import into.") : problem;
-    result.parsed = ParsedTarget(std::move(file), bytes);
+    result.parsed = ParsedTarget(std::move(file), fingerprint);
 }
 
 QString TargetDiscovery::fcpxmlDocumentPath(const QString &path, ImportOutcome *failure)
@@ -176,8 +204,8 @@ void TargetDiscovery::discoverFCPX(const QString &path, Result &result)
         found.problem = found.outcome.informativeText;
         return;
     }
-    const QByteArray bytes = readTarget(documentPath, &found.problem);
-    std::unique_ptr<XmlDocument> document = parseTarget(bytes, &found.problem);
+    QFFileContents::Fingerprint fingerprint;
+    std::unique_ptr<XmlDocument> document = parseTarget(documentPath, &found.problem, &fingerprint);
     if (!document)
         return; // nothing to list: the menu stays disabled
     const XmlNode root = document->rootElement();
@@ -203,5 +231,5 @@ void TargetDiscovery::discoverFCPX(const QString &path, Result &result)
     found.menuEnabled = !sequences.isEmpty() || !clips.isEmpty();
     if (!found.menuEnabled)
         found.problem = QStringLiteral("It lists no project or event clip to import into.");
-    result.parsed = ParsedTarget(std::move(document), bytes);
+    result.parsed = ParsedTarget(std::move(document), fingerprint);
 }

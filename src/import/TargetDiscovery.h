@@ -9,6 +9,7 @@
 #include <QString>
 
 #include <memory>
+#include <optional>
 
 /// A target document that discovery parsed, handed to the import that follows so that
 /// a large file is parsed once.
@@ -16,16 +17,30 @@ class ParsedTarget
 {
 public:
     ParsedTarget() = default;
-    ParsedTarget(std::unique_ptr<XmlDocument> document, const QByteArray &bytes);
+    ParsedTarget(std::unique_ptr<XmlDocument> document,
+                 const QFFileContents::Fingerprint &fingerprint);
 
-    /// The document, when it was parsed from exactly these bytes without any error or
-    /// repair (a strict parse would then build the same tree); else nullptr and the
-    /// caller parses. Taken once: the import changes it.
-    std::unique_ptr<XmlDocument> take(const QByteArray &bytes);
+    /// The document, when it was parsed from bytes of this fingerprint without any
+    /// error or repair (a strict parse would then build the same tree); else nullptr and
+    /// the caller parses. Taken once: the import changes it.
+    std::unique_ptr<XmlDocument> take(const QFFileContents::Fingerprint &fingerprint);
+
+    /// A target file's document as an import reads it, and the fingerprint of the bytes
+    /// it came from.
+    struct ForImport
+    {
+        std::unique_ptr<XmlDocument> document; ///< nullptr: not well-formed
+        QFFileContents::Fingerprint fingerprint;
+    };
+    /// The document of the file for an import: the one discovery parsed (parsed may be
+    /// null) while the file holds those very bytes, else a strict parse of the file.
+    /// Nothing, with error set, when the file cannot be read.
+    static std::optional<ForImport> forImport(ParsedTarget *parsed, const QString &path,
+                                              QFError *error);
 
 private:
     std::unique_ptr<XmlDocument> m_document;
-    QByteArray m_bytes;
+    QFFileContents::Fingerprint m_fingerprint;
 };
 
 /// What a discovery found, as the front ends show it.

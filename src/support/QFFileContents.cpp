@@ -2,7 +2,10 @@
 
 #include <QFile>
 #include <QFileInfo>
+#include <QHash>
 #include <QSaveFile>
+
+#include <algorithm>
 
 namespace QFFileContents {
 
@@ -17,24 +20,80 @@ void fail(QFError *error, int code, const QString &sentence)
 
 } // namespace
 
-std::optional<QByteArray> read(const QString &path, QFError *error)
+void Fingerprint::add(const char *data, qsizetype size)
 {
-    const QString name = QFileInfo(path).fileName();
-    if (QFileInfo(path).isDir()) {
+    m_size += size;
+    while (size > 0) {
+        // Whole blocks straight from the caller's buffer; only a block's pieces are kept.
+        if (m_block.isEmpty() && size >= blockSize) {
+            m_hash = qHashBits(data, blockSize, m_hash);
+            data += blockSize;
+            size -= blockSize;
+            continue;
+        }
+        const qsizetype taken = std::min(size, blockSize - m_block.size());
+        m_block.append(data, taken);
+        data += taken;
+        size -= taken;
+        if (m_block.size() == blockSize) {
+            m_hash = qHashBits(m_block.constData(), blockSize, m_hash);
+            m_block.clear();
+        }
+    }
+}
+
+std::size_t Fingerprint::finished() const
+{
+    return qHashBits(m_block.constData(), m_block.size(), m_hash);
+}
+
+bool openForReading(QFile &file, QFError *error)
+{
+    const QString name = QFileInfo(file.fileName()).fileName();
+    if (QFileInfo(file.fileName()).isDir()) {
         fail(error, QFileDevice::OpenError,
              QStringLiteral("The file “%1” couldn’t be opened because it is a folder.").arg(name));
-        return std::nullopt;
+        return false;
     }
-    QFile file(path);
     if (!file.open(QIODevice::ReadOnly | QIODevice::Unbuffered)) {
         fail(error, file.error(),
              QStringLiteral("The file “%1” couldn’t be opened: %2.").arg(name, file.errorString()));
+        return false;
+    }
+    return true;
+}
+
+void failedReading(const QFile &file, QFError *error)
+{
+    fail(error, file.error(),
+         QStringLiteral("The file “%1” couldn’t be read: %2.")
+             .arg(QFileInfo(file.fileName()).fileName(), file.errorString()));
+}
+
+std::optional<Fingerprint> fingerprint(const QString &path, QFError *error)
+{
+    QFile file(path);
+    if (!openForReading(file, error))
+        return std::nullopt;
+    Fingerprint fingerprint;
+    QByteArray buffer(1 << 20, Qt::Uninitialized);
+    for (qint64 got; (got = file.read(buffer.data(), buffer.size())) > 0;)
+        fingerprint.add(buffer.constData(), got);
+    if (file.error() != QFileDevice::NoError) {
+        failedReading(file, error);
         return std::nullopt;
     }
+    return fingerprint;
+}
+
+std::optional<QByteArray> read(const QString &path, QFError *error)
+{
+    QFile file(path);
+    if (!openForReading(file, error))
+        return std::nullopt;
     QByteArray bytes = file.readAll();
     if (file.error() != QFileDevice::NoError) {
-        fail(error, file.error(),
-             QStringLiteral("The file “%1” couldn’t be read: %2.").arg(name, file.errorString()));
+        failedReading(file, error);
         return std::nullopt;
     }
     return bytes;

@@ -2,11 +2,16 @@
 
 #include "xml/XmlNode.h"
 
+#include "support/QFFileContents.h"
+
 #include <QByteArray>
 #include <QString>
 
 #include <memory>
 #include <vector>
+
+class QIODevice;
+class XmlErrors;
 
 struct _xmlDoc;
 struct _xmlXPathContext;
@@ -34,6 +39,11 @@ public:
     /// Reads and parses a file (never a compressed or remote one).
     static std::unique_ptr<XmlDocument>
     fromFile(const QString &path, Parsing parsing = Parsing::Strict, QString *error = nullptr);
+    /// Parses what the open device gives, as it reads, so the bytes are never held
+    /// whole; fingerprint, when given, receives the fingerprint of every byte read.
+    static std::unique_ptr<XmlDocument>
+    fromDevice(QIODevice &device, Parsing parsing = Parsing::Strict, QString *error = nullptr,
+               QFFileContents::Fingerprint *fingerprint = nullptr);
     /// A free-standing element parsed from one XML fragment ("<marker .../>"): a
     /// document whose root element is that element, ready to be inserted elsewhere.
     static std::unique_ptr<XmlDocument> fromElementString(const QString &text,
@@ -49,6 +59,13 @@ public:
 
     /// The whole document, indented, encoded in UTF-8.
     QByteArray toPrettyXml() const;
+    /// Writes toPrettyXml()'s bytes to the open device as they are made; false when the
+    /// device refused them.
+    bool writePrettyXml(QIODevice &device) const;
+
+    /// Keeps the document for the rest of the process: a run about to exit spares the
+    /// freeing of a large tree, which the end of the process does at once.
+    static void leaveToExit(std::unique_ptr<XmlDocument> document);
 
     /// Whether the parse met no error, so needed no repair: the strict and the repairing
     /// parse of the same bytes then build the same tree.
@@ -60,6 +77,9 @@ public:
 
 private:
     explicit XmlDocument(_xmlDoc *doc);
+    /// The parse's document, or nullptr with the error logged and set.
+    static std::unique_ptr<XmlDocument> adopt(_xmlDoc *doc, const XmlErrors &errors,
+                                              QString *error);
     friend class XmlNode;
     /// Keeps a detached subtree alive until the document goes, so handles into it stay valid.
     void keepDetached(_xmlNode *node);

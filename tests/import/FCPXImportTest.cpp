@@ -392,7 +392,7 @@ TEST_F(FCPXImportTest, ABundleGivesANewBundleHoldingOnlyInfoFcpxml)
     EXPECT_EQ(QDir(path).entryList(QDir::AllEntries | QDir::NoDotAndDotDot),
               QStringList{u"Info.fcpxml"_s});
     EXPECT_EQ(markers(), QStringList{u"A 2500/2500s m"_s});
-    EXPECT_EQ(temporaryFiles().size(), 2); // the intermediate file stays beside the bundle
+    EXPECT_EQ(temporaryFiles().size(), 1) << "written once, inside the bundle";
     EXPECT_EQ(workspace.opened(),
               QStringList{path + u" with 'com.apple.FinalCut', asynchronously"_s});
 }

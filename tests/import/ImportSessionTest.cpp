@@ -127,17 +127,24 @@ TEST_F(SessionTest, AnXmemlFileIsLeftAloneUnlessTheResultParses)
 
 TEST_F(SessionTest, TheImportTakesTheDiscoveredDocumentOnlyWhileTheFileIsUnchanged)
 {
+    const auto fingerprint = [](const QByteArray &bytes) {
+        QFFileContents::Fingerprint of;
+        of.add(bytes.constData(), bytes.size());
+        return of;
+    };
     const QByteArray document = "<a><b>x</b></a>";
     ParsedTarget parsed(XmlDocument::fromBytes(document, XmlDocument::Parsing::Repairing),
-                        document);
-    EXPECT_EQ(parsed.take("<a><b>y</b></a>"), nullptr);
-    ParsedTarget same(XmlDocument::fromBytes(document, XmlDocument::Parsing::Repairing), document);
-    EXPECT_NE(same.take(document), nullptr);
-    EXPECT_EQ(same.take(document), nullptr) << "taken once";
+                        fingerprint(document));
+    EXPECT_EQ(parsed.take(fingerprint("<a><b>y</b></a>")), nullptr);
+    ParsedTarget same(XmlDocument::fromBytes(document, XmlDocument::Parsing::Repairing),
+                      fingerprint(document));
+    EXPECT_NE(same.take(fingerprint(document)), nullptr);
+    EXPECT_EQ(same.take(fingerprint(document)), nullptr) << "taken once";
     // A strict parse must still refuse what only the repairing one accepted.
     const QByteArray broken = "<a><b>x</a>";
-    ParsedTarget repaired(XmlDocument::fromBytes(broken, XmlDocument::Parsing::Repairing), broken);
-    EXPECT_EQ(repaired.take(broken), nullptr);
+    ParsedTarget repaired(XmlDocument::fromBytes(broken, XmlDocument::Parsing::Repairing),
+                          fingerprint(broken));
+    EXPECT_EQ(repaired.take(fingerprint(broken)), nullptr);
 
     // Through the session: a file changed between discovery and import is read again.
     const QString target = home.copyOfData(u"sequence.xml"_s);
