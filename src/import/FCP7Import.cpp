@@ -106,26 +106,34 @@ FrameRate readFrameRate(const XmlNode &sequence)
 
 /// The output, with the internal subset of the user's document when it has one: the
 /// sequence may refer to the entities declared there.
-QString bareSequenceDocument(const QString &version, const QString &doctype, const QString &content)
+QByteArray bareSequenceDocument(const QString &version, const QString &doctype,
+                                const QByteArray &content)
 {
-    return QFFormat::format(u"<?xml version=\"1.0\" encoding=\"UTF-8\"?>%@<xmeml version=\"%@\">"
-                            u"%@</xmeml>",
-                            doctype.isNull() ? QStringLiteral("<!DOCTYPE xmeml>") : doctype,
-                            version, content);
+    return "<?xml version=\"1.0\" encoding=\"UTF-8\"?>" +
+           (doctype.isNull() ? QByteArray("<!DOCTYPE xmeml>") : doctype.toUtf8()) +
+           "<xmeml version=\"" + version.toUtf8() + "\">" + content + "</xmeml>";
 }
 
-QString bin(const QString &uuid, const QString &sequence)
+QByteArray bin(const QString &uuid, const QByteArray &sequence)
 {
-    return QFFormat::format(u"<bin><uuid>%@</uuid><updatebehavior>add</updatebehavior>"
-                            u"<name>Imported Markers</name><children>%@</children></bin>",
-                            uuid, sequence);
+    return "<bin><uuid>" + uuid.toUtf8() +
+           "</uuid><updatebehavior>add</updatebehavior><name>Imported Markers</name><children>" +
+           sequence + "</children></bin>";
+}
+
+/// Whether the text before a splice is tags and text alone, so that the "<children>"
+/// found there is a start tag and not part of a comment, an instruction or the
+/// declarations of an internal subset.
+bool onlyTagsBefore(QByteArrayView prefix)
+{
+    return !prefix.contains("<!--") && !prefix.contains('[') && prefix.indexOf("<?", 1) < 0;
 }
 
 /// Replaces the XMEML file at the end of a successful run, and only with a document
 /// that parses, so that the user's file is never left unreadable. An earlier failure
 /// in the error slot is reported as a failed write.
-ImportOutcome writeXMEMLFile(bool isSequenceOnly, const QByteArray &bytes, const QString &path,
-                             QFError &errorSlot, const ImportReport &report,
+ImportOutcome writeXMEMLFile(bool isSequenceOnly, const QList<QByteArray> &pieces, bool wellFormed,
+                             const QString &path, QFError &errorSlot, const ImportReport &report,
                              const std::optional<QFFileContents::Fingerprint> &read)
 {
     // Compared and replaced under one lock, so that two windows of this process never
@@ -138,14 +146,14 @@ ImportOutcome writeXMEMLFile(bool isSequenceOnly, const QByteArray &bytes, const
             QStringLiteral("com.quillfen"), 3, QStringLiteral("NSLocalizedDescription"),
             QStringLiteral("The file changed during the import, so nothing was written; import "
                            "again to add the markers to its new contents."));
-    else if (!XmlDocument::isWellFormed(bytes, &parseError))
+    else if (!wellFormed && !XmlDocument::isWellFormed(pieces.join(), &parseError))
         errorSlot = QFError::make(QStringLiteral("com.quillfen"), 2,
                                   QStringLiteral("NSLocalizedDescription"),
                                   QStringLiteral("The changed sequence is not well-formed XML, so "
                                                  "the file was left as it was. ") +
                                       parseError);
     else
-        QFFileContents::writeAtomically(path, bytes, &errorSlot);
+        QFFileContents::writeAtomically(path, pieces, &errorSlot);
     lock.unlock();
     if (!errorSlot.domain.isEmpty()) {
         ImportOutcome failure =
@@ -339,14 +347,19 @@ ImportOutcome FCP7Import::startProcessingWithSettings(const TargetKind &kind,
         return ImportOutcome::nothingImported(report);
     }
 
-    // Whole documents stay UTF-8 from the serialiser to the disk.
-    QByteArray output;
+    // Whole documents stay UTF-8 from the serialiser to the disk, in pieces that are
+    // joined only where a whole is needed.
+    QByteArray whole;
+    QList<QByteArray> output;
+    // A document that libxml2 wrote from a strict parse is well-formed, and so is one
+    // with the copy spliced in as an element: the output is checked unless that holds
+    // and the escaping below touched nothing.
+    bool wellFormed = false;
     if (kind.isSequenceOnly) {
-        output = bareSequenceDocument(version, document->internalSubsetDeclaration(),
-                                      sequence.toPrettyString())
-                     .toUtf8();
+        output = {bareSequenceDocument(version, document->internalSubsetDeclaration(),
+                                       sequence.toPrettyUtf8())};
     } else if (kind.isXMLFile) {
-        const QByteArray whole = document->toPrettyXml();
+        whole = document->toPrettyXml(read->size() + read->size() / 8);
         const QByteArrayView children("<children>");
         const qsizetype at = whole.indexOf(children);
         if (at < 0)
@@ -354,30 +367,35 @@ ImportOutcome FCP7Import::startProcessingWithSettings(const TargetKind &kind,
                                          QStringLiteral("The XML format is invalid."),
                                          Parent::None);
         const qsizetype split = at + children.size();
-        const QByteArray copy =
-            bin(QFAppleEvents::generateUUID(), sequence.toPrettyString()).toUtf8();
-        output.reserve(whole.size() + copy.size());
-        output += QByteArrayView(whole).first(split);
-        output += copy;
-        output += QByteArrayView(whole).sliced(split);
+        output = {QByteArray::fromRawData(whole.constData(), split),
+                  bin(QFAppleEvents::generateUUID(), sequence.toPrettyUtf8()),
+                  QByteArray::fromRawData(whole.constData() + split, whole.size() - split)};
+        wellFormed = onlyTagsBefore(QByteArrayView(whole).first(at));
     } else {
-        output =
-            QFFormat::format(u"<?xml version=\"1.0\" encoding=\"UTF-8\"?><!DOCTYPE xmeml>"
-                             u"<xmeml version=\"%@\">%@</xmeml>",
-                             version, bin(QFAppleEvents::generateUUID(), sequence.toPrettyString()))
-                .toUtf8();
+        output = {"<?xml version=\"1.0\" encoding=\"UTF-8\"?><!DOCTYPE xmeml><xmeml version=\"" +
+                  version.toUtf8() + "\">" +
+                  bin(QFAppleEvents::generateUUID(), sequence.toPrettyUtf8()) + "</xmeml>"};
     }
-    output = QFAppleEvents::escapeCharactersInXMLString(output);
+    for (QByteArray &piece : output) {
+        QByteArray escaped = QFAppleEvents::escapeCharactersInXMLString(piece);
+        if (escaped.constData() != piece.constData()) {
+            wellFormed = false;
+            piece = std::move(escaped);
+        }
+    }
 
     if (targetFormatForPath(filename) == TargetFormat::XMEMLFile) {
         const QString path = settings.outputPath.value_or(filename);
         // Only the target itself can have been changed by another import meanwhile.
         const bool inPlace = QFileInfo(path) == QFileInfo(filename);
-        return writeXMEMLFile(kind.isSequenceOnly, output, path, errorSlot, report,
-                              inPlace ? read : std::nullopt);
+        ImportOutcome outcome = writeXMEMLFile(kind.isSequenceOnly, output, wellFormed, path,
+                                               errorSlot, report, inPlace ? read : std::nullopt);
+        if (settings.leaveDocumentToExit)
+            XmlDocument::leaveToExit(std::move(document));
+        return outcome;
     }
 
-    if (QFAppleEvents::sendXMLToFCP(QString::fromUtf8(output), filename)) {
+    if (QFAppleEvents::sendXMLToFCP(QString::fromUtf8(output.join()), filename)) {
         QFAppleEvents::openItem(newUUID, filename, true);
         return (ImportOutcome::written(
             report, QString(),

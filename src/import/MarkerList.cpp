@@ -10,7 +10,8 @@ MarkerList MarkerList::fromText(const QString &text)
 
     // Counted as the parser splits: at line feeds, else at carriage returns.
     QString clean = text;
-    clean.remove(QChar(u'\0'));
+    if (clean.contains(QChar(u'\0')))
+        clean.remove(QChar(u'\0'));
     const char16_t separator = QFFCP7MarkerListParser::lineSeparator(clean);
     for (const QStringView line : QStringView(clean).tokenize(separator))
         if (!line.trimmed().isEmpty())
@@ -29,6 +30,7 @@ MarkerList MarkerList::fromText(const QString &text)
     else
         list.headerLines = header.lines;
 
+    list.markers.reserve(records.size());
     for (QFMarkerRecord &record : records) {
         if (record.joined && record.fields.size() != 7) {
             const QString why = QStringLiteral("lines %1 to %2 join into %3 columns; a record "

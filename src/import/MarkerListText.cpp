@@ -50,11 +50,11 @@ QString decode(const QByteArray &bytes, const QByteArray &encoding, const QStrin
 
 } // namespace
 
-QStringList splitLines(const QString &text)
+qsizetype lineCount(const QString &text)
 {
     if (text.isNull())
-        return {};
-    return text.split(QFFCP7MarkerListParser::lineSeparator(text));
+        return 0;
+    return text.count(QChar(QFFCP7MarkerListParser::lineSeparator(text))) + 1;
 }
 
 ImportText readForImport(const QString &path, const ReadFailure &readFailed,
@@ -92,14 +92,14 @@ ImportText readForImport(const QString &path, const ReadFailure &readFailed,
     read.text = textIn(encoding.value_or(TextEncoding::utf16LE));
     reportTo(readFailed);
     QFLog::appendLog(u"Marker text: %@", read.text);
-    read.lineCount = splitLines(read.text).size();
+    read.lineCount = lineCount(read.text);
     read.encoding = QString::fromLatin1(encoding.value_or(TextEncoding::utf16LE));
     if (read.lineCount < 2) {
         read.encoding = QString::fromLatin1(TextEncoding::utf8);
         read.text = textIn(TextEncoding::utf8);
         reportTo(otherFailed);
         QFLog::appendLog(u"UTF-8 Marker text: %@", read.text);
-        read.lineCount = splitLines(read.text).size();
+        read.lineCount = lineCount(read.text);
     }
     const MarkerExports::Source source = MarkerExports::recognise(read.text);
     if (source != MarkerExports::Source::MarkerList)

@@ -17,14 +17,14 @@ namespace MarkerListText {
 /// kind of file, and importing it would take gigabytes.
 constexpr qint64 maximumFileSize = 16 * 1024 * 1024;
 
-/// The text's lines, split where the parser splits them. Empty for a null text.
-QStringList splitLines(const QString &text);
+/// How many lines the text has, split where the parser splits them; 0 for a null text.
+qsizetype lineCount(const QString &text);
 
 /// A marker list as the import procedures read it.
 struct ImportText
 {
     QString text;
-    /// Lines of the text (splitLines); fewer than two means nothing to import.
+    /// Lines of the text (lineCount); fewer than two means nothing to import.
     qsizetype lineCount = 0;
     /// Its markers, and what became of its other lines.
     MarkerList list;

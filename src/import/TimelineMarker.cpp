@@ -16,17 +16,21 @@ QString problemWith(const char *what, const QString &timecode, const FrameRate &
         return QStringLiteral("%1 timecode \"%2\" %3").arg(QLatin1StringView(what), timecode, why);
     };
     // ";" or ":" anywhere, as the timecode reader takes them.
-    QString parts = timecode;
-    parts.replace(u';', u':');
     int values[4] = {};
     qsizetype count = 0;
-    for (const QStringView part : QStringView(parts).tokenize(u':')) {
+    const QStringView text(timecode);
+    for (qsizetype from = 0; from <= text.size();) {
+        qsizetype to = from;
+        while (to < text.size() && text[to] != u':' && text[to] != u';')
+            ++to;
+        const QStringView part = text.sliced(from, to - from);
         bool number = count < 4 && !part.isEmpty() && part.size() <= 6;
         for (const QChar c : part)
             number = number && c >= u'0' && c <= u'9';
         if (!number)
             return problem(QStringLiteral("is not HH:MM:SS:FF"));
         values[count++] = part.toInt();
+        from = to + 1;
     }
     if (count != 4)
         return problem(QStringLiteral("is not HH:MM:SS:FF"));

@@ -101,8 +101,16 @@ std::optional<QByteArray> read(const QString &path, QFError *error)
 
 bool writeAtomically(const QString &path, const QByteArray &bytes, QFError *error)
 {
+    return writeAtomically(path, QList<QByteArray>{bytes}, error);
+}
+
+bool writeAtomically(const QString &path, const QList<QByteArray> &pieces, QFError *error)
+{
     QSaveFile file(path);
-    if (file.open(QIODevice::WriteOnly) && file.write(bytes) == bytes.size() && file.commit())
+    bool written = file.open(QIODevice::WriteOnly);
+    for (const QByteArray &piece : pieces)
+        written = written && file.write(piece) == piece.size();
+    if (written && file.commit())
         return true;
     fail(error, file.error(),
          QStringLiteral("The file “%1” couldn’t be saved: %2.")

@@ -3,6 +3,7 @@
 #include "support/QFError.h"
 
 #include <QByteArray>
+#include <QList>
 #include <QString>
 
 #include <cstddef>
@@ -29,10 +30,12 @@ public:
         return m_size == other.m_size && finished() == other.finished();
     }
 
+    /// The bytes hashed at a time: adding whole blocks copies nothing.
+    static constexpr qsizetype blockSize = 65536;
+
 private:
     std::size_t finished() const;
 
-    static constexpr qsizetype blockSize = 65536;
     qint64 m_size = 0;
     std::size_t m_hash = 0;
     QByteArray m_block;
@@ -53,5 +56,8 @@ std::optional<QByteArray> read(const QString &path, QFError *error = nullptr);
 /// Replaces the file atomically: the old content stays whole until the new one is
 /// completely on disk.
 bool writeAtomically(const QString &path, const QByteArray &bytes, QFError *error = nullptr);
+/// The same for content given in pieces, written one after the other.
+bool writeAtomically(const QString &path, const QList<QByteArray> &pieces,
+                     QFError *error = nullptr);
 
 } // namespace QFFileContents

@@ -1,5 +1,6 @@
 #include "xml/XmlDocument.h"
 
+#include "XmlBytesOutput.h"
 #include "XmlErrors.h"
 
 #include "support/QFLog.h"
@@ -14,7 +15,9 @@
 #include <libxml/xmlsave.h>
 #include <libxml/xpath.h>
 
+#include <algorithm>
 #include <climits>
+#include <cstring>
 #include <mutex>
 
 namespace {
@@ -87,22 +90,34 @@ std::unique_ptr<XmlDocument> XmlDocument::fromDevice(QIODevice &device, Parsing 
                                                      QFFileContents::Fingerprint *fingerprint)
 {
     ensureLibxmlInitialised();
+    // The device is read in blocks of the fingerprint's size, so that its blocks are
+    // hashed where they lie; libxml2 takes a few thousand bytes at a time from them.
     struct Source
     {
         QIODevice &device;
         QFFileContents::Fingerprint *fingerprint;
+        QByteArray block = QByteArray(QFFileContents::Fingerprint::blockSize, Qt::Uninitialized);
+        qsizetype at = 0;
+        qsizetype filled = 0;
         bool failed = false;
     } source{device, fingerprint};
     const auto read = [](void *context, char *buffer, int length) -> int {
         auto *from = static_cast<Source *>(context);
-        const qint64 got = from->device.read(buffer, length);
-        if (got < 0) {
-            from->failed = true;
-            return -1;
+        if (from->at == from->filled) {
+            const qint64 got = from->device.read(from->block.data(), from->block.size());
+            if (got < 0) {
+                from->failed = true;
+                return -1;
+            }
+            if (from->fingerprint)
+                from->fingerprint->add(from->block.constData(), got);
+            from->at = 0;
+            from->filled = got;
         }
-        if (from->fingerprint)
-            from->fingerprint->add(buffer, got);
-        return int(got);
+        const qsizetype given = std::min<qsizetype>(length, from->filled - from->at);
+        std::memcpy(buffer, from->block.constData() + from->at, size_t(given));
+        from->at += given;
+        return int(given);
     };
     XmlErrors errors;
     xmlDocPtr doc = xmlReadIO(read, nullptr, &source, nullptr, nullptr, optionsFor(parsing));
@@ -183,16 +198,17 @@ XmlNode XmlDocument::rootElement() const
     return XmlNode(xmlDocGetRootElement(m_doc));
 }
 
-QByteArray XmlDocument::toPrettyXml() const
+QByteArray XmlDocument::toPrettyXml(qsizetype expectedSize) const
 {
-    xmlChar *memory = nullptr;
-    int size = 0;
+    QByteArray bytes;
+    bytes.reserve(expectedSize);
+    xmlOutputBufferPtr output = xmlOutputBufferCreateIO(appendToBytes, nullptr, &bytes, nullptr);
+    if (!output)
+        return bytes;
     XmlErrors errors; // a repaired document may hold characters that cannot be written
-    xmlDocDumpFormatMemoryEnc(m_doc, &memory, &size, "UTF-8", 1);
+    xmlSaveFormatFileTo(output, m_doc, "UTF-8", 1);
     if (errors.any())
         QFLog::appendLog(u"XML output error: %@", errors.description());
-    QByteArray bytes(reinterpret_cast<const char *>(memory), size);
-    xmlFree(memory);
     return bytes;
 }
 

@@ -57,8 +57,9 @@ public:
     XmlNode node() const;
     XmlNode rootElement() const;
 
-    /// The whole document, indented, encoded in UTF-8.
-    QByteArray toPrettyXml() const;
+    /// The whole document, indented, encoded in UTF-8; room is made for expectedSize
+    /// bytes at once.
+    QByteArray toPrettyXml(qsizetype expectedSize = 0) const;
     /// Writes toPrettyXml()'s bytes to the open device as they are made; false when the
     /// device refused them.
     bool writePrettyXml(QIODevice &device) const;

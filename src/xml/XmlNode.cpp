@@ -1,12 +1,14 @@
 #include "xml/XmlNode.h"
 
 #include "XPathRewrite.h"
+#include "XmlBytesOutput.h"
 #include "XmlErrors.h"
 #include "xml/XmlDocument.h"
 
 #include "support/QFLog.h"
 
 #include <libxml/tree.h>
+#include <libxml/xmlIO.h>
 #include <libxml/xpath.h>
 
 #include <algorithm>
@@ -392,18 +394,22 @@ QString XmlNode::xPath() const
 
 QString XmlNode::toPrettyString() const
 {
+    return QString::fromUtf8(toPrettyUtf8());
+}
+
+QByteArray XmlNode::toPrettyUtf8() const
+{
+    QByteArray text;
     if (!m_node || !m_node->doc)
-        return QString();
-    xmlBufferPtr buffer = xmlBufferCreate();
-    if (!buffer)
-        return QString();
-    QString text;
+        return text;
+    xmlOutputBufferPtr output = xmlOutputBufferCreateIO(appendToBytes, nullptr, &text, nullptr);
+    if (!output)
+        return text;
     XmlErrors errors; // a repaired document may hold characters that cannot be written
-    if (xmlNodeDump(buffer, m_node->doc, m_node, 0, 1) >= 0)
-        text = QString::fromUtf8(reinterpret_cast<const char *>(xmlBufferContent(buffer)),
-                                 xmlBufferLength(buffer));
+    xmlNodeDumpOutput(output, m_node->doc, m_node, 0, 1, nullptr);
+    if (xmlOutputBufferClose(output) >= 0 && text.isNull())
+        text = QByteArray(""); // an empty dump, not a failed one
     if (errors.any())
         QFLog::appendLog(u"XML output error: %@", errors.description());
-    xmlBufferFree(buffer);
     return text;
 }

@@ -114,6 +114,8 @@ public:
 
     /// The node serialised, indented.
     QString toPrettyString() const;
+    /// The same, as libxml2 writes it: UTF-8.
+    QByteArray toPrettyUtf8() const;
 
     _xmlNode *raw() const { return m_node; }
 
