@@ -295,8 +295,8 @@ ImportOutcome FCP7Import::startProcessingWithSettings(const TargetKind &kind,
     // failure is still there after a successful write, and is reported.
     QFError errorSlot;
     const auto keep = [&errorSlot](const QFError &error) { errorSlot = error; };
-    const MarkerListText::ImportText markerText =
-        MarkerListText::readForImport(markerListPath, keep, keep, settings.markerListEncoding);
+    const MarkerListText::ImportText markerText = MarkerListText::readForImport(
+        markerListPath, keep, keep, settings.markerListEncoding, settings.markerListReadAhead());
     QFLog::appendLog(u"Line count: %li", markerText.lineCount);
     if (markerText.lineCount < 2)
         return MarkerListText::unreadable();

@@ -135,14 +135,24 @@ QString writeResult(const XmlDocument &document, bool package,
         }
     }
     QFLog::appendLog(u"Writing data to temp file %@...", documentPath);
-    // Whole or not at all: a path the user named may hold an earlier result.
-    QSaveFile result(documentPath);
-    if (!result.open(QIODevice::WriteOnly) || !document.writePrettyXml(result) ||
-        !result.commit()) {
-        *error = result.errorString();
+    // Whole or not at all where the user named the path, which may hold an earlier
+    // result; a new file of the temporary folder is simply written.
+    std::unique_ptr<QFileDevice> result;
+    if (outputPath)
+        result = std::make_unique<QSaveFile>(documentPath);
+    else
+        result = std::make_unique<QFile>(documentPath);
+    const auto finish = [&result] {
+        if (auto *atomic = qobject_cast<QSaveFile *>(result.get()))
+            return atomic->commit();
+        return result->flush();
+    };
+    if (!result->open(QIODevice::WriteOnly) || !document.writePrettyXml(*result) || !finish()) {
+        *error = result->errorString();
         QFLog::appendLog(u"Failed to write %@: %@", documentPath, *error);
         return QString();
     }
+    result.reset();
     // Only a program that started has received the result.
     *handedOff =
         handOff && QFWorkspace::shared().openFile(written, FCPXImport::finalCutProBundleIdentifier,
@@ -194,8 +204,9 @@ ImportOutcome FCPXImport::startProcessingFCPXWithSettings(const TargetKind &kind
     const auto logReadError = [](const QFError &error) {
         QFLog::appendLog(u"Error importing markers: %@", error.localizedDescription());
     };
-    const MarkerListText::ImportText markerText = MarkerListText::readForImport(
-        markerListPath, logReadError, nullptr, settings.markerListEncoding);
+    const MarkerListText::ImportText markerText =
+        MarkerListText::readForImport(markerListPath, logReadError, nullptr,
+                                      settings.markerListEncoding, settings.markerListReadAhead());
     if (markerText.lineCount < 2)
         return MarkerListText::unreadable();
     QFLog::appendLog(u"Line count: %li", markerText.lineCount);

@@ -21,9 +21,10 @@ FCPXClipRanges::FCPXClipRanges(const QList<XmlNode> &clips, double fps)
     for (const XmlNode &element : clips) {
         Clip clip;
         clip.element = element;
-        clip.offset = seconds(element, "offset") * fps;
+        const QString offset = element.attributeValue("offset");
+        clip.offset = QFFCPXMLParser::secondsFromTimeString(offset) * fps;
         clip.start = seconds(element, "start");
-        clip.begins = RationalTime::fromTimeString(element.attributeValue("offset"));
+        clip.begins = RationalTime::fromTimeString(offset);
         const auto duration = RationalTime::fromTimeString(element.attributeValue("duration"));
         if (clip.begins && duration)
             clip.ends = clip.begins->plus(*duration);

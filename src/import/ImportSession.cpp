@@ -3,14 +3,24 @@
 #include "fcp7link/QFAppleEvents.h"
 #include "import/FCP7Import.h"
 #include "import/FCPXImport.h"
+#include "import/MarkerListText.h"
 
+#include <QFileInfo>
 #include <QThread>
 
 #include <algorithm>
 
 ImportSession::ImportSession(const QString &markerListPath, QObject *parent)
     : QObject(parent), m_markerListPath(markerListPath)
-{}
+{
+    // Read while the target is discovered, on the other core: a long list is then ready
+    // when the import or the table needs it. Only a plain file: a pipe is read once.
+    if (QFileInfo(markerListPath).isFile())
+        m_markerListAhead = std::async(std::launch::async, [markerListPath] {
+                                return std::make_shared<const MarkerListText::Prepared>(
+                                    MarkerListText::prepare(markerListPath));
+                            }).share();
+}
 
 TargetKind ImportSession::targetKind() const
 {
@@ -135,6 +145,7 @@ ImportSettings ImportSession::settingsFor(const ImportOptions &options) const
     settings.markerListEncoding = options.markerListEncoding;
     settings.outputPath = options.outputPath;
     settings.leaveDocumentToExit = options.leaveDocumentToExit;
+    settings.markerListAhead = m_markerListAhead;
     const std::optional<QString> chosen =
         m_chosen ? std::optional(m_chosen->representedObject) : std::nullopt;
     if (m_kind.isFCPX) {

@@ -12,6 +12,7 @@
 #include <QString>
 
 #include <atomic>
+#include <future>
 #include <memory>
 #include <optional>
 
@@ -130,6 +131,7 @@ private:
     QString m_targetPath;
     quint64 m_discoveryRun = 0;
     DiscoveredItems m_found;
+    std::shared_future<std::shared_ptr<const MarkerListText::Prepared>> m_markerListAhead;
     std::shared_ptr<ParsedTarget> m_parsed;
     std::optional<SequenceItem> m_chosen;
     ImportOutcome m_lastOutcome;

@@ -3,9 +3,15 @@
 #include <QString>
 
 #include <QVariantMap>
-#include <functional>
 
+#include <functional>
+#include <future>
+#include <memory>
 #include <optional>
+
+namespace MarkerListText {
+struct Prepared;
+}
 
 /// The unit of the frame offset, in the order of the window's menu.
 enum class OffsetUnit
@@ -42,6 +48,15 @@ struct ImportSettings
     /// Whether a run about to exit leaves the changed document to the end of the
     /// process instead of freeing it. Not part of the dictionary.
     bool leaveDocumentToExit = false;
+    /// The marker list as read ahead of the import, which waits for it and takes it
+    /// while the file is unchanged; none: the import reads the list. Not part of the
+    /// dictionary.
+    std::shared_future<std::shared_ptr<const MarkerListText::Prepared>> markerListAhead;
+    /// What was read ahead, once it is there; null when nothing was.
+    const MarkerListText::Prepared *markerListReadAhead() const
+    {
+        return markerListAhead.valid() ? markerListAhead.get().get() : nullptr;
+    }
     /// The marker list's encoding as the user named it; empty: detected. Not part of the
     /// dictionary.
     QByteArray markerListEncoding;

@@ -57,16 +57,28 @@ qsizetype lineCount(const QString &text)
     return text.count(QChar(QFFCP7MarkerListParser::lineSeparator(text))) + 1;
 }
 
-ImportText readForImport(const QString &path, const ReadFailure &readFailed,
-                         const ReadFailure &otherFailed, const QByteArray &encodingAskedFor)
+Prepared prepare(const QString &path, const QByteArray &encodingAskedFor)
 {
-    // Read once; a failed read is reported by every step that reads the text, as before.
+    Prepared prepared;
+    prepared.path = path;
+    prepared.encodingAskedFor = encodingAskedFor;
+    using Step = Prepared::Step;
+    const bool logging = !QFLog::sharedController().loggingDisabled();
+    const auto log = [&](QStringView format, std::initializer_list<QFFormat::Arg> args) {
+        if (logging)
+            prepared.steps.append({Step::Log, QFLog::formatEntry(format, args), {}});
+    };
+    // A failed read is reported by every step that reads the text, as before.
     QFError readError;
     const std::optional<QByteArray> bytes = readMarkerList(path, &readError);
+    if (bytes) {
+        prepared.fingerprint.emplace();
+        prepared.fingerprint->add(bytes->constData(), bytes->size());
+    }
     QFError error;
-    const auto reportTo = [&error](const ReadFailure &failed) {
-        if (!error.domain.isEmpty() && failed)
-            failed(error);
+    const auto reportTo = [&](Step::Kind failure) {
+        if (!error.domain.isEmpty())
+            prepared.steps.append({failure, QString(), error});
         error = QFError();
     };
     const auto textIn = [&](const QByteArray &encoding) {
@@ -84,32 +96,51 @@ ImportText readForImport(const QString &path, const ReadFailure &readFailed,
     else
         encoding = TextEncoding::detect(*bytes, &why);
     if (bytes)
-        QFLog::appendLog(u"Marker list encoding: %@ (%@)",
-                         QString::fromLatin1(encoding.value_or(TextEncoding::utf16LE)),
-                         encoding ? why : QStringLiteral("no reading stood out: UTF-16 assumed"));
-    reportTo(otherFailed);
-    ImportText read;
+        log(u"Marker list encoding: %@ (%@)",
+            {QString::fromLatin1(encoding.value_or(TextEncoding::utf16LE)),
+             encoding ? why : QStringLiteral("no reading stood out: UTF-16 assumed")});
+    reportTo(Step::OtherFailed);
+    ImportText &read = prepared.read;
     read.text = textIn(encoding.value_or(TextEncoding::utf16LE));
-    reportTo(readFailed);
-    QFLog::appendLog(u"Marker text: %@", read.text);
+    reportTo(Step::ReadFailed);
+    log(u"Marker text: %@", {read.text});
     read.lineCount = lineCount(read.text);
     read.encoding = QString::fromLatin1(encoding.value_or(TextEncoding::utf16LE));
     if (read.lineCount < 2) {
         read.encoding = QString::fromLatin1(TextEncoding::utf8);
         read.text = textIn(TextEncoding::utf8);
-        reportTo(otherFailed);
-        QFLog::appendLog(u"UTF-8 Marker text: %@", read.text);
+        reportTo(Step::OtherFailed);
+        log(u"UTF-8 Marker text: %@", {read.text});
         read.lineCount = lineCount(read.text);
     }
     const MarkerExports::Source source = MarkerExports::recognise(read.text);
     if (source != MarkerExports::Source::MarkerList)
-        QFLog::appendLog(u"Reading a %@", MarkerExports::sourceName(source));
+        log(u"Reading a %@", {MarkerExports::sourceName(source)});
     read.list = MarkerExports::read(read.text, source);
     if (source != MarkerExports::Source::MarkerList)
         read.source = MarkerExports::sourceName(source);
     for (const SkippedLine &line : std::as_const(read.list.skipped))
-        QFLog::appendLog(u"Line %li skipped: %@", qint64(line.line), line.why);
-    return read;
+        log(u"Line %li skipped: %@", {qint64(line.line), line.why});
+    return prepared;
+}
+
+ImportText readForImport(const QString &path, const ReadFailure &readFailed,
+                         const ReadFailure &otherFailed, const QByteArray &encodingAskedFor,
+                         const Prepared *ahead)
+{
+    // A read made ahead serves while the file still holds the bytes it read.
+    const bool aheadHolds = ahead && ahead->path == path &&
+                            ahead->encodingAskedFor == encodingAskedFor && ahead->fingerprint &&
+                            QFFileContents::fingerprint(path) == ahead->fingerprint;
+    const Prepared prepared = aheadHolds ? *ahead : prepare(path, encodingAskedFor);
+    for (const Prepared::Step &step : prepared.steps) {
+        if (step.kind == Prepared::Step::Log)
+            QFLog::appendLog(u"%@", step.entry);
+        else if (const ReadFailure &failed =
+                     step.kind == Prepared::Step::ReadFailed ? readFailed : otherFailed)
+            failed(step.error);
+    }
+    return prepared.read;
 }
 
 ImportOutcome unreadable(bool recognised)

@@ -3,6 +3,7 @@
 #include "import/ImportOutcome.h"
 #include "import/MarkerExports.h"
 #include "support/QFError.h"
+#include "support/QFFileContents.h"
 
 #include <QString>
 #include <QStringList>
@@ -34,17 +35,46 @@ struct ImportText
     QString source;
 };
 
+/// A marker list read and decoded ahead of its import, on another thread, say: its
+/// text and markers, and what the import then logs and reports, in order.
+struct Prepared
+{
+    QString path;
+    QByteArray encodingAskedFor;
+    /// Of the bytes read; none when the file could not be read.
+    std::optional<QFFileContents::Fingerprint> fingerprint;
+    ImportText read;
+    struct Step
+    {
+        enum Kind
+        {
+            Log,
+            ReadFailed,
+            OtherFailed
+        } kind;
+        QString entry; ///< a log entry
+        QFError error; ///< a failure
+    };
+    QList<Step> steps;
+};
+
 /// Reads the marker list file once and decodes it as the import procedures always have: in the
 /// detected encoding (UTF-16 little-endian when unsure), then as UTF-8 when that gives fewer than
-/// two lines. Each text read is logged ("Marker text: ", "UTF-8 Marker text: "). A failure of the
-/// first read goes to readFailed before its text is logged; a failed detection or UTF-8 read to
-/// otherFailed. The text is read as our format or as the export of another editor it is
-/// recognised as; each line that gives no marker is logged.
-using ReadFailure = std::function<void(const QFError &)>;
+/// two lines. The text is read as our format or as the export of another editor it is
+/// recognised as. Logs and reports nothing: that is left to readForImport.
 /// An encoding asked for replaces the detection.
+Prepared prepare(const QString &path, const QByteArray &encodingAskedFor = QByteArray());
+
+/// What prepare reads, logged and reported: each text read is logged ("Marker text: ",
+/// "UTF-8 Marker text: "); a failure of the first read goes to readFailed before its text
+/// is logged, a failed detection or UTF-8 read to otherFailed; each line that gives no
+/// marker is logged. A read made ahead (may be null) is taken while it was of this path
+/// and encoding and the file still holds the same bytes.
+using ReadFailure = std::function<void(const QFError &)>;
 ImportText readForImport(const QString &path, const ReadFailure &readFailed,
                          const ReadFailure &otherFailed,
-                         const QByteArray &encodingAskedFor = QByteArray());
+                         const QByteArray &encodingAskedFor = QByteArray(),
+                         const Prepared *ahead = nullptr);
 
 /// Logs and gives what the import procedures say of a list of fewer than two lines, or
 /// of a text that is no list of any form read here (recognised false).

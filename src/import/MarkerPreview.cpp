@@ -88,7 +88,8 @@ MarkerPreview MarkerPreview::make(const TargetKind &kind, const QString &markerL
             readProblem = error.localizedDescription();
     };
     const MarkerListText::ImportText read =
-        MarkerListText::readForImport(markerListPath, failed, nullptr, settings.markerListEncoding);
+        MarkerListText::readForImport(markerListPath, failed, nullptr, settings.markerListEncoding,
+                                      settings.markerListReadAhead());
     preview.encoding = TextEncoding::displayName(read.encoding.toLatin1());
     preview.source = read.source;
     for (const MarkerRecord &record : read.list.markers)

@@ -103,6 +103,10 @@ public:
     QString logFolder() const;
     QString currentLogPath() const;
 
+    /// The text of an entry as appendLog formats it, for an entry made ahead of its
+    /// logging (appendLog(u"%@", text) then logs that very text).
+    static QString formatEntry(QStringView format, std::initializer_list<QFFormat::Arg> args);
+
     // Seams for tests: the roll-over size, a writer that holds its queue, the
     // number of entries waiting, and a fresh start after willTerminate.
     static void setRolloverLimitForTesting(quint64 bytes);
@@ -120,7 +124,6 @@ private:
                                       std::initializer_list<QFFormat::Arg> args);
     static void appendLogAndDebugPrintList(QStringView format,
                                            std::initializer_list<QFFormat::Arg> args);
-    static QString formatEntry(QStringView format, std::initializer_list<QFFormat::Arg> args);
 
     /// Whether the new file is open; its header is queued unless the caller writes it.
     bool createNewLogImpl(const QString &name, bool noPrinting, bool queueHeader = true);
