@@ -146,17 +146,19 @@ TEST_F(SessionTest, TheImportTakesTheDiscoveredDocumentOnlyWhileTheFileIsUnchang
                           fingerprint(broken));
     EXPECT_EQ(repaired.take(fingerprint(broken)), nullptr);
 
-    // Through the session: a file changed between discovery and import is read again.
+    // Through the session: a target changed between discovery and import is read again,
+    // and so is a marker list changed after the session read it ahead.
     const QString target = home.copyOfData(u"sequence.xml"_s);
     ASSERT_TRUE(session.openFilename(target));
     session.waitForIdle();
     session.chooseItem(session.items().value(0));
     QByteArray changed = TempHome::read(target);
     TempHome::write(target, changed.replace("<name>Selects</name>", "<name>Changed</name>"));
+    TempHome::write(markers, QByteArray(markerList).replace("\tA\t", "\tB\t"));
     session.sendToFCP(ImportOptions());
     session.waitForIdle();
     EXPECT_EQ(session.lastOutcome().status, Status::Imported);
-    EXPECT_TRUE(log().contains(u"Marker name: A"));
+    EXPECT_TRUE(log().contains(u"Marker name: B"));
 }
 
 TEST_F(SessionTest, ASecondImportOfTheDocumentIsRefusedWhileOneRuns)
