@@ -155,50 +155,6 @@ TEST_F(Analytics, ConsentIsAskedFromTheThirdLaunchUntilAnsweredAndTheAnswerIsSha
                                                      u", asynchronously"_s));
 }
 
-TEST_F(Analytics, OnlyTheAnswerIsKeptTheCheckBoxHoldsForThisRunOnly)
-{
-    auto qc = launch();
-    qc->setShouldLog(true);
-    EXPECT_FALSE(consent().contains(u"logQC"_s));
-    qc = launch();
-    EXPECT_FALSE(qc->shouldLog());
-    qc->enableQCLogging();
-    EXPECT_TRUE(launch()->shouldLog());
-    qc->toggleQCLogging(false);
-    EXPECT_EQ(consent().value(u"logQC"_s), false);
-    EXPECT_FALSE(launch()->shouldLog());
-}
-
-TEST_F(Analytics, ALaunchIsRecordedOnceAMinuteAndTheSystemOnceAVersion)
-{
-    setConsent({{u"logQC"_s, true}});
-    defaults.setObject(QDateTime::currentDateTimeUtc(), u"lastSubmission"_s); // no upload
-    const qint64 now = QDateTime::currentSecsSinceEpoch();
-    // A launch recorded this long ago, and whether this launch adds one.
-    const std::pair<qint64, bool> earlier[] = {{30, false}, {61, true}, {-100, true}};
-    for (const auto &[age, adds] : earlier) {
-        SCOPED_TRACE(age);
-        auto qc = launch();
-        qc->logQCEvent(event(u"launch"_s, now - age));
-        qc->setupInitialLogging();
-        const QVariantList stored = quit(std::move(qc));
-        EXPECT_EQ(count(stored, u"launch"_s), adds ? 2 : 1);
-        QFile::remove(storePath());
-    }
-    EXPECT_EQ(defaults.stringForKey(u"lastOSVersion"_s), u"6.1.0"_s);
-
-    QFOSDetect::setVersionForTesting(QFOSDetect::Version{6, 2, 3});
-    for (int run = 0; run < 2; ++run) {
-        auto qc = launch();
-        qc->setupInitialLogging();
-        quit(std::move(qc));
-    }
-    const QVariantList stored = quit(launch());
-    ASSERT_EQ(count(stored, u"specs"_s), 1) << "one for the update, none for the same system";
-    EXPECT_EQ(count(stored, u"launch"_s), 1) << "the second within the minute";
-    EXPECT_EQ(stored.last().toMap().value(u"data"_s), u"6.2.3"_s);
-}
-
 TEST_F(Analytics, UploadsAreDueOnceADayFromTheFourthLaunch)
 {
     setConsent({{u"logQC"_s, true}});

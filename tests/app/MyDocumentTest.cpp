@@ -218,37 +218,6 @@ TEST_F(Window, TheTableShowsWhereEachMarkerLandsAndTheTargetRowWhyNothingCan)
     }
 }
 
-TEST_F(Window, ASheetsSuppressionBoxKeepsItsPreferenceAndATimedSheetGoesByItself)
-{
-    MyDocument *document = open(home.copyOfData(u"project.xml"_s));
-    for (const bool answerChecked : {true, false}) {
-        QFAlert alert;
-        QFAlert::alertSheetWithMessageText(u"Replace?"_s, u"Replace"_s, u"Cancel"_s, QString(),
-                                           u"The file exists."_s, document, nullptr, nullptr, false,
-                                           &alert, u"dontAskAgain"_s);
-        QMessageBox *box = sheet(document);
-        ASSERT_NE(box, nullptr);
-        QCheckBox *check = box->checkBox();
-        ASSERT_NE(check, nullptr);
-        EXPECT_EQ(check->isChecked(), !answerChecked) << "the box shows the preference";
-        check->setChecked(answerChecked);
-        for (QAbstractButton *button : box->buttons())
-            if (button->text() == u"Cancel"_s)
-                button->click();
-        ASSERT_TRUE(waitFor([&] { return alert.alertEnded(); }));
-        EXPECT_EQ(alert.returnCode(), QFAlert::alternateReturn);
-        EXPECT_EQ(QFUserDefaults::standardUserDefaults().boolForKey(u"dontAskAgain"_s),
-                  answerChecked);
-    }
-
-    EXPECT_EQ(QFAlert::timedAlertSheetWithMessageText(u"Saved"_s, QString(), QString(), QString(),
-                                                      QString(), document, 1),
-              QFAlert::defaultReturn);
-    const auto shown = document->findChildren<QMessageBox *>();
-    EXPECT_TRUE(std::none_of(shown.begin(), shown.end(), std::mem_fn(&QWidget::isVisible)))
-        << "the timed sheet stays up";
-}
-
 TEST_F(Window, CommandsThatCannotDoTheirWorkSaySoAndDropsOpenListsAndTargets)
 {
     // A target to adopt: the browse sheet would keep drops from the window.

@@ -112,25 +112,6 @@ QString resultPath(const Outcome &outcome)
     return at < 0 ? QString() : outcome.out.mid(at + 8).trimmed();
 }
 
-TEST_F(Cli, AnFcpxResultIsCopiedWhereAskedAndAPartialImportExitsOne)
-{
-    const QString bundle = home.filePath(u"Cut.fcpxmld"_s);
-    home.copyOfData(u"library.fcpxml"_s, u"Cut.fcpxmld/Info.fcpxml"_s);
-    const Outcome result =
-        run({u"--output"_s, home.filePath(u"Out.fcpxmld"_s),
-             markers(markerList({{"in", "", "00:00:01:00", "00:00:00:00", "Red"},
-                                 {"past", "", "02:00:00:00", "00:00:00:00", "Red"}})),
-             bundle});
-    EXPECT_EQ(result.status, 1) << result.err.toStdString();
-    EXPECT_TRUE(result.out.startsWith(u"Some markers failed to import: "))
-        << result.out.toStdString();
-    EXPECT_EQ(resultPath(result), home.filePath(u"Out.fcpxmld"_s));
-    EXPECT_EQ(QDir(home.filePath(u"Out.fcpxmld"_s)).entryList(QDir::Files),
-              QStringList{u"Info.fcpxml"_s});
-    EXPECT_TRUE(
-        TempHome::read(home.filePath(u"Out.fcpxmld/Info.fcpxml"_s)).contains("value=\"in\""));
-}
-
 TEST_F(Cli, AnFcpxLibraryIsListedImportedIntoACopyAndHandedToTheEditorsDesktopEntry)
 {
     const QString target = home.copyOfData(u"library.fcpxml"_s);

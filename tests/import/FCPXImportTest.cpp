@@ -395,6 +395,17 @@ TEST_F(FCPXImportTest, ABundleGivesANewBundleHoldingOnlyInfoFcpxml)
     EXPECT_EQ(temporaryFiles().size(), 1) << "written once, inside the bundle";
     EXPECT_EQ(workspace.opened(),
               QStringList{path + u" with 'com.apple.FinalCut', asynchronously"_s});
+
+    // Asked for elsewhere, it is made there alone.
+    const QString elsewhere = home.filePath(u"Out.fcpxmld"_s);
+    importInto(library(fourClips), markerList({{"m", "", "00:00:01:00"}}),
+               [&](ImportSettings &s, TargetKind &) {
+                   s.filename = bundle;
+                   s.outputPath = elsewhere;
+               });
+    EXPECT_EQ(result, elsewhere);
+    EXPECT_EQ(QDir(elsewhere).entryList(QDir::Files), QStringList{u"Info.fcpxml"_s});
+    EXPECT_EQ(temporaryFiles().size(), 1);
 }
 
 TEST_F(FCPXImportTest, WithoutHandOffNothingIsOpenedAndTheMessageSaysSo)

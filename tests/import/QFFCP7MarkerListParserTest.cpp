@@ -4,8 +4,6 @@
 
 #include <gtest/gtest.h>
 
-#include <QRandomGenerator>
-
 namespace {
 
 using Records = QList<QStringList>;
@@ -138,59 +136,6 @@ TEST(ParseMarkersFromText, RecordsKnowTheirLinesAndLeftOverLinesAreReported)
     ASSERT_EQ(quoted.size(), 2);
     EXPECT_EQ(quoted[1].lines, QList<qsizetype>({2, 4}));
     EXPECT_EQ(quoted[1].fields[3], u"first\n\nthird");
-}
-
-// The parser joins held-back lines without rebuilding them; this reference follows
-// the joining rule literally, and both must agree on any text.
-Records literalParse(QString text)
-{
-    text.remove(QChar(u'\0'));
-    const QStringList pieces = text.split(QFFCP7MarkerListParser::lineSeparator(text));
-    QStringList held;
-    Records records;
-    for (QString piece : pieces) {
-        while (piece.startsWith(u'\r') || piece.startsWith(u'\n'))
-            piece.remove(0, 1);
-        while (piece.endsWith(u'\r') || piece.endsWith(u'\n'))
-            piece.chop(1);
-        QString candidate = held.join(u'\n');
-        if (!candidate.isEmpty())
-            candidate += u'\n';
-        candidate += piece;
-        if (QFFCP7MarkerListParser::standsAlone(piece)) {
-            held.clear();
-            QStringList fields = *QFFCP7MarkerListParser::parseLine(piece + u"\tx"_s);
-            if (piece.trimmed().count(u'\t') == 5)
-                fields.last().clear(); // the empty colour column
-            else
-                fields.removeLast();
-            records.append(fields);
-            continue;
-        }
-        QFError error;
-        if (auto parsed = QFFCP7MarkerListParser::parseLine(candidate, &error)) {
-            held.clear();
-            records.append(*parsed);
-        } else if (error.userInfo.value("error") == "QFIncompleteLine") {
-            held.append(piece);
-        }
-    }
-    return records;
-}
-
-TEST(ParseMarkersFromText, AgreesWithLiteralJoiningOnRandomTexts)
-{
-    const char16_t alphabet[] = {u'a', u'b',  u' ',  u'\t', u'\t',     u'\t',     u'1',
-                                 u':', u'\n', u'\r', u'\0', u'\u00e9', u'\u00a0', u'\u2028'};
-    QRandomGenerator random(20261121);
-    for (int round = 0; round < 20000; ++round) {
-        QString text;
-        const int length = random.bounded(80);
-        for (int i = 0; i < length; ++i)
-            text += QChar(alphabet[random.bounded(int(std::size(alphabet)))]);
-        ASSERT_EQ(fieldsOf(QFFCP7MarkerListParser::parseMarkersFromText(text)), literalParse(text))
-            << "text: " << QString(text).replace(QChar(0), u'0').toStdString();
-    }
 }
 
 TEST(ParseMarkersFromText, ManyIncompleteLinesStayLinear)

@@ -99,21 +99,6 @@ TEST_F(DiscoveryTest, EachKindOfFileListsWhatItHolds)
     }
 }
 
-TEST_F(DiscoveryTest, ABundleWithoutFcpxmlIsReported)
-{
-    const QString bundle = home.filePath(u"Empty.fcpxmld"_s);
-    home.file(u"Empty.fcpxmld/Info.plist"_s, "<plist/>");
-    const ImportOutcome failed = discover(bundle).found.outcome;
-    EXPECT_EQ(failed.messageText + u" / "_s + failed.informativeText,
-              u"Failed to open file / Could not locate any XML files inside bundle.");
-    EXPECT_TRUE(log().contains(u"Could not locate any FCPXML files inside bundle "_s + bundle));
-
-    home.copyOfData(u"library.fcpxml"_s, u"Empty.fcpxmld/Info.fcpxml"_s);
-    const TargetDiscovery::Result found = discover(bundle);
-    EXPECT_FALSE(found.found.outcome.hasAlert());
-    EXPECT_EQ(found.found.items.size(), 1);
-}
-
 TEST_F(DiscoveryTest, AProjectInTheEditorListsTheSequencesItReports)
 {
     SimulatedFinalCutPro editor;

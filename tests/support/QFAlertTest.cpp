@@ -89,17 +89,6 @@ TEST(Alert, EachFormShowsItsTextsAndGivesTheButtonsCode)
               QFAlert::notWaited);
     EXPECT_EQ(delegate.ended, QFAlert::alternateReturn);
     EXPECT_EQ(presenter.shown.last().suppressionBinding, u"dontAskAgain"_s);
-    // A delegate without the end method: nothing is shown.
-    EXPECT_EQ(QFAlert::alertSheetWithMessageText(u"m"_s, QString(), QString(), QString(), QString(),
-                                                 nullptr, &delegate, "missing", true, nullptr),
-              QFAlert::notWaited);
-    EXPECT_EQ(presenter.shown.size(), 3);
-
-    // A timed alert answers itself with the default button.
-    presenter.answerAtOnce.reset();
-    EXPECT_EQ(QFAlert::timedAlertSheetWithMessageText(u"m"_s, QString(), QString(), QString(),
-                                                      QString(), nullptr, 0),
-              QFAlert::defaultReturn);
 }
 
 TEST(Alert, AWaitingCallReturnsOnlyOnceAnsweredAndAWindowWithASheetIsLeftOut)

@@ -51,19 +51,6 @@ TEST(QFLocalPaths, SuperuserGetsTheFoldersUnderTheUserDirectory)
     EXPECT_EQ(QFLocalPaths::prefsDirectory(true), "/root/.config");
 }
 
-TEST(QFLocalPaths, Slashes)
-{
-    EXPECT_EQ(QFLocalPaths::stripTrailingSlash("/"), "/");
-    EXPECT_EQ(QFLocalPaths::stripTrailingSlash("a/"), "a");
-    EXPECT_EQ(QFLocalPaths::stripTrailingSlash("/usr/"), "/usr");
-    EXPECT_EQ(QFLocalPaths::stripTrailingSlash("/usr"), "/usr");
-    EXPECT_TRUE(QFLocalPaths::stripTrailingSlash(QString()).isNull());
-    EXPECT_EQ(QFLocalPaths::ensureTrailingSlash("/usr"), "/usr/");
-    EXPECT_EQ(QFLocalPaths::ensureTrailingSlash("/usr/"), "/usr/");
-    EXPECT_EQ(QFLocalPaths::ensureTrailingSlash(""), "");
-    EXPECT_TRUE(QFLocalPaths::ensureTrailingSlash(QString()).isNull());
-}
-
 TEST(IsPathSystemDirectory, Decides)
 {
     TempHome home;

@@ -1,5 +1,4 @@
 #include "support/QFLog.h"
-#include "support/QFException.h"
 #include "support/QFPropertyList.h"
 
 #include "QtPrinters.h"
@@ -303,20 +302,6 @@ TEST_F(LogTest, RollsOverAtTheLimitAndEntriesQueuedBehindItGoToTheNewFile)
     for (int i = 0; i < 40; ++i)
         EXPECT_EQ(all.count(u" - entry %1 "_s.arg(i)), 1) << i;
     EXPECT_LT(all.indexOf(u" - entry 38 "), all.indexOf(u" - entry 39 ")) << "in order";
-}
-
-TEST_F(LogTest, ExceptionsBecomeOneLine)
-{
-    QFLog::createNewLog(QString(), true);
-    const QString line = QFException::logException("NSPortTimeoutException", "timed out",
-                                                   "+[QFAppleEvents saveProject:]");
-    EXPECT_EQ(line,
-              "Exception in +[QFAppleEvents saveProject:]. NSPortTimeoutException - timed out.");
-    EXPECT_TRUE(current().contains(line));
-    EXPECT_TRUE(QFException::didTimeout("NSPortTimeoutException"));
-    EXPECT_FALSE(QFException::didTimeout("NSRangeException"));
-    const QString cpp = QFException::logException(std::runtime_error("boom"), "-[MyDocument x]");
-    EXPECT_EQ(cpp, "Exception in -[MyDocument x]. std::runtime_error - boom.");
 }
 
 TEST_F(LogTest, UnwritableFolderIsReportedNotFatal)
