@@ -5,15 +5,6 @@
 #include <algorithm>
 #include <cmath>
 
-namespace {
-
-double seconds(const XmlNode &element, const char *attribute)
-{
-    return QFFCPXMLParser::secondsFromTimeString(element.attributeValue(attribute));
-}
-
-} // namespace
-
 FCPXClipRanges::FCPXClipRanges(const QList<XmlNode> &clips, double fps)
 {
     m_clips.reserve(size_t(clips.size()));
@@ -21,13 +12,14 @@ FCPXClipRanges::FCPXClipRanges(const QList<XmlNode> &clips, double fps)
     for (const XmlNode &element : clips) {
         Clip clip;
         clip.element = element;
-        const QString offset = element.attributeValue("offset");
+        QString offset, start, duration;
+        element.attributeValues({{"offset", &offset}, {"start", &start}, {"duration", &duration}});
         clip.offset = QFFCPXMLParser::secondsFromTimeString(offset) * fps;
-        clip.start = seconds(element, "start");
+        clip.start = QFFCPXMLParser::secondsFromTimeString(start);
         clip.begins = RationalTime::fromTimeString(offset);
-        const auto duration = RationalTime::fromTimeString(element.attributeValue("duration"));
-        if (clip.begins && duration)
-            clip.ends = clip.begins->plus(*duration);
+        const auto length = RationalTime::fromTimeString(duration);
+        if (clip.begins && length)
+            clip.ends = clip.begins->plus(*length);
         if (!clip.ends || (!m_clips.empty() && *clip.begins < *m_clips.back().begins))
             ordered = false;
         m_clips.push_back(clip);

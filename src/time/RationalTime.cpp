@@ -1,6 +1,7 @@
 #include "RationalTime.h"
 
 #include <limits>
+#include <numeric>
 #include <utility>
 
 namespace {
@@ -17,10 +18,17 @@ std::optional<RationalTime> reduced(Wide numerator, Wide denominator)
     }
     Wide a = numerator < 0 ? -numerator : numerator;
     Wide b = denominator;
-    while (b != 0) {
-        const Wide r = a % b;
-        a = b;
-        b = r;
+    // Times of documents fit in 64 bits, where division is an instruction rather than a
+    // library call.
+    constexpr Wide narrow = std::numeric_limits<quint64>::max();
+    if (a <= narrow && b <= narrow) {
+        a = std::gcd(quint64(a), quint64(b));
+    } else {
+        while (b != 0) {
+            const Wide r = a % b;
+            a = b;
+            b = r;
+        }
     }
     if (a > 1) {
         numerator /= a;

@@ -242,6 +242,28 @@ QString XmlNode::attributeValue(const char *name) const
     return XmlNode(reinterpret_cast<xmlNodePtr>(attribute)).stringValue();
 }
 
+void XmlNode::attributeValues(
+    std::initializer_list<std::pair<const char *, QString *>> wanted) const
+{
+    for (const auto &[name, value] : wanted)
+        *value = QString();
+    if (kind() != Kind::Element)
+        return;
+    for (xmlAttrPtr attribute = m_node->properties; attribute; attribute = attribute->next) {
+        for (const auto &[name, value] : wanted) {
+            // As xmlHasProp finds them: by name, whatever the namespace.
+            if (!value->isNull() ||
+                !xmlStrEqual(attribute->name, reinterpret_cast<const xmlChar *>(name)))
+                continue;
+            const xmlNode *text = attribute->children;
+            *value = text && !text->next && text->type == XML_TEXT_NODE && text->content
+                         ? QString::fromUtf8(reinterpret_cast<const char *>(text->content))
+                         : XmlNode(reinterpret_cast<xmlNodePtr>(attribute)).stringValue();
+            break;
+        }
+    }
+}
+
 QList<XmlNode> XmlNode::attributes() const
 {
     if (kind() != Kind::Element)

@@ -2,7 +2,10 @@
 
 #include <QList>
 #include <QString>
+
 #include <QtGlobal>
+#include <initializer_list>
+#include <utility>
 
 #include <cstddef>
 
@@ -58,6 +61,9 @@ public:
     /// The value of an element's attribute; null when it has none. For reading the
     /// same attribute of many elements: no handle and no copy of the name are made.
     QString attributeValue(const char *name) const;
+    /// attributeValue of each name, with one walk over the attributes: for elements
+    /// read by the thousand.
+    void attributeValues(std::initializer_list<std::pair<const char *, QString *>> wanted) const;
     /// Sets an element's attribute, adding it when missing; false for other nodes.
     bool setAttribute(const char *name, const QString &value);
     /// An element's attribute nodes in document order (detach one to remove it).
