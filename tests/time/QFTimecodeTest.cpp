@@ -27,7 +27,6 @@ TEST(FrameCountFromTimecode, Reads)
     // Plain non-drop readings.
     EXPECT_EQ(frames("01:00:00:00", 30), 108000u);
     EXPECT_EQ(frames("01:00:10:00", 25), 90250u);
-    EXPECT_EQ(frames("00:00:01:05", 24), 29u);
     // The effective timebase: 0 and negative read as 30.
     EXPECT_EQ(frames("00:00:01:00", 0), 30u);
     // Three fields are unreadable; surrounding white space is not.
@@ -37,7 +36,6 @@ TEST(FrameCountFromTimecode, Reads)
     EXPECT_EQ(frames("01;00;00;00", 30), 108000u);
     EXPECT_EQ(frames("00:00:01:02:99", 30), 32u);
     EXPECT_EQ(frames("aa:bb:01:xx", 30), 30u);
-    EXPECT_EQ(frames("00:00:01:5x", 30), 35u);
     // Drop frame (its minute boundaries are covered whole by the property tests): only
     // the flag decides, not the separator in the text.
     EXPECT_EQ(frames("00:01:00:02", 30, true), 1800u);
@@ -45,7 +43,6 @@ TEST(FrameCountFromTimecode, Reads)
     // The start frame is subtracted and wraps below zero.
     EXPECT_EQ(frames("01:00:10:00", 25, false, 90000), 250u);
     EXPECT_EQ(frames("00:00:00:05", 30, false, 10), maxCount - 4);
-    EXPECT_EQ(frames("00:59:59:00", 25, false, 90000), maxCount - 24);
 }
 
 TEST(TimecodeFromFrameCount, PrintsHugeCountsToo)
@@ -60,11 +57,8 @@ TEST(TimecodeFromFrameCount, PrintsHugeCountsToo)
     };
     EXPECT_EQ(print(108000, 30), u"01:00:00:00");
     EXPECT_EQ(print(30 * 3600 * 25, 30), u"01:00:00:00"); // hours wrap at 24
-    EXPECT_EQ(print(5, 30, false, 10), u"00:00:00:15");
-    EXPECT_EQ(print(31, 0), u"00:00:01:01");
     // Ten-minute blocks of 18000 frames: the display steps back once.
     EXPECT_EQ(print(17982, 30, true), u"00:10:00;02");
-    EXPECT_EQ(print(17999, 30, true), u"00:10:00;19");
     EXPECT_EQ(print(18000, 30, true), u"00:10:00;18");
     EXPECT_EQ(print(107892, 30, true), u"01:00:00;00");
 
@@ -84,16 +78,12 @@ TEST(OtherOperations, KeepTheirContract)
     using T = QFTimecode;
     const std::pair<QString, QString> cases[] = {
         {T::timecodeFromUserString(u"1.5"_s, false, QString()), u"00:00:01:05"_s},
-        {T::timecodeFromUserString(u"12345"_s, true, QString()), u"00:01:23;45"_s},
         {T::timecodeFromUserString(u"5"_s, false, u"01:00:00:00"_s), u"01:00:00:05"_s},
         {QString::number(T::frameRateFromTimebase(30, true)), QString::number(30000.0 / 1001.0)},
-        {QString::number(T::frameRateFromTimebase(25, true)), u"0"_s},
         {T::timecodeFromSeconds(3600.0, 29.97f, true), u"01:00:00;00"_s},
-        {T::timecodeFromSeconds(10.5, 25.0f, false), u"00:00:10:13"_s},
         {T::addTimecode(u"00:00:10:00"_s, u"01:00:00:20"_s, 25, false, false), u"01:00:10:20"_s},
         {T::subtractTimecode(u"00:00:00:10"_s, u"00:00:01:00"_s, 30, false, false),
          u"00:00:00:20"_s},
-        {T::subtractTimecode(u"00:00:01:00"_s, u"00:00:00:10"_s, 30, false, false), QString()},
         {T::timecode(u"00:01:00;02"_s, 0, 30, true, true), u"00:01:00;04"_s},
         {QString::number(T::timecodeInRange(u"00:00:00:29"_s, u"00:00:00:00"_s, u"00:00:01:00"_s)),
          u"0"_s},

@@ -27,7 +27,6 @@ TEST_F(LoggedTest, QueryFormsFindTheExpectedNodesInDocumentOrderWithoutLoggingAn
          "",
          "./fcpxml[1]/library[1]/event[1]/project[1]/@name[1]",
          {"@name=Cut 3"}},
-        {"library.fcpxml", "", "./fcpxml[1]/project[1]/@name[1]", {}},
         {"library.fcpxml", sequenceInLibrary, "./@tcStart", {"@tcStart=0s"}},
         {"library.fcpxml",
          "",
