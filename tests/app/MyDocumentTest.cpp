@@ -179,6 +179,26 @@ TEST_F(Window, AnImportLocksTheWindowAndItsSheetCarriesTheReportAndTheResult)
     EXPECT_EQ(popUp(document)->itemText(0), u"Cut 3 -Cuebridge"_s);
 }
 
+TEST_F(Window, CancelStopsAnImportWithNothingWrittenAndNoSheet)
+{
+    // Long enough that the click on Cancel lands while the markers are placed.
+    QByteArray many = "#\tTrack\tName\tComment\tStart\tDuration\tColor\n";
+    for (int i = 0; i < 20000; ++i)
+        many += "1\tV1\tA\tc\t01:00:10:00\t00:00:01:00\tRed\n";
+    TempHome::write(list, many);
+    const QString target = home.copyOfData(u"sequence.xml"_s);
+    MyDocument *document = open(target);
+    document->findChild<QPushButton *>(u"sendToFCPBtn"_s)->click();
+    document->findChild<QPushButton *>(u"cancelButton"_s)->click();
+    settle(document);
+    EXPECT_EQ(TempHome::read(target),
+              TempHome::read(QStringLiteral(CUEBRIDGE_TEST_DATA "/sequence.xml")));
+    const auto boxes = document->findChildren<QMessageBox *>();
+    EXPECT_TRUE(std::none_of(boxes.begin(), boxes.end(), std::mem_fn(&QWidget::isVisible)));
+    EXPECT_TRUE(document->findChild<QPushButton *>(u"sendToFCPBtn"_s)->isEnabled());
+    EXPECT_FALSE(document->findChild<QWidget *>(u"cancelButton"_s)->isVisible());
+}
+
 TEST_F(Window, TheTableShowsWhereEachMarkerLandsAndTheTargetRowWhyNothingCan)
 {
     const QString fcpx = home.file(u"clips.fcpxml"_s, projectAndClip);
