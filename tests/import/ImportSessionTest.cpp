@@ -10,8 +10,6 @@
 #include <QDir>
 #include <QFile>
 
-#include <sys/stat.h>
-
 namespace {
 
 using Status = ImportOutcome::Status;
@@ -159,24 +157,6 @@ TEST_F(SessionTest, TheImportTakesTheDiscoveredDocumentOnlyWhileTheFileIsUnchang
     session.waitForIdle();
     EXPECT_EQ(session.lastOutcome().status, Status::Imported);
     EXPECT_TRUE(log().contains(u"Marker name: B"));
-}
-
-TEST_F(SessionTest, ASecondImportOfTheDocumentIsRefusedWhileOneRuns)
-{
-    // The list is a pipe: the import waits on it until the second press has been tried.
-    const QString pipe = home.filePath(u"markers.fifo"_s);
-    ASSERT_EQ(::mkfifo(QFile::encodeName(pipe).constData(), 0600), 0);
-    ImportSession busy(pipe);
-    ASSERT_TRUE(busy.openFilename(home.copyOfData(u"sequence.xml"_s)));
-    busy.waitForIdle();
-    busy.chooseItem(busy.items().value(0));
-    for (int run = 0; run < 2; ++run) {
-        EXPECT_TRUE(busy.sendToFCP(ImportOptions())) << "free again once the first ended";
-        EXPECT_FALSE(busy.sendToFCP(ImportOptions()));
-        TempHome::write(pipe, markerList);
-        busy.waitForIdle();
-        EXPECT_EQ(busy.lastOutcome().status, Status::Imported);
-    }
 }
 
 TEST_F(SessionTest, ChoosingByNameFindsTheItemOrStandsForWhatWasAsked)
