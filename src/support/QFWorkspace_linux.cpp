@@ -16,6 +16,26 @@
 
 namespace {
 
+/// Whether xdg-open has an application for a local file: with none it starts nothing,
+/// which its detached run would never tell. Addresses and what cannot be asked count as
+/// openable.
+bool openerHasApplicationFor(const QString &path)
+{
+    const QString mime = QStandardPaths::findExecutable(QStringLiteral("xdg-mime"));
+    if (mime.isEmpty() || !QFileInfo(path).isFile())
+        return true;
+    const auto ask = [&mime](const QStringList &arguments) {
+        QProcess query;
+        query.start(mime, arguments);
+        if (!query.waitForFinished(2000) || query.exitCode() != 0)
+            return QString();
+        return QString::fromUtf8(query.readAllStandardOutput()).trimmed();
+    };
+    const QString type = ask({QStringLiteral("query"), QStringLiteral("filetype"), path});
+    return !type.isEmpty() &&
+           !ask({QStringLiteral("query"), QStringLiteral("default"), type}).isEmpty();
+}
+
 QString desktopEntryPath(const QString &id)
 {
     if (id.isEmpty()) // the file's default application
@@ -79,7 +99,8 @@ public:
         QStringList arguments = execArguments(desktopEntryPath(bundleIdentifier));
         if (arguments.isEmpty()) {
             const QString opener = QStandardPaths::findExecutable(QStringLiteral("xdg-open"));
-            return !opener.isEmpty() && QProcess::startDetached(opener, {path});
+            return !opener.isEmpty() && openerHasApplicationFor(path) &&
+                   QProcess::startDetached(opener, {path});
         }
         QStringList expanded;
         bool fileGiven = false;

@@ -54,6 +54,21 @@ TEST_F(Workspace, FilesOpenWithTheEntrysCommandLine)
     ASSERT_TRUE(
         QFWorkspace::shared().openFile(file, u"com.example.Opener"_s, QFWorkspace::Asynchronous));
     EXPECT_EQ(TempHome::noted(home.filePath(u"opened"_s)), u'[' + file + u']');
+
+    // Without an entry xdg-open opens it, unless it knows no application for it.
+    TempHome::write(file, "<fcpxml/>");
+    const QByteArray path = qgetenv("PATH");
+    qputenv("PATH", home.filePath(u"bin"_s).toUtf8() + ":/usr/bin:/bin");
+    TempHome::writeNotingProgram(home.filePath(u"bin/xdg-open"_s), home.filePath(u"opened"_s));
+    const QString mime = home.filePath(u"bin/xdg-mime"_s);
+    for (const QByteArray &application : {QByteArray("opener.desktop"), QByteArray()}) {
+        TempHome::write(mime,
+                        "#!/bin/sh\n[ $2 = filetype ] && echo text/xml || echo " + application);
+        QFile::setPermissions(mime, QFile::ReadOwner | QFile::WriteOwner | QFile::ExeOwner);
+        EXPECT_EQ(QFWorkspace::shared().openFile(file, u"com.example.None"_s, {}),
+                  !application.isEmpty());
+    }
+    qputenv("PATH", path);
 }
 
 } // namespace

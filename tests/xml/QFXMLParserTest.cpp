@@ -38,12 +38,6 @@ TEST_F(LoggedTest, EscapeQueryStringAppliesTheCharacterRules)
         EXPECT_EQ(escaped, c.expected);
         EXPECT_EQ(escaped.isNull(), c.input.isNull());
         EXPECT_EQ(log().count(u"Stripped character") - strippedBefore, c.strippedCount);
-        for (const QChar character : c.input) {
-            // Each stripped character is logged as it is (white space is trimmed off the entry).
-            if (character.unicode() < 20 && !character.isSpace()) {
-                EXPECT_TRUE(log().contains(u"Stripped character "_s + character));
-            }
-        }
     }
 }
 
