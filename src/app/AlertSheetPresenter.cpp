@@ -96,7 +96,7 @@ QObject *AlertSheetPresenter::show(const Content &content, QObject *window,
             std::exchange(*pending, nullptr)(code);
     };
     QObject::connect(box, &QMessageBox::buttonClicked, box,
-                     [answer, defaultButton, alternate, other](QAbstractButton *button) {
+                     [answer, alternate, other](QAbstractButton *button) {
                          if (button == alternate)
                              answer(QFAlert::alternateReturn);
                          else if (button == other)

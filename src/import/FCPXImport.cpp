@@ -150,6 +150,8 @@ QString writeResult(const XmlDocument &document, bool package,
     if (!result->open(QIODevice::WriteOnly) || !document.writePrettyXml(*result) || !finish()) {
         *error = result->errorString();
         QFLog::appendLog(u"Failed to write %@: %@", documentPath, *error);
+        if (documentPath != written) // no empty bundle is left behind
+            QDir(written).removeRecursively();
         return QString();
     }
     result.reset();
