@@ -114,11 +114,14 @@ QByteArray bareSequenceDocument(const QString &version, const QString &doctype,
            "<xmeml version=\"" + version.toUtf8() + "\">" + content + "</xmeml>";
 }
 
-QByteArray bin(const QString &uuid, const QByteArray &sequence)
+/// The bin "Imported Markers" holding the sequence, in pieces around it (a sequence may
+/// be most of the document: it is not copied again).
+QList<QByteArray> bin(const QString &uuid, const QByteArray &sequence)
 {
-    return "<bin><uuid>" + uuid.toUtf8() +
-           "</uuid><updatebehavior>add</updatebehavior><name>Imported Markers</name><children>" +
-           sequence + "</children></bin>";
+    return {"<bin><uuid>" + uuid.toUtf8() +
+                "</uuid><updatebehavior>add</updatebehavior><name>Imported Markers</name>"
+                "<children>",
+            sequence, "</children></bin>"};
 }
 
 /// Whether the text before a splice is tags and text alone, so that the "<children>"
@@ -367,14 +370,16 @@ ImportOutcome FCP7Import::startProcessingWithSettings(const TargetKind &kind,
                                          QStringLiteral("The XML format is invalid."),
                                          Parent::None);
         const qsizetype split = at + children.size();
-        output = {QByteArray::fromRawData(whole.constData(), split),
-                  bin(QFAppleEvents::generateUUID(), sequence.toPrettyUtf8()),
-                  QByteArray::fromRawData(whole.constData() + split, whole.size() - split)};
+        output = bin(QFAppleEvents::generateUUID(), sequence.toPrettyUtf8(whole.size()));
+        output.prepend(QByteArray::fromRawData(whole.constData(), split));
+        output.append(QByteArray::fromRawData(whole.constData() + split, whole.size() - split));
         wellFormed = onlyTagsBefore(QByteArrayView(whole).first(at));
     } else {
-        output = {"<?xml version=\"1.0\" encoding=\"UTF-8\"?><!DOCTYPE xmeml><xmeml version=\"" +
-                  version.toUtf8() + "\">" +
-                  bin(QFAppleEvents::generateUUID(), sequence.toPrettyUtf8()) + "</xmeml>"};
+        output = bin(QFAppleEvents::generateUUID(), sequence.toPrettyUtf8());
+        output.prepend(
+            "<?xml version=\"1.0\" encoding=\"UTF-8\"?><!DOCTYPE xmeml><xmeml version=\"" +
+            version.toUtf8() + "\">");
+        output.append("</xmeml>");
     }
     for (QByteArray &piece : output) {
         QByteArray escaped = QFAppleEvents::escapeCharactersInXMLString(piece);

@@ -419,11 +419,12 @@ QString XmlNode::toPrettyString() const
     return QString::fromUtf8(toPrettyUtf8());
 }
 
-QByteArray XmlNode::toPrettyUtf8() const
+QByteArray XmlNode::toPrettyUtf8(qsizetype expectedSize) const
 {
     QByteArray text;
     if (!m_node || !m_node->doc)
         return text;
+    text.reserve(expectedSize);
     xmlOutputBufferPtr output = xmlOutputBufferCreateIO(appendToBytes, nullptr, &text, nullptr);
     if (!output)
         return text;

@@ -120,8 +120,8 @@ public:
 
     /// The node serialised, indented.
     QString toPrettyString() const;
-    /// The same, as libxml2 writes it: UTF-8.
-    QByteArray toPrettyUtf8() const;
+    /// The same, as libxml2 writes it: UTF-8; room is made for expectedSize bytes at once.
+    QByteArray toPrettyUtf8(qsizetype expectedSize = 0) const;
 
     _xmlNode *raw() const { return m_node; }
 
