@@ -17,11 +17,54 @@
 
 #ifdef __GLIBC__
 #include <malloc.h>
+#include <unistd.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <string>
 #endif
 
 namespace {
 
 using namespace TerminalOutput;
+
+#ifdef __GLIBC__
+/// Holds, in the run started again, the caller's GLIBC_TUNABLES: "=value", or empty
+/// when it had none.
+constexpr char callersTunables[] = "CUEBRIDGE_IMPORT_CALLERS_TUNABLES";
+
+/// A large document is almost all fresh memory, and where the kernel gives huge pages
+/// only on request (transparent huge pages set to "madvise") every 4 KB of it is a page
+/// fault of its own: a third of a parse, more on virtual machines. glibc asks for huge
+/// pages for its heap when its settings say so, and reads them from the environment
+/// only as a program starts: the program starts itself once more with that setting.
+/// What it starts in turn gets the caller's environment back.
+void startAgainWithHugePagesForTheHeap(char *argv[])
+{
+    if (const char *original = std::getenv(callersTunables)) {
+        if (*original == '=')
+            setenv("GLIBC_TUNABLES", original + 1, 1);
+        else
+            unsetenv("GLIBC_TUNABLES");
+        unsetenv(callersTunables);
+        return;
+    }
+    const char *tunables = std::getenv("GLIBC_TUNABLES");
+    if (tunables && std::strstr(tunables, "glibc.malloc.hugetlb"))
+        return; // the caller chose
+    const std::string original = tunables ? std::string(tunables) : std::string();
+    setenv(callersTunables, tunables ? ("=" + original).c_str() : "", 1);
+    setenv("GLIBC_TUNABLES",
+           (tunables ? original + ":" : std::string()).append("glibc.malloc.hugetlb=1").c_str(), 1);
+    execv("/proc/self/exe", argv);
+    // Not started again: go on as this run is.
+    if (tunables)
+        setenv("GLIBC_TUNABLES", original.c_str(), 1);
+    else
+        unsetenv("GLIBC_TUNABLES");
+    unsetenv(callersTunables);
+}
+#endif
 
 /// The dry run's table on standard output, its summary on standard error; the exit
 /// status the import would end with.
@@ -111,6 +154,7 @@ int run(const CommandLine &line)
 int main(int argc, char *argv[])
 {
 #ifdef __GLIBC__
+    startAgainWithHugePagesForTheHeap(argv);
     // The import runs on a worker thread, and glibc gives each thread a heap of its own
     // that grows a few pages per system call: ten thousand of them for a large
     // document. The main heap grows in large steps; one thread works at a time anyway.
