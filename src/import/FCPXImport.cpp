@@ -137,24 +137,18 @@ QString writeResult(const XmlDocument &document, bool package,
     QFLog::appendLog(u"Writing data to temp file %@...", documentPath);
     // Whole or not at all where the user named the path, which may hold an earlier
     // result; a new file of the temporary folder is simply written.
-    std::unique_ptr<QFileDevice> result;
-    if (outputPath)
-        result = std::make_unique<QSaveFile>(documentPath);
-    else
-        result = std::make_unique<QFile>(documentPath);
-    const auto finish = [&result] {
-        if (auto *atomic = qobject_cast<QSaveFile *>(result.get()))
-            return atomic->commit();
-        return result->flush();
-    };
-    if (!result->open(QIODevice::WriteOnly) || !document.writePrettyXml(*result) || !finish()) {
-        *error = result->errorString();
+    QSaveFile atomic(documentPath);
+    QFile plain(documentPath);
+    QFileDevice &result = outputPath ? static_cast<QFileDevice &>(atomic) : plain;
+    if (!result.open(QIODevice::WriteOnly) || !document.writePrettyXml(result) ||
+        !(outputPath ? atomic.commit() : plain.flush())) {
+        *error = result.errorString();
         QFLog::appendLog(u"Failed to write %@: %@", documentPath, *error);
         if (documentPath != written) // no empty bundle is left behind
             QDir(written).removeRecursively();
         return QString();
     }
-    result.reset();
+    plain.close();
     // Only a program that started has received the result.
     *handedOff =
         handOff && QFWorkspace::shared().openFile(written, FCPXImport::finalCutProBundleIdentifier,

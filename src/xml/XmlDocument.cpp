@@ -1,17 +1,16 @@
 #include "xml/XmlDocument.h"
 
-#include "XmlBytesOutput.h"
 #include "XmlErrors.h"
+#include "XmlOutput.h"
 
 #include "support/QFLog.h"
 
+#include <QBuffer>
 #include <QFile>
-#include <QIODevice>
 
 #include <libxml/parser.h>
 #include <libxml/parserInternals.h>
 #include <libxml/tree.h>
-#include <libxml/xmlIO.h>
 #include <libxml/xmlsave.h>
 #include <libxml/xpath.h>
 
@@ -202,25 +201,18 @@ QByteArray XmlDocument::toPrettyXml(qsizetype expectedSize) const
 {
     QByteArray bytes;
     bytes.reserve(expectedSize);
-    xmlOutputBufferPtr output = xmlOutputBufferCreateIO(appendToBytes, nullptr, &bytes, nullptr);
-    if (!output)
-        return bytes;
-    XmlErrors errors; // a repaired document may hold characters that cannot be written
-    xmlSaveFormatFileTo(output, m_doc, "UTF-8", 1);
-    if (errors.any())
-        QFLog::appendLog(u"XML output error: %@", errors.description());
+    QBuffer buffer(&bytes);
+    buffer.open(QIODevice::WriteOnly);
+    writePrettyXml(buffer);
     return bytes;
 }
 
 bool XmlDocument::writePrettyXml(QIODevice &device) const
 {
-    const auto write = [](void *context, const char *buffer, int length) -> int {
-        return int(static_cast<QIODevice *>(context)->write(buffer, length));
-    };
-    xmlOutputBufferPtr output = xmlOutputBufferCreateIO(write, nullptr, &device, nullptr);
+    xmlOutputBufferPtr output = xmlOutputTo(device);
     if (!output)
         return false;
-    XmlErrors errors;
+    XmlErrors errors; // a repaired document may hold characters that cannot be written
     const bool written = xmlSaveFormatFileTo(output, m_doc, "UTF-8", 1) >= 0;
     if (errors.any())
         QFLog::appendLog(u"XML output error: %@", errors.description());

@@ -1,14 +1,15 @@
 #include "xml/XmlNode.h"
 
 #include "XPathRewrite.h"
-#include "XmlBytesOutput.h"
 #include "XmlErrors.h"
+#include "XmlOutput.h"
 #include "xml/XmlDocument.h"
 
 #include "support/QFLog.h"
 
+#include <QBuffer>
+
 #include <libxml/tree.h>
-#include <libxml/xmlIO.h>
 #include <libxml/xpath.h>
 
 #include <algorithm>
@@ -30,6 +31,16 @@ QString adoptString(xmlChar *text)
     QString result = QString::fromUtf8(reinterpret_cast<const char *>(text));
     xmlFree(text);
     return result.isNull() ? QString(QLatin1StringView("")) : result;
+}
+
+/// An attribute's value. The usual one is a single text node, read in place rather
+/// than through a copy.
+QString valueOf(xmlAttrPtr attribute)
+{
+    const xmlNode *text = attribute->children;
+    if (text && !text->next && text->type == XML_TEXT_NODE && text->content)
+        return QString::fromUtf8(reinterpret_cast<const char *>(text->content));
+    return adoptString(xmlNodeGetContent(reinterpret_cast<xmlNodePtr>(attribute)));
 }
 
 bool isDocument(const xmlNode *node)
@@ -233,13 +244,7 @@ QString XmlNode::attributeValue(const char *name) const
     if (kind() != Kind::Element)
         return QString();
     const xmlAttrPtr attribute = xmlHasProp(m_node, reinterpret_cast<const xmlChar *>(name));
-    if (!attribute)
-        return QString();
-    // The usual value is one text node; read it in place rather than through a copy.
-    const xmlNode *text = attribute->children;
-    if (text && !text->next && text->type == XML_TEXT_NODE && text->content)
-        return QString::fromUtf8(reinterpret_cast<const char *>(text->content));
-    return XmlNode(reinterpret_cast<xmlNodePtr>(attribute)).stringValue();
+    return attribute ? valueOf(attribute) : QString();
 }
 
 void XmlNode::attributeValues(
@@ -251,17 +256,18 @@ void XmlNode::attributeValues(
         return;
     for (xmlAttrPtr attribute = m_node->properties; attribute; attribute = attribute->next) {
         for (const auto &[name, value] : wanted) {
-            // As xmlHasProp finds them: by name, whatever the namespace.
-            if (!value->isNull() ||
-                !xmlStrEqual(attribute->name, reinterpret_cast<const xmlChar *>(name)))
-                continue;
-            const xmlNode *text = attribute->children;
-            *value = text && !text->next && text->type == XML_TEXT_NODE && text->content
-                         ? QString::fromUtf8(reinterpret_cast<const char *>(text->content))
-                         : XmlNode(reinterpret_cast<xmlNodePtr>(attribute)).stringValue();
-            break;
+            // By name, whatever the namespace, as xmlHasProp finds them.
+            if (value->isNull() &&
+                xmlStrEqual(attribute->name, reinterpret_cast<const xmlChar *>(name))) {
+                *value = valueOf(attribute);
+                break;
+            }
         }
     }
+    // One the element lacks may have a default in the document's declarations.
+    for (const auto &[name, value] : wanted)
+        if (value->isNull())
+            *value = attributeValue(name);
 }
 
 QList<XmlNode> XmlNode::attributes() const
@@ -425,7 +431,9 @@ QByteArray XmlNode::toPrettyUtf8(qsizetype expectedSize) const
     if (!m_node || !m_node->doc)
         return text;
     text.reserve(expectedSize);
-    xmlOutputBufferPtr output = xmlOutputBufferCreateIO(appendToBytes, nullptr, &text, nullptr);
+    QBuffer buffer(&text);
+    buffer.open(QIODevice::WriteOnly);
+    xmlOutputBufferPtr output = xmlOutputTo(buffer);
     if (!output)
         return text;
     XmlErrors errors; // a repaired document may hold characters that cannot be written
