@@ -39,10 +39,12 @@ QString problemWith(const char *what, const QString &timecode, const FrameRate &
         return problem(QStringLiteral("has hours beyond 23"));
     if (minutes >= 60 || seconds >= 60)
         return problem(QStringLiteral("has minutes or seconds beyond 59"));
-    if (rate.timebase > 0 && frames >= rate.timebase)
+    // Checked at the rate the timecode is read with, so that no frame beyond it is
+    // carried into the next second.
+    if (frames >= rate.countingTimebase())
         return problem(QStringLiteral("has frame %1, but a second has %2 frames here")
                            .arg(frames)
-                           .arg(rate.timebase));
+                           .arg(rate.countingTimebase()));
     const int skipped = rate.timebase >= 60 ? 4 : 2;
     if (rate.dropFrame && seconds == 0 && minutes % 10 != 0 && frames < skipped)
         return problem(QStringLiteral("does not exist in drop-frame timecode"));

@@ -21,6 +21,8 @@ struct FrameRate
 
     /// The frames per second, or from the timebase when they are not known.
     double framesPerSecond() const;
+    /// The timebase the timecodes are read with: 30 when the timeline gives none.
+    int countingTimebase() const { return timebase > 0 ? timebase : 30; }
 
     /// The rate of an FCPX frame duration ("1001/30000s"): fps its reciprocal,
     /// timebase fps rounded up (the lowest int when fps is not finite), NTSC when the

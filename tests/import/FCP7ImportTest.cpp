@@ -408,6 +408,21 @@ TEST_F(ImportTest, UserTextIsEscapedOnceAndColoursFollowTheirTable)
 
 // Times from the timeline's start (subtitles, chapters) count from the sequence's first
 // frame, to the nearest frame at its rate.
+// A sequence that gives no rate is read at 30 frames a second, and checked so.
+TEST_F(ImportTest, ASequenceWithoutARateRefusesAFrameBeyondThirty)
+{
+    const QString target = home.file(
+        u"norate.xml"_s, "<xmeml version=\"5\"><sequence id=\"S\"><uuid>U-1</uuid><name>S</name>"
+                         "</sequence></xmeml>");
+    const ImportOutcome outcome =
+        import(home.file(u"m.txt"_s, listOf({{"A", "00:00:01:29", "00:00:00:00", "Red"},
+                                             {"B", "00:00:01:40", "00:00:00:00", "Red"}})),
+               settings(target), {.isXMLFile = true, .isSequenceOnly = true});
+    EXPECT_EQ(outcome.report.lineTexts(),
+              QStringList(u"Line 3: start timecode \"00:00:01:40\" has frame 40, but a second "
+                          u"has 30 frames here"_s));
+}
+
 TEST_F(ImportTest, TimesFromTheTimelinesStartLandFromItsFirstFrame)
 {
     const QString target = home.file(u"cut.xml"_s, project);
